@@ -1,0 +1,48 @@
+# What every target of ours is built with.
+add_library(audrel_options INTERFACE)
+target_include_directories(audrel_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(audrel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wdouble-promotion -Wformat=2
+  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wlogical-op -Wuseless-cast>)
+
+if(AUDREL_SANITIZE)
+  add_compile_options(-fsanitize=${AUDREL_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${AUDREL_SANITIZE})
+  if(AUDREL_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()
+
+find_program(AUDREL_CCACHE ccache)
+if(AUDREL_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${AUDREL_CCACHE})
+endif()
+
+if(AUDREL_LINT)
+  find_program(AUDREL_CLANG_TIDY NAMES clang-tidy REQUIRED)
+  set(CMAKE_CXX_CLANG_TIDY ${AUDREL_CLANG_TIDY} --quiet --warnings-as-errors=*)
+endif()
+
+# audrel_library(name SOURCES... LINKS...)
+function(audrel_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC audrel_options ${ARG_LINKS})
+endfunction()
+
+# audrel_test(name SOURCES... LINKS... [LABELS...] [SERIAL] [TIMEOUT seconds]): one GoogleTest
+# program, one test of CTest. SERIAL: it measures real time, so nothing else may run beside it.
+function(audrel_test name)
+  cmake_parse_arguments(ARG "SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE audrel_options ${ARG_LINKS} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  if(ARG_SERIAL)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
+endfunction()

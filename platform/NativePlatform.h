@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Platform.h"
+
+/// The operating system that the program was built for. Only a process entry makes one.
+class NativePlatform {
+ public:
+  static std::unique_ptr<NativePlatform> make();
+  virtual ~NativePlatform() = default;
+
+  virtual Platform interfaces() = 0;
+
+  /// Starts a private audio server that plays a melody and turns the hardware layer to it, for as
+  /// long as the platform lives. Before anything was asked of the hardware layer. Nothing on
+  /// success, else one sentence on why it failed and what to do.
+  virtual std::optional<std::string> startDemo() = 0;
+};
