@@ -93,8 +93,8 @@ class AudioFramework {
 
   /// `AVAudioPCMBuffer`'s `init(pcmFormat:frameCapacity:)`; null when there is no memory. Called
   /// on the IO thread: allocates, but takes no lock of ours and never throws.
-  virtual std::unique_ptr<PCMBuffer> makePCMBuffer(
-      const std::shared_ptr<const AudioFormat>& format, std::uint32_t frameCapacity) noexcept = 0;
+  virtual std::unique_ptr<PCMBuffer> makePCMBuffer(const std::shared_ptr<const AudioFormat>& format,
+                                                   std::uint32_t frameCapacity) noexcept = 0;
 
   /// `AVAudioFile`'s `initForWriting:settings:commonFormat:interleaved:error:`; null when `error`
   /// was set.

@@ -122,8 +122,7 @@ static_assert(sizeof(AudioTimeStamp) == 64);
 /// What a device calls once a cycle, on its IO thread: it must not lock, wait, log or throw.
 using AudioDeviceIOProc = OSStatus (*)(AudioObjectID device, const AudioTimeStamp* now,
                                        const AudioBufferList* inputData,
-                                       const AudioTimeStamp* inputTime,
-                                       AudioBufferList* outputData,
+                                       const AudioTimeStamp* inputTime, AudioBufferList* outputData,
                                        const AudioTimeStamp* outputTime, void* clientData);
 
 /// Names an installed IO procedure; null names none. Owned by the hardware layer from
