@@ -23,7 +23,8 @@ class WorkItem {
   /// `work` must fit in place and move without throwing; it must not throw when called.
   template <typename Work>
   void assign(Work work) noexcept {
-    static_assert(sizeof(Work) <= capacity && alignof(Work) <= alignof(std::max_align_t));
+    static_assert(sizeof(Work) <= capacity);
+    static_assert(alignof(Work) <= alignof(std::max_align_t));
     static_assert(std::is_nothrow_move_constructible_v<Work>);
     new (storage_) Work(std::move(work));
     perform_ = [](std::byte* storage) noexcept {

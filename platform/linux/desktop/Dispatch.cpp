@@ -1,0 +1,12 @@
+#include "platform/linux/desktop/Dispatch.h"
+
+#include "platform/linux/desktop/SerialQueue.h"
+
+namespace audrel::linuxos {
+
+std::shared_ptr<dispatch::Queue> Dispatch::makeQueue(const std::string& label,
+                                                     dispatch::QualityOfService /*qos*/) {
+  return std::make_shared<SerialQueue>(label);
+}
+
+}  // namespace audrel::linuxos

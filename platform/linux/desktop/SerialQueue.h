@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/Dispatch.h"
+
+namespace audrel::linuxos {
+
+/// A `dispatch::Queue` with one worker thread, which runs every item, synchronous ones too.
+///
+/// Submitting links the item into a list by compare-and-swap: the swaps are the one order of all
+/// producers. Whoever finds the list empty wakes the worker by a semaphore; so submitting costs no
+/// system call while the worker is behind. The number of waiting items has no bound.
+///
+/// Callers hold a reference to the queue for as long as `async` or `sync` runs, save that the work
+/// given to `sync` may drop it.
+class SerialQueue final : public dispatch::Queue {
+ public:
+  /// Starts the worker, with all signals blocked: they belong to the main thread. Throws
+  /// `std::system_error` when the system has no thread to give.
+  explicit SerialQueue(const std::string& label);
+
+  SerialQueue(const SerialQueue&) = delete;
+  SerialQueue& operator=(const SerialQueue&) = delete;
+
+  /// Returns when all items have run, except inside an item: then they run after it returns.
+  ~SerialQueue() override;
+
+  void async(dispatch::WorkItem& item) noexcept override;
+  void sync(std::function<void()> work) override;
+
+ private:
+  class Inbox;
+
+  /// The worker's too, since it outlives a queue that is destroyed inside an item.
+  std::shared_ptr<Inbox> inbox_;
+  std::thread worker_;
+};
+
+}  // namespace audrel::linuxos
