@@ -1,0 +1,48 @@
+#include "model/OutputURL.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+#include "model/FilenameFormatter.h"
+
+namespace audrel {
+namespace {
+
+std::filesystem::path outputFolder(NS::FileManager& fileManager) {
+  if (const auto downloads = fileManager.downloadsDirectory()) {
+    return *downloads;
+  }
+  return fileManager.homeDirectoryForCurrentUser() / "Downloads";
+}
+
+std::string sourcePart(const RecordingSource& source) {
+  const RecordingSource::Process* process = source.asProcess();
+  if (process == nullptr) {
+    return "SystemMix";
+  }
+  std::string name = FilenameFormatter::sanitize(process->name);
+  return name.empty() ? "Unknown" : name;
+}
+
+}  // namespace
+
+std::filesystem::path makeOutputURL(NS::FileManager& fileManager, const RecordingSource& source,
+                                    RecordingFormat format, NS::Date date) {
+  const std::filesystem::path folder = outputFolder(fileManager);
+  const std::string base =
+      "audio-" + sourcePart(source) + "-" + FilenameFormatter::timestampString(date);
+  const std::string extension = "." + std::string(format.rawValue());
+
+  std::filesystem::path candidate = folder / (base + extension);
+  for (std::int64_t counter = 2; fileManager.fileExists(candidate); ++counter) {
+    candidate = folder / (base + "-" + std::to_string(counter) + extension);
+    if (counter == std::numeric_limits<std::int64_t>::max()) {
+      std::abort();
+    }
+  }
+  return candidate;
+}
+
+}  // namespace audrel
