@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "platform/Foundation.h"
+
+namespace audrel::linuxos {
+
+/// The user's folders by the XDG conventions.
+class FileManager final : public NS::FileManager {
+ public:
+  /// XDG_DOWNLOAD_DIR of the user's `user-dirs.dirs`, else of the environment; nothing when
+  /// neither has an absolute path, or when it is the home folder, which is how users say that they
+  /// want no such folder.
+  std::optional<std::filesystem::path> downloadsDirectory() override;
+
+  /// HOME, else what the user database has.
+  std::filesystem::path homeDirectoryForCurrentUser() override;
+
+  /// A dangling link counts: a file cannot be made in its place.
+  bool fileExists(const std::filesystem::path& path) override;
+};
+
+}  // namespace audrel::linuxos
