@@ -1,0 +1,38 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace audrel::fakes {
+
+/// Everything that happened in a `World`, one line an event: each call with its arguments and its
+/// result, each log line, each write. Any thread.
+class Journal {
+ public:
+  void add(std::string line);
+
+  std::vector<std::string> lines() const;
+
+  /// The lines that begin with `prefix`, for tests about one kind of event.
+  std::vector<std::string> lines(std::string_view prefix) const;
+
+  /// All lines, each ended by a line feed.
+  std::string text() const;
+
+  /// Forgets what happened so far.
+  void clear();
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+/// `text` in double quotes.
+std::string inQuotes(std::string_view text);
+
+/// `number` as printf's "%.15g" would have it in the C locale.
+std::string shortNumber(double number);
+
+}  // namespace audrel::fakes
