@@ -1,0 +1,70 @@
+#include "platform/NativePlatform.h"
+#include "platform/linux/desktop/CaptureAccess.h"
+#include "platform/linux/desktop/Clock.h"
+#include "platform/linux/desktop/Collation.h"
+#include "platform/linux/desktop/Dispatch.h"
+#include "platform/linux/desktop/FileManager.h"
+#include "platform/linux/desktop/Log.h"
+#include "platform/linux/desktop/UUIDFactory.h"
+#include "platform/linux/ffmpeg/AudioFramework.h"
+#include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/pipewire/MelodyPlayer.h"
+#include "platform/linux/pipewire/PrivateServer.h"
+
+namespace audrel::linuxos {
+
+namespace {
+
+class LinuxPlatform final : public NativePlatform {
+ public:
+  Platform interfaces() override {
+    return {.audioHardware = hardware_,
+            .audioFramework = audioFramework_,
+            .captureAccess = captureAccess_,
+            .clock = clock_,
+            .collation = collation_,
+            .fileManager = fileManager_,
+            .runningApplications = hardware_,
+            .uuids = uuids_,
+            .dispatch = dispatch_,
+            .log = log_,
+            .diagnostics = hardware_};
+  }
+
+  std::optional<std::string> startDemo() override {
+    std::string failure;
+    demoServer_ = PrivateServer::start(&failure);
+    if (!demoServer_) {
+      return failure;
+    }
+    demoPlayer_ = MelodyPlayer::start(demoServer_->socketPath());
+    if (!demoPlayer_ || !hardware_.useServer(demoServer_->socketPath())) {
+      return "The demo's audio server started, but does not play: the machine may be overloaded; "
+             "try again.";
+    }
+    demoServer_->removeFolder();
+    return std::nullopt;
+  }
+
+ private:
+  // Errors alone: on a terminal, progress is the command line's to show.
+  Log log_{os::LogLevel::error};
+  Clock clock_;
+  UUIDFactory uuids_;
+  Collation collation_;
+  FileManager fileManager_;
+  CaptureAccess captureAccess_;
+  Dispatch dispatch_;
+  AudioFramework audioFramework_{log_};
+  std::unique_ptr<PrivateServer> demoServer_;
+  CaptureHardware hardware_{log_, uuids_};
+  std::unique_ptr<MelodyPlayer> demoPlayer_;
+};
+
+}  // namespace
+
+}  // namespace audrel::linuxos
+
+std::unique_ptr<NativePlatform> NativePlatform::make() {
+  return std::make_unique<audrel::linuxos::LinuxPlatform>();
+}

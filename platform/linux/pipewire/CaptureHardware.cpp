@@ -1,0 +1,463 @@
+#include "platform/linux/pipewire/CaptureHardware.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "platform/Identity.h"
+
+namespace CA {
+
+/// One procedure on one device, and the stream that calls it while it runs.
+struct InstalledIOProc {
+  AudioDeviceIOProc procedure;
+  void* clientData;
+  std::unique_ptr<audrel::linuxos::TapDevice> running;
+};
+
+}  // namespace CA
+
+namespace audrel::linuxos {
+
+struct CaptureHardware::Device {
+  std::string uid;
+  CA::AudioObjectID tapID = 0;
+  std::vector<std::unique_ptr<CA::InstalledIOProc>> procedures;
+
+  CA::InstalledIOProc* find(CA::AudioDeviceIOProcID ioProcID) {
+    const auto found =
+        std::ranges::find(procedures, ioProcID, &decltype(procedures)::value_type::get);
+    return found == procedures.end() ? nullptr : found->get();
+  }
+};
+
+namespace {
+
+CA::AudioStreamBasicDescription interleavedStereo(double rate) {
+  constexpr std::uint32_t channels = 2;
+  constexpr std::uint32_t bytesPerFrame = channels * sizeof(float);
+  return {.mSampleRate = rate,
+          .mFormatID = CA::kAudioFormatLinearPCM,
+          .mFormatFlags = CA::kAudioFormatFlagIsFloat | CA::kAudioFormatFlagIsPacked,
+          .mBytesPerPacket = bytesPerFrame,
+          .mFramesPerPacket = 1,
+          .mBytesPerFrame = bytesPerFrame,
+          .mChannelsPerFrame = channels,
+          .mBitsPerChannel = 32,
+          .mReserved = 0};
+}
+
+template <typename Value>
+const Value* entry(const CA::Description& description, const char* key) {
+  const auto found = description.entries.find(key);
+  return found == description.entries.end() ? nullptr : std::get_if<Value>(&found->second);
+}
+
+CA::OSStatus copyOut(const void* data, std::size_t size, std::uint32_t* ioDataSize, void* outData) {
+  if (*ioDataSize < size) {
+    return CA::kAudioHardwareBadPropertySizeError;
+  }
+  std::memcpy(outData, data, size);
+  *ioDataSize = static_cast<std::uint32_t>(size);
+  return CA::kAudioHardwareNoError;
+}
+
+}  // namespace
+
+CaptureHardware::CaptureHardware(os::Log& log, NS::UUIDFactory& uuids)
+    : log_(log.makeLogger(identity::bundleIdentifier, "capture")),
+      uuids_(uuids),
+      connection_(std::make_unique<Connection>()) {
+  const LoopLock lock(connection_->loop());
+  connection_->setObserver(this);
+}
+
+CaptureHardware::~CaptureHardware() {
+  const LoopLock lock(connection_->loop());
+  connection_->setObserver(nullptr);
+  devices_.clear();
+}
+
+bool CaptureHardware::useServer(const std::string& socketPath) {
+  connection_ = std::make_unique<Connection>(socketPath);
+  const LoopLock lock(connection_->loop());
+  connection_->setObserver(this);
+  return requireServer() == CA::kAudioHardwareNoError;
+}
+
+// Failures
+
+CA::OSStatus CaptureHardware::fail(CA::OSStatus status, std::string diagnosis) {
+  diagnosis_ = std::move(diagnosis);
+  return status;
+}
+
+CA::OSStatus CaptureHardware::requireServer() {
+  diagnosis_.clear();
+  if (connection_->ensureConnected() && connection_->roundTrip()) {
+    return CA::kAudioHardwareNoError;
+  }
+  return fail(CA::kAudioHardwareNotRunningError,
+              connection_->isConnected() ? "PipeWire does not answer." : connection_->failure());
+}
+
+std::optional<std::string> CaptureHardware::diagnosis() {
+  const LoopLock lock(connection_->loop());
+  return diagnosis_.empty() ? std::nullopt : std::optional(diagnosis_);
+}
+
+std::uint64_t CaptureHardware::lostFrames() {
+  const LoopLock lock(connection_->loop());
+  if (running_ != nullptr) {
+    for (const auto& procedure : running_->procedures) {
+      if (procedure->running) {
+        return procedure->running->lostFrames();
+      }
+    }
+  }
+  return lostFramesOfLastRun_;
+}
+
+// Processes
+
+void CaptureHardware::learnProcesses() {
+  connection_->retainDetails();
+  connection_->roundTrip();
+  processes_.playing(connection_->graph());
+  connection_->releaseDetails();
+}
+
+std::optional<NS::RunningApplication> CaptureHardware::runningApplication(pid_t processIdentifier) {
+  const LoopLock lock(connection_->loop());
+  const auto* process = processes_.findPid(processIdentifier);
+  if (process == nullptr) {
+    return std::nullopt;
+  }
+  return NS::RunningApplication{.localizedName = process->name};
+}
+
+CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& processes) {
+  learnProcesses();
+  for (const CA::AudioObjectID id : processes) {
+    const auto* process = processes_.find(id);
+    if (process == nullptr) {
+      return fail(CA::kAudioHardwareBadObjectError,
+                  "No application has the object id " + std::to_string(id) + ".");
+    }
+    if (!processes_.isAlive(*process, connection_->graph())) {
+      return fail(CA::kAudioHardwareBadObjectError,
+                  process->name + " has quit: start it again and choose it anew.");
+    }
+  }
+  return CA::kAudioHardwareNoError;
+}
+
+// Taps
+
+CA::OSStatus CaptureHardware::AudioHardwareCreateProcessTap(const CA::TapDescription& description,
+                                                            CA::AudioObjectID* outTapID) {
+  const LoopLock lock(connection_->loop());
+  if (const auto status = requireServer(); status != CA::kAudioHardwareNoError) {
+    return status;
+  }
+  if (const auto status = checkTapped(description.processes); status != CA::kAudioHardwareNoError) {
+    return status;
+  }
+  *outTapID = nextID_++;
+  taps_[*outTapID] = {.description = description,
+                      .uid = uuids_.uuidString(),
+                      .rate = static_cast<double>(connection_->graph().clockRate)};
+  return CA::kAudioHardwareNoError;
+}
+
+CA::OSStatus CaptureHardware::AudioHardwareDestroyProcessTap(CA::AudioObjectID tapID) {
+  const LoopLock lock(connection_->loop());
+  return taps_.erase(tapID) == 1 ? CA::kAudioHardwareNoError : CA::kAudioHardwareBadObjectError;
+}
+
+bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
+  const Graph& graph = connection_->graph();
+  if (!isPlaybackStream(node) || !isIdentified(graph, node)) {
+    return false;
+  }
+  const auto owner = processes_.processOf(node, clientOf(graph, node)).id;
+  const bool isListed = std::ranges::count(tap.description.processes, owner) > 0;
+  if (tap.description.kind == CA::TapDescription::Kind::stereoMixdownOfProcesses) {
+    return isListed;
+  }
+  return !isListed && !isCopyOfOtherStreams(graph, node);
+}
+
+// Aggregate devices
+
+CA::OSStatus CaptureHardware::AudioHardwareCreateAggregateDevice(const CA::Description& description,
+                                                                 CA::AudioObjectID* outDeviceID) {
+  const LoopLock lock(connection_->loop());
+  const auto* uid = entry<std::string>(description, CA::kAudioAggregateDeviceUIDKey);
+  const auto* list =
+      entry<std::vector<CA::Description>>(description, CA::kAudioAggregateDeviceTapListKey);
+  if (uid == nullptr || uid->empty() || list == nullptr || list->size() != 1) {
+    return CA::kAudioHardwareIllegalOperationError;
+  }
+  if (std::ranges::any_of(devices_, [&](const auto& other) { return other.second->uid == *uid; })) {
+    return CA::kAudioHardwareIllegalOperationError;
+  }
+  const auto* tapUID = entry<std::string>(list->front(), CA::kAudioSubTapUIDKey);
+  const auto tap = std::ranges::find_if(taps_, [&](const auto& candidate) {
+    return tapUID != nullptr && candidate.second.uid == *tapUID;
+  });
+  if (tap == taps_.end()) {
+    return CA::kAudioHardwareBadObjectError;
+  }
+  auto device = std::make_unique<Device>();
+  device->uid = *uid;
+  device->tapID = tap->first;
+  *outDeviceID = nextID_++;
+  devices_[*outDeviceID] = std::move(device);
+  return CA::kAudioHardwareNoError;
+}
+
+CA::OSStatus CaptureHardware::AudioHardwareDestroyAggregateDevice(CA::AudioObjectID deviceID) {
+  const LoopLock lock(connection_->loop());
+  const auto device = devices_.find(deviceID);
+  if (device == devices_.end()) {
+    return CA::kAudioHardwareBadDeviceError;
+  }
+  if (running_ == device->second.get()) {
+    running_ = nullptr;
+  }
+  devices_.erase(device);
+  return CA::kAudioHardwareNoError;
+}
+
+// IO procedures
+
+CA::OSStatus CaptureHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device,
+                                                        CA::AudioDeviceIOProc procedure,
+                                                        void* clientData,
+                                                        CA::AudioDeviceIOProcID* outIOProcID) {
+  const LoopLock lock(connection_->loop());
+  const auto found = devices_.find(device);
+  if (found == devices_.end()) {
+    return CA::kAudioHardwareBadDeviceError;
+  }
+  auto installed = std::make_unique<CA::InstalledIOProc>();
+  installed->procedure = procedure;
+  installed->clientData = clientData;
+  *outIOProcID = installed.get();
+  found->second->procedures.push_back(std::move(installed));
+  return CA::kAudioHardwareNoError;
+}
+
+CA::OSStatus CaptureHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
+                                                         CA::AudioDeviceIOProcID ioProcID) {
+  const LoopLock lock(connection_->loop());
+  const auto found = devices_.find(device);
+  if (found == devices_.end()) {
+    return CA::kAudioHardwareBadDeviceError;
+  }
+  const auto removed = std::erase_if(found->second->procedures, [&](const auto& installed) {
+    return installed.get() == ioProcID;
+  });
+  return removed == 1 ? CA::kAudioHardwareNoError : CA::kAudioHardwareIllegalOperationError;
+}
+
+CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
+                                               CA::AudioDeviceIOProcID ioProcID) {
+  const LoopLock lock(connection_->loop());
+  const auto found = devices_.find(device);
+  CA::InstalledIOProc* installed =
+      found == devices_.end() ? nullptr : found->second->find(ioProcID);
+  if (installed == nullptr) {
+    return CA::kAudioHardwareBadDeviceError;
+  }
+  const auto tap = taps_.find(found->second->tapID);
+  if (tap == taps_.end() || installed->running) {
+    return CA::kAudioHardwareIllegalOperationError;
+  }
+  if (const auto status = requireServer(); status != CA::kAudioHardwareNoError) {
+    return status;
+  }
+  auto running = std::make_unique<TapDevice>(
+      *connection_, tap->second.rate,
+      [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
+      installed->procedure, installed->clientData);
+  installed->running = std::move(running);
+  if (auto failure = installed->running->start()) {
+    installed->running.reset();
+    return fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure));
+  }
+  running_ = found->second.get();
+  return CA::kAudioHardwareNoError;
+}
+
+CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
+                                              CA::AudioDeviceIOProcID ioProcID) {
+  const LoopLock lock(connection_->loop());
+  const auto found = devices_.find(device);
+  CA::InstalledIOProc* installed =
+      found == devices_.end() ? nullptr : found->second->find(ioProcID);
+  if (installed == nullptr) {
+    return CA::kAudioHardwareBadDeviceError;
+  }
+  if (installed->running) {
+    installed->running->stop();
+    lostFramesOfLastRun_ = installed->running->lostFrames();
+    installed->running.reset();
+    running_ = nullptr;
+    logLostFrames();
+  }
+  return CA::kAudioHardwareNoError;
+}
+
+void CaptureHardware::logLostFrames() {
+  if (lostFramesOfLastRun_ > 0) {
+    log_->error("Frames lost by the audio server — " + std::to_string(lostFramesOfLastRun_) +
+                "; silence of the same length stands in the recording");
+  }
+}
+
+// Properties
+
+CA::AudioObjectID CaptureHardware::objectOfSink(const GraphNode& sink) {
+  const auto known = std::ranges::find_if(
+      sinkNames_, [&](const auto& candidate) { return candidate.second == sink.name; });
+  if (known != sinkNames_.end()) {
+    return known->first;
+  }
+  sinkNames_[nextID_] = sink.name;
+  return nextID_++;
+}
+
+CA::OSStatus CaptureHardware::systemData(std::uint32_t selector,
+                                         std::vector<CA::AudioObjectID>* outObjects) {
+  if (const auto status = requireServer(); status != CA::kAudioHardwareNoError) {
+    return status;
+  }
+  switch (selector) {
+    case CA::kAudioHardwarePropertyProcessObjectList:
+      learnProcesses();
+      for (const auto* process : processes_.playing(connection_->graph())) {
+        outObjects->push_back(process->id);
+      }
+      return CA::kAudioHardwareNoError;
+    case CA::kAudioHardwarePropertyDefaultOutputDevice: {
+      const GraphNode* sink = defaultSink(connection_->graph());
+      if (sink == nullptr) {
+        diagnosis_ =
+            "There is no output device: connect one, or check what \"wpctl status\" lists.";
+      }
+      outObjects->push_back(sink != nullptr ? objectOfSink(*sink) : CA::kAudioObjectUnknown);
+      return CA::kAudioHardwareNoError;
+    }
+    default:
+      return CA::kAudioHardwareUnknownPropertyError;
+  }
+}
+
+CA::OSStatus CaptureHardware::AudioObjectGetPropertyDataSize(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/,
+    std::uint32_t* outDataSize) {
+  const LoopLock lock(connection_->loop());
+  if (object != CA::kAudioObjectSystemObject) {
+    return CA::kAudioHardwareBadObjectError;
+  }
+  std::vector<CA::AudioObjectID> objects;
+  const auto status = systemData(address.mSelector, &objects);
+  *outDataSize = static_cast<std::uint32_t>(objects.size() * sizeof(CA::AudioObjectID));
+  return status;
+}
+
+CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/, std::uint32_t* ioDataSize,
+    void* outData) {
+  const LoopLock lock(connection_->loop());
+  if (object == CA::kAudioObjectSystemObject) {
+    std::vector<CA::AudioObjectID> objects;
+    if (const auto status = systemData(address.mSelector, &objects);
+        status != CA::kAudioHardwareNoError) {
+      return status;
+    }
+    // A list that has grown since its size was asked for gives what there is room for.
+    objects.resize(std::min(objects.size(), *ioDataSize / sizeof(CA::AudioObjectID)));
+    return copyOut(objects.data(), objects.size() * sizeof(CA::AudioObjectID), ioDataSize, outData);
+  }
+  if (const auto tap = taps_.find(object); tap != taps_.end()) {
+    if (address.mSelector != CA::kAudioTapPropertyFormat) {
+      return CA::kAudioHardwareUnknownPropertyError;
+    }
+    const auto format = interleavedStereo(tap->second.rate);
+    return copyOut(&format, sizeof format, ioDataSize, outData);
+  }
+  if (const auto* process = processes_.find(object)) {
+    if (address.mSelector != CA::kAudioProcessPropertyPID) {
+      return CA::kAudioHardwareUnknownPropertyError;
+    }
+    return copyOut(&process->owner.pid, sizeof process->owner.pid, ioDataSize, outData);
+  }
+  return CA::kAudioHardwareBadObjectError;
+}
+
+CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/,
+    std::uint32_t* /*ioDataSize*/, std::string* outText) {
+  const LoopLock lock(connection_->loop());
+  const std::string* text = nullptr;
+  std::uint32_t selector = 0;
+  if (const auto tap = taps_.find(object); tap != taps_.end()) {
+    text = &tap->second.uid;
+    selector = CA::kAudioTapPropertyUID;
+  } else if (const auto sink = sinkNames_.find(object); sink != sinkNames_.end()) {
+    text = &sink->second;
+    selector = CA::kAudioDevicePropertyDeviceUID;
+  } else if (const auto* process = processes_.find(object)) {
+    text = &process->bundleID;
+    selector = CA::kAudioProcessPropertyBundleID;
+  } else {
+    return CA::kAudioHardwareBadObjectError;
+  }
+  if (address.mSelector != selector) {
+    return CA::kAudioHardwareUnknownPropertyError;
+  }
+  *outText = *text;
+  return CA::kAudioHardwareNoError;
+}
+
+// What the connection tells, on its thread
+
+void CaptureHardware::graphChanged() {
+  for (const auto& [id, device] : devices_) {
+    for (const auto& procedure : device->procedures) {
+      if (procedure->running) {
+        procedure->running->graphChanged();
+      }
+    }
+  }
+}
+
+void CaptureHardware::serverLost() {
+  for (const auto& [id, device] : devices_) {
+    for (const auto& procedure : device->procedures) {
+      if (procedure->running) {
+        procedure->running->serverLost();
+        log_->error("Audio server lost — recording silence until it is back");
+      }
+    }
+  }
+}
+
+void CaptureHardware::serverFound() {
+  for (const auto& [id, device] : devices_) {
+    for (const auto& procedure : device->procedures) {
+      if (procedure->running) {
+        procedure->running->serverFound();
+        log_->info("Audio server found again — recording what it plays");
+      }
+    }
+  }
+}
+
+}  // namespace audrel::linuxos

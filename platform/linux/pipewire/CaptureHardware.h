@@ -1,0 +1,106 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/AppKit.h"
+#include "platform/Capture.h"
+#include "platform/CoreAudio.h"
+#include "platform/Foundation.h"
+#include "platform/Log.h"
+#include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/ProcessTable.h"
+#include "platform/linux/pipewire/TapDevice.h"
+
+namespace audrel::linuxos {
+
+/// Core Audio's hardware layer on a PipeWire server: processes that play are process objects, a
+/// tap is what to link to, an aggregate device with a running IO procedure is a capture stream.
+class CaptureHardware final : public CA::AudioHardware,
+                              public capture::Diagnostics,
+                              public NS::RunningApplications,
+                              private Connection::Observer {
+ public:
+  CaptureHardware(os::Log& log, NS::UUIDFactory& uuids);
+  ~CaptureHardware() override;
+  CaptureHardware(const CaptureHardware&) = delete;
+  CaptureHardware& operator=(const CaptureHardware&) = delete;
+
+  /// Connects to the server at that socket, which is the only one from now on; whether it answers.
+  /// Before anything else was asked.
+  bool useServer(const std::string& socketPath);
+
+  CA::OSStatus AudioHardwareCreateProcessTap(const CA::TapDescription& description,
+                                             CA::AudioObjectID* outTapID) override;
+  CA::OSStatus AudioHardwareDestroyProcessTap(CA::AudioObjectID tapID) override;
+  CA::OSStatus AudioHardwareCreateAggregateDevice(const CA::Description& description,
+                                                  CA::AudioObjectID* outDeviceID) override;
+  CA::OSStatus AudioHardwareDestroyAggregateDevice(CA::AudioObjectID deviceID) override;
+  CA::OSStatus AudioDeviceCreateIOProcID(CA::AudioObjectID device, CA::AudioDeviceIOProc procedure,
+                                         void* clientData,
+                                         CA::AudioDeviceIOProcID* outIOProcID) override;
+  CA::OSStatus AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
+                                          CA::AudioDeviceIOProcID ioProcID) override;
+  CA::OSStatus AudioDeviceStart(CA::AudioObjectID device,
+                                CA::AudioDeviceIOProcID ioProcID) override;
+  CA::OSStatus AudioDeviceStop(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID) override;
+  CA::OSStatus AudioObjectGetPropertyDataSize(CA::AudioObjectID object,
+                                              const CA::AudioObjectPropertyAddress& address,
+                                              std::uint32_t qualifierDataSize,
+                                              const void* qualifierData,
+                                              std::uint32_t* outDataSize) override;
+  CA::OSStatus AudioObjectGetPropertyData(CA::AudioObjectID object,
+                                          const CA::AudioObjectPropertyAddress& address,
+                                          std::uint32_t qualifierDataSize,
+                                          const void* qualifierData, std::uint32_t* ioDataSize,
+                                          void* outData) override;
+  CA::OSStatus AudioObjectGetPropertyData(CA::AudioObjectID object,
+                                          const CA::AudioObjectPropertyAddress& address,
+                                          std::uint32_t qualifierDataSize,
+                                          const void* qualifierData, std::uint32_t* ioDataSize,
+                                          std::string* outText) override;
+
+  std::optional<std::string> diagnosis() override;
+  std::uint64_t lostFrames() override;
+
+  std::optional<NS::RunningApplication> runningApplication(pid_t processIdentifier) override;
+
+ private:
+  struct Tap {
+    CA::TapDescription description;
+    std::string uid;
+    double rate = 0;  ///< of the graph when the tap was made; it stays the tap's
+  };
+  struct Device;
+
+  void graphChanged() override;
+  void serverLost() override;
+  void serverFound() override;
+
+  CA::OSStatus fail(CA::OSStatus status, std::string diagnosis);
+  CA::OSStatus requireServer();
+  void learnProcesses();
+  CA::OSStatus checkTapped(const std::vector<CA::AudioObjectID>& processes);
+  bool isTapped(const Tap& tap, const GraphNode& node);
+  CA::AudioObjectID objectOfSink(const GraphNode& sink);
+  CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);
+  void logLostFrames();
+
+  std::shared_ptr<os::Logger> log_;
+  NS::UUIDFactory& uuids_;
+  std::unique_ptr<Connection> connection_;
+  ProcessTable processes_;
+  CA::AudioObjectID nextID_ = CA::kAudioObjectSystemObject + 1;
+  std::map<CA::AudioObjectID, Tap> taps_;
+  std::map<CA::AudioObjectID, std::string> sinkNames_;
+  std::map<CA::AudioObjectID, std::unique_ptr<Device>> devices_;
+  Device* running_ = nullptr;
+  std::uint64_t lostFramesOfLastRun_ = 0;
+  std::string diagnosis_;
+};
+
+}  // namespace audrel::linuxos

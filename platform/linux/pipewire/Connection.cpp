@@ -1,0 +1,236 @@
+#include "platform/linux/pipewire/Connection.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace audrel::linuxos {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto answerTimeout = 2s;
+constexpr long retryNanoseconds = 200'000'000;
+
+void initialisePipeWire() {
+  static std::once_flag once;
+  std::call_once(once, [] { pw_init(nullptr, nullptr); });
+}
+
+/// 0.3 gives a client's data thread its real-time priority only under a configuration of its own,
+/// which 1.x no longer ships since its usual one does the same.
+const char* clientConfiguration() {
+  return std::string_view(pw_get_library_version()).starts_with("0.") ? "client-rt.conf"
+                                                                      : "client.conf";
+}
+
+std::string environment(const char* name) {
+  const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets it
+  return value != nullptr ? value : "";
+}
+
+std::string socketPath(const std::string& remote) {
+  if (!remote.empty()) {
+    return remote;
+  }
+  std::string name = environment("PIPEWIRE_REMOTE");
+  if (name.empty()) {
+    name = "pipewire-0";
+  }
+  if (name.starts_with('/')) {
+    return name;
+  }
+  std::string folder = environment("PIPEWIRE_RUNTIME_DIR");
+  if (folder.empty()) {
+    folder = environment("XDG_RUNTIME_DIR");
+  }
+  return folder.empty() ? name : folder + "/" + name;
+}
+
+std::string failureText(const std::string& remote, int error) {
+  const std::string path = socketPath(remote);
+  if (error == EACCES || error == EPERM) {
+    return "PipeWire refuses this user at " + path +
+           ": run the program as the user of the desktop session.";
+  }
+  if (!path.starts_with('/')) {
+    return "PipeWire was not found because XDG_RUNTIME_DIR is not set: run the program in the "
+           "user's session, or set XDG_RUNTIME_DIR to the session's folder.";
+  }
+  return "PipeWire is not running: no server answers at " + path + " (" +
+         std::generic_category().message(error) +
+         "). Start it with \"systemctl --user start pipewire\".";
+}
+
+}  // namespace
+
+const pw_core_events Connection::coreEvents = {
+    .version = PW_VERSION_CORE_EVENTS,
+    .done =
+        [](void* data, std::uint32_t id, int sequence) {
+          auto* self = static_cast<Connection*>(data);
+          if (id == PW_ID_CORE) {
+            self->answeredSync_ = sequence;
+            self->wake();
+          }
+        },
+    // Errors of other objects are races with objects that have just gone.
+    .error =
+        [](void* data, std::uint32_t id, int, int result, const char*) {
+          auto* self = static_cast<Connection*>(data);
+          if (id == PW_ID_CORE && result == -EPIPE) {
+            self->isLost_ = true;
+            self->wake();
+            pw_loop_signal_event(pw_thread_loop_get_loop(self->loop()), self->lossEvent_);
+          }
+        },
+};
+
+Connection::Connection(std::string remote) : remote_(std::move(remote)) {
+  initialisePipeWire();
+  loop_.reset(pw_thread_loop_new("audrel-graph", nullptr));
+  pw_loop* loop = pw_thread_loop_get_loop(loop_.get());
+  context_.reset(pw_context_new(
+      loop, pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(), nullptr), 0));
+  changeEvent_ = pw_loop_add_event(
+      loop,
+      [](void* data, std::uint64_t) {
+        auto* self = static_cast<Connection*>(data);
+        self->wake();
+        if (self->observer_ != nullptr && self->isConnected()) {
+          self->observer_->graphChanged();
+        }
+      },
+      this);
+  lossEvent_ = pw_loop_add_event(
+      loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->dropLostServer(); },
+      this);
+  retryTimer_ = pw_loop_add_timer(
+      loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->retry(); }, this);
+  pw_thread_loop_start(loop_.get());
+}
+
+Connection::~Connection() {
+  pw_thread_loop_stop(loop_.get());
+  disconnect();
+  pw_loop* loop = pw_thread_loop_get_loop(loop_.get());
+  pw_loop_destroy_source(loop, changeEvent_);
+  pw_loop_destroy_source(loop, lossEvent_);
+  pw_loop_destroy_source(loop, retryTimer_);
+}
+
+bool Connection::ensureConnected() {
+  if (isLost_) {
+    dropLostServer();
+  }
+  return core_ != nullptr || connect();
+}
+
+bool Connection::connect() {
+  pw_properties* properties = pw_properties_new(PW_KEY_APP_NAME, "Audrel", nullptr);
+  if (!remote_.empty()) {
+    pw_properties_set(properties, PW_KEY_REMOTE_NAME, remote_.c_str());
+  }
+  core_ = pw_context_connect(context_.get(), properties, 0);
+  if (core_ == nullptr) {
+    failure_ = failureText(remote_, errno);
+    return false;
+  }
+  failure_.clear();
+  answeredSync_ = -1;
+  pw_core_add_listener(core_, coreHook_.get(), &coreEvents, this);
+  mirror_ = std::make_unique<GraphMirror>(core_, [this] { noteChange(); });
+  mirror_->followDetails(detailUsers_ > 0);
+  updateRetryTimer();
+  if (std::exchange(wasLost_, false) && observer_ != nullptr) {
+    observer_->serverFound();
+  }
+  return true;
+}
+
+void Connection::disconnect() {
+  mirror_.reset();
+  coreHook_.remove();
+  if (core_ != nullptr) {
+    pw_core_disconnect(core_);
+    core_ = nullptr;
+  }
+}
+
+void Connection::noteChange() {
+  pw_loop_signal_event(pw_thread_loop_get_loop(loop_.get()), changeEvent_);
+}
+
+void Connection::dropLostServer() {
+  if (!isLost_ || core_ == nullptr) {
+    return;
+  }
+  if (observer_ != nullptr) {
+    observer_->serverLost();
+  }
+  disconnect();
+  isLost_ = false;
+  wasLost_ = true;
+  failure_ = failureText(remote_, EPIPE);
+  updateRetryTimer();
+}
+
+void Connection::retainConnection() {
+  ++connectionUsers_;
+  updateRetryTimer();
+}
+
+void Connection::releaseConnection() {
+  --connectionUsers_;
+  updateRetryTimer();
+}
+
+void Connection::updateRetryTimer() {
+  timespec period{0, connectionUsers_ > 0 && core_ == nullptr ? retryNanoseconds : 0};
+  pw_loop_update_timer(pw_thread_loop_get_loop(loop_.get()), retryTimer_, &period, &period, false);
+}
+
+void Connection::retry() {
+  if (core_ == nullptr) {
+    connect();
+  }
+}
+
+void Connection::retainDetails() {
+  if (++detailUsers_ == 1 && mirror_) {
+    mirror_->followDetails(true);
+  }
+}
+
+void Connection::releaseDetails() {
+  if (--detailUsers_ == 0 && mirror_) {
+    mirror_->followDetails(false);
+  }
+}
+
+bool Connection::roundTrip() {
+  if (!isConnected()) {
+    return false;
+  }
+  const int asked = pw_core_sync(core_, PW_ID_CORE, 0);
+  return waitUntil([&] { return answeredSync_ == asked; }, answerTimeout);
+}
+
+bool Connection::waitUntil(const std::function<bool()>& condition,
+                           std::chrono::milliseconds timeout) {
+  timespec deadline{};
+  pw_thread_loop_get_time(loop_.get(), &deadline, timeout / std::chrono::nanoseconds(1));
+  while (isConnected() && !condition()) {
+    if (pw_thread_loop_timed_wait_full(loop_.get(), &deadline) < 0) {
+      return isConnected() && condition();
+    }
+  }
+  return isConnected();
+}
+
+}  // namespace audrel::linuxos

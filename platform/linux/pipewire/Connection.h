@@ -1,0 +1,97 @@
+#pragma once
+
+#include <pipewire/pipewire.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/linux/pipewire/GraphMirror.h"
+#include "platform/linux/pipewire/Handles.h"
+
+namespace audrel::linuxos {
+
+/// A connection to a PipeWire server that is made when it is needed and made again when it was
+/// lost. It has a thread of its own; everything here but the constructor and destructor is called
+/// on that thread or under its lock.
+class Connection {
+ public:
+  /// Told on the connection's thread.
+  class Observer {
+   public:
+    virtual ~Observer() = default;
+    virtual void graphChanged() = 0;  ///< after one or several changes
+    virtual void serverLost() = 0;    ///< everything made on the connection must go now
+    virtual void serverFound() = 0;   ///< after a loss
+  };
+
+  /// `remote` is a socket's absolute path; empty for the one that the environment names.
+  explicit Connection(std::string remote = {});
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  pw_thread_loop* loop() const { return loop_.get(); }
+  pw_core* core() const { return core_; }
+  const Graph& graph() const { return mirror_ ? mirror_->graph() : noGraph_; }
+
+  void setObserver(Observer* observer) { observer_ = observer; }
+
+  /// Connects if there is no connection; whether there is one then.
+  bool ensureConnected();
+  bool isConnected() const { return core_ != nullptr && !isLost_; }
+
+  /// Why the last attempt to connect failed, for the user, with the remedy.
+  const std::string& failure() const { return failure_; }
+
+  /// Counts who needs the connection to last: while somebody does, a lost server is looked for
+  /// several times a second.
+  void retainConnection();
+  void releaseConnection();
+
+  /// Counts who needs the details of nodes and clients; see `GraphMirror::followDetails`.
+  void retainDetails();
+  void releaseDetails();
+
+  /// Waits until the server has answered everything asked so far, by when what it announced has
+  /// arrived. False when the connection was lost or two seconds have passed. Not on the loop's
+  /// thread.
+  bool roundTrip();
+
+  /// Waits until `condition` holds, tested after every event. False as with `roundTrip`.
+  bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
+
+  /// Wakes whoever waits in `waitUntil`.
+  void wake() { pw_thread_loop_signal(loop_.get(), false); }
+
+ private:
+  bool connect();
+  void disconnect();
+  void dropLostServer();
+  void retry();
+  void noteChange();
+  void updateRetryTimer();
+
+  static const pw_core_events coreEvents;
+
+  std::string remote_;
+  Observer* observer_ = nullptr;
+  ThreadLoopHandle loop_;
+  ContextHandle context_;
+  spa_source* changeEvent_ = nullptr;
+  spa_source* lossEvent_ = nullptr;
+  spa_source* retryTimer_ = nullptr;
+  pw_core* core_ = nullptr;
+  Hook coreHook_;
+  std::unique_ptr<GraphMirror> mirror_;
+  Graph noGraph_;
+  std::string failure_;
+  int detailUsers_ = 0;
+  int answeredSync_ = -1;
+  bool isLost_ = false;   ///< noticed, not yet cleared away
+  bool wasLost_ = false;  ///< and not yet found again
+  int connectionUsers_ = 0;
+};
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace audrel::linuxos {
+
+using Properties = std::map<std::string, std::string, std::less<>>;
+
+/// The text under `key`, empty when there is none.
+const std::string& property(const Properties& properties, std::string_view key);
+
+inline constexpr std::uint32_t unknownGlobal = UINT32_MAX;
+
+struct GraphNode {
+  std::uint64_t serial = 0;  ///< never repeats in the life of a server, unlike ids
+  std::uint32_t clientId = unknownGlobal;
+  std::string mediaClass;
+  std::string name;
+  std::int32_t sessionPriority = 0;
+  Properties properties;                  ///< the node's own, once they were asked for
+  bool isDetailed = false;                ///< whether they have arrived
+  std::optional<std::uint32_t> channels;  ///< of the stream's own format, before any upmix
+};
+
+struct GraphPort {
+  std::uint32_t nodeId = unknownGlobal;
+  bool isInput = false;
+  bool isMonitor = false;
+  std::string channel;  ///< "FL", "MONO", ...
+};
+
+struct GraphClient {
+  std::uint64_t serial = 0;
+  Properties properties;
+  bool isDetailed = false;
+};
+
+struct GraphLink {
+  std::uint32_t outputNodeId = unknownGlobal;
+  std::uint32_t inputNodeId = unknownGlobal;
+};
+
+/// What is known of a server's objects, by their (recycled) ids.
+struct Graph {
+  std::map<std::uint32_t, GraphNode> nodes;
+  std::map<std::uint32_t, GraphPort> ports;
+  std::map<std::uint32_t, GraphClient> clients;
+  std::map<std::uint32_t, GraphLink> links;
+  std::string configuredDefaultSink;  ///< a node name; empty when nobody set one
+  std::uint32_t clockRate = 48000;    ///< frames per second of the graph
+};
+
+/// Whether the node is an application's playback.
+bool isPlaybackStream(const GraphNode& node);
+
+/// Whether what the playback stream plays is a copy of what other streams play: it is the far end
+/// of a loopback or effect chain that is fed by a sink or by streams. One that is fed by a source
+/// (a line-in, a telephone) plays audio of its own.
+bool isCopyOfOtherStreams(const Graph& graph, const GraphNode& node);
+
+/// The sink that new streams go to: the configured one if it exists, else the sink of the highest
+/// session priority (the oldest of several); nothing when there is no sink.
+const GraphNode* defaultSink(const Graph& graph);
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <pipewire/pipewire.h>
+
+#include <memory>
+#include <utility>
+
+/// Ownership of PipeWire's objects.
+namespace audrel::linuxos {
+
+template <auto destroy>
+struct Destroyer {
+  template <typename Object>
+  void operator()(Object* object) const noexcept {
+    destroy(object);
+  }
+};
+
+using ThreadLoopHandle = std::unique_ptr<pw_thread_loop, Destroyer<pw_thread_loop_destroy>>;
+using ContextHandle = std::unique_ptr<pw_context, Destroyer<pw_context_destroy>>;
+using StreamHandle = std::unique_ptr<pw_stream, Destroyer<pw_stream_destroy>>;
+using ProxyHandle = std::unique_ptr<pw_proxy, Destroyer<pw_proxy_destroy>>;
+using PropertiesHandle = std::unique_ptr<pw_properties, Destroyer<pw_properties_free>>;
+
+/// Holds a thread loop's lock, which is recursive. It keeps the loop's thread out, not the
+/// real-time data thread.
+class LoopLock {
+ public:
+  explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }
+  ~LoopLock() { pw_thread_loop_unlock(loop_); }
+  LoopLock(const LoopLock&) = delete;
+  LoopLock& operator=(const LoopLock&) = delete;
+
+ private:
+  pw_thread_loop* loop_;
+};
+
+/// A listener's hook: it is taken out of its list when it goes, if it is in one.
+class Hook {
+ public:
+  Hook() = default;
+  ~Hook() { remove(); }
+  Hook(const Hook&) = delete;
+  Hook& operator=(const Hook&) = delete;
+
+  spa_hook* get() { return &hook_; }
+
+  void remove() {
+    if (hook_.link.next != nullptr) {
+      spa_hook_remove(&hook_);
+      hook_ = {};
+    }
+  }
+
+ private:
+  spa_hook hook_{};
+};
+
+}  // namespace audrel::linuxos

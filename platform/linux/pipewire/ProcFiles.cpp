@@ -1,0 +1,110 @@
+#include "platform/linux/pipewire/ProcFiles.h"
+
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <system_error>
+
+namespace audrel::linuxos::proc {
+
+namespace {
+
+std::string folder(pid_t pid) {
+  return "/proc/" + std::to_string(pid);
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string firstLine(const std::string& path) {
+  std::ifstream file(path);
+  std::string line;
+  std::getline(file, line);
+  return line;
+}
+
+/// Undoes the escapes of systemd unit names (`\x2d`).
+std::string unescaped(const std::string& escaped) {
+  std::string plain;
+  for (std::size_t i = 0; i < escaped.size(); ++i) {
+    unsigned code = 0;
+    const char* digits = escaped.c_str() + i + 2;
+    if (escaped.compare(i, 2, "\\x") == 0 && i + 4 <= escaped.size() &&
+        std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
+      plain += static_cast<char>(code);
+      i += 3;
+    } else {
+      plain += escaped[i];
+    }
+  }
+  return plain;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> startTime(pid_t pid) {
+  const std::string stat = contents(folder(pid) + "/stat");
+  // The command's name is in parentheses and may hold any character.
+  const auto nameEnd = stat.rfind(')');
+  if (nameEnd == std::string::npos) {
+    return std::nullopt;
+  }
+  constexpr int startTimeField = 22;
+  std::istringstream rest(stat.substr(nameEnd + 1));
+  std::string field;
+  for (int number = 3; number <= startTimeField; ++number) {
+    rest >> field;
+  }
+  std::uint64_t ticks = 0;
+  const auto parsed = std::from_chars(field.data(), field.data() + field.size(), ticks);
+  return parsed.ec == std::errc() ? std::optional(ticks) : std::nullopt;
+}
+
+std::string executable(pid_t pid) {
+  std::error_code error;
+  std::string path = std::filesystem::read_symlink(folder(pid) + "/exe", error).string();
+  constexpr std::string_view replaced = " (deleted)";
+  if (path.ends_with(replaced)) {
+    path.resize(path.size() - replaced.size());
+  }
+  return path;
+}
+
+std::string commandName(pid_t pid) {
+  return firstLine(folder(pid) + "/comm");
+}
+
+std::string flatpakApplication(pid_t pid) {
+  std::ifstream info(folder(pid) + "/root/.flatpak-info");
+  std::string line;
+  while (std::getline(info, line)) {
+    constexpr std::string_view key = "name=";
+    if (line.starts_with(key)) {
+      return line.substr(key.size());
+    }
+  }
+  return {};
+}
+
+std::string applicationOfCgroup(const std::string& cgroup) {
+  // app[-launcher]-ID-RANDOM.scope, app[-launcher]-ID[@RANDOM].service; an ID has no plain hyphen.
+  static const std::regex pattern(
+      R"(/app-(?:[^-/]+-)?([^-/@]+)(?:-[^-/]+\.scope|(?:@[^/]*)?\.service))");
+  std::smatch match;
+  return std::regex_search(cgroup, match, pattern) ? unescaped(match[1]) : "";
+}
+
+std::string scopeApplication(pid_t pid) {
+  return applicationOfCgroup(contents(folder(pid) + "/cgroup"));
+}
+
+std::string machineId() {
+  return firstLine("/etc/machine-id");
+}
+
+}  // namespace audrel::linuxos::proc

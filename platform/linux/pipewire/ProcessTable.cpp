@@ -1,0 +1,129 @@
+#include "platform/linux/pipewire/ProcessTable.h"
+
+#include <algorithm>
+#include <set>
+
+#include "platform/linux/pipewire/DesktopEntries.h"
+#include "platform/linux/pipewire/ProcFiles.h"
+
+namespace audrel::linuxos {
+
+namespace {
+
+/// FNV-1a, 32 bits: the offset basis and prime are those of its definition.
+std::uint32_t hash(const std::string& text) {
+  std::uint32_t value = 2166136261U;
+  for (const char character : text) {
+    value = (value ^ static_cast<std::uint8_t>(character)) * 16777619U;
+  }
+  return value;
+}
+
+std::optional<DesktopEntry> desktopEntryOf(const StreamOwner& owner,
+                                           const std::string& declaredId) {
+  for (const std::string& id : {owner.portalApplication, declaredId}) {
+    if (auto entry = desktopEntryById(id)) {
+      return entry;
+    }
+  }
+  if (!owner.isPidVerified) {
+    return std::nullopt;
+  }
+  const auto scope = desktopEntryById(proc::scopeApplication(owner.pid));
+  if (scope && !isTerminal(*scope)) {
+    return scope;
+  }
+  return desktopEntryOfExecutable(proc::executable(owner.pid));
+}
+
+}  // namespace
+
+const GraphClient* clientOf(const Graph& graph, const GraphNode& node) {
+  const auto found = graph.clients.find(node.clientId);
+  return found == graph.clients.end() ? nullptr : &found->second;
+}
+
+bool isIdentified(const Graph& graph, const GraphNode& node) {
+  const GraphClient* client = clientOf(graph, node);
+  return node.isDetailed && (client == nullptr || client->isDetailed);
+}
+
+CA::AudioObjectID ProcessTable::newID(const std::string& key) const {
+  CA::AudioObjectID id = hash(key);
+  while (id < reservedIDs || processes_.contains(id)) {
+    ++id;
+  }
+  return id;
+}
+
+const ProcessTable::Process& ProcessTable::processOf(const GraphNode& node,
+                                                     const GraphClient* client) {
+  StreamOwner owner = ownerOf(node, client);
+  if (const auto known = idsByKey_.find(owner.key); known != idsByKey_.end()) {
+    return processes_.at(known->second);
+  }
+  Process process{.id = newID(owner.key), .owner = std::move(owner), .name = {}, .bundleID = {}};
+  describe(process, node, client);
+  idsByKey_[process.owner.key] = process.id;
+  return processes_[process.id] = std::move(process);
+}
+
+void ProcessTable::describe(Process& process, const GraphNode& node, const GraphClient* client) {
+  const StreamOwner& owner = process.owner;
+  const std::string declaredId = ownIdentifier(node, client);
+  const auto entry = desktopEntryOf(owner, declaredId);
+  process.bundleID = owner.portalApplication;
+  if (process.bundleID.empty() && owner.isPidVerified) {
+    process.bundleID = proc::flatpakApplication(owner.pid);
+  }
+  if (process.bundleID.empty()) {
+    process.bundleID = declaredId;
+  }
+  if (process.bundleID.empty() && entry) {
+    process.bundleID = entry->id;
+  }
+  process.name = entry ? entry->name : ownName(node, client);
+}
+
+std::vector<const ProcessTable::Process*> ProcessTable::playing(const Graph& graph) {
+  std::vector<const GraphNode*> streams;
+  for (const auto& [id, node] : graph.nodes) {
+    if (isPlaybackStream(node) && isIdentified(graph, node)) {
+      streams.push_back(&node);
+    }
+  }
+  std::ranges::sort(streams, {}, &GraphNode::serial);
+  std::vector<const Process*> processes;
+  std::set<CA::AudioObjectID> seen;
+  for (const GraphNode* stream : streams) {
+    const Process& process = processOf(*stream, clientOf(graph, *stream));
+    if (seen.insert(process.id).second) {
+      processes.push_back(&process);
+    }
+  }
+  return processes;
+}
+
+const ProcessTable::Process* ProcessTable::find(CA::AudioObjectID id) const {
+  const auto found = processes_.find(id);
+  return found == processes_.end() ? nullptr : &found->second;
+}
+
+const ProcessTable::Process* ProcessTable::findPid(pid_t pid) const {
+  const Process* result = nullptr;
+  for (const auto& [id, process] : processes_) {
+    if (process.owner.pid == pid && (result == nullptr || keyOfProcess(pid) == process.owner.key)) {
+      result = &process;
+    }
+  }
+  return result;
+}
+
+bool ProcessTable::isAlive(const Process& process, const Graph& graph) {
+  if (process.owner.isPidVerified) {
+    return keyOfProcess(process.owner.pid) == process.owner.key;
+  }
+  return std::ranges::count(playing(graph), &process) > 0;
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/CoreAudio.h"
+#include "platform/linux/pipewire/Graph.h"
+#include "platform/linux/pipewire/StreamOwner.h"
+
+namespace audrel::linuxos {
+
+/// The process objects: every process that was ever seen to own a playback stream has an object id
+/// that no other will have. An id is a hash of what names the process for good, so that the next
+/// run of the program gives a living process the same id; a collision moves on to a free one.
+class ProcessTable {
+ public:
+  struct Process {
+    CA::AudioObjectID id = 0;
+    StreamOwner owner;
+    std::string name;  ///< for the user
+    std::string bundleID;
+  };
+
+  /// Process objects keep out of this range of ids, which is for objects of other kinds.
+  static constexpr CA::AudioObjectID reservedIDs = 0x10000;
+
+  /// The object of the node's owner, made when it is new. The node and its client must be detailed.
+  const Process& processOf(const GraphNode& node, const GraphClient* client);
+
+  /// The processes that own a playback stream now, in the order of their oldest one.
+  std::vector<const Process*> playing(const Graph& graph);
+
+  const Process* find(CA::AudioObjectID id) const;
+
+  /// Of several that had the pid one after the other, the one that runs.
+  const Process* findPid(pid_t pid) const;
+
+  /// Whether the process may still play: it runs, or one of its streams is there.
+  bool isAlive(const Process& process, const Graph& graph);
+
+ private:
+  CA::AudioObjectID newID(const std::string& key) const;
+  static void describe(Process& process, const GraphNode& node, const GraphClient* client);
+
+  std::map<CA::AudioObjectID, Process> processes_;
+  std::map<std::string, CA::AudioObjectID> idsByKey_;
+};
+
+/// The node's client; null when it is not known.
+const GraphClient* clientOf(const Graph& graph, const GraphNode& node);
+
+/// Whether everything about the node that its owner is found by has arrived.
+bool isIdentified(const Graph& graph, const GraphNode& node);
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <pipewire/pipewire.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/Downmix.h"
+#include "platform/linux/pipewire/LinkSet.h"
+#include "platform/linux/pipewire/Timeline.h"
+
+namespace audrel::linuxos {
+
+/// Takes in what the tapped streams play, beside their way to the speakers, and feeds it to a
+/// timeline on the connection's data thread. Made, used and destroyed on the connection's thread or
+/// under its lock; when it is destroyed its data thread feeds no more.
+class TapStream {
+ public:
+  using IsTapped = std::function<bool(const GraphNode&)>;
+
+  /// `rate` in frames per second: a graph that runs at another is resampled.
+  TapStream(Connection& connection, double rate, IsTapped isTapped, Timeline& timeline);
+  ~TapStream();
+  TapStream(const TapStream&) = delete;
+  TapStream& operator=(const TapStream&) = delete;
+
+  /// Links what is to be tapped now and is not yet, and removes links that are not to be.
+  void followGraph();
+
+  /// Whether audio flows: the server runs the stream, and every link is made.
+  bool isReady() const;
+
+  /// Why the server gave the stream up; empty while it has not.
+  const std::string& failure() const { return failure_; }
+
+ private:
+  void connect();
+  void stateChanged(pw_stream_state state, const char* error);
+  void process() noexcept;
+  void feed(const pw_buffer& buffer) noexcept;
+  bool hasPorts() const;
+
+  static const pw_stream_events streamEvents;
+
+  Connection& connection_;
+  double rate_;
+  IsTapped isTapped_;
+  Timeline& timeline_;
+  std::vector<float> stereo_;
+  std::atomic<const spa_io_position*> position_ = nullptr;
+  std::atomic<bool> tapsSurround_ = false;
+  bool isStreaming_ = false;
+  std::string failure_;
+  StreamHandle stream_;
+  Hook streamHook_;
+  LinkSet links_;
+};
+
+}  // namespace audrel::linuxos

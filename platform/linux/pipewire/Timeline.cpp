@@ -1,0 +1,83 @@
+#include "platform/linux/pipewire/Timeline.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace audrel::linuxos {
+
+namespace {
+
+constexpr std::uint32_t channels = 2;
+constexpr std::uint32_t silenceBlock = 1024;  // frames
+constexpr float silence[silenceBlock * channels] = {};
+
+}  // namespace
+
+Timeline::Timeline(CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData,
+                   double rate)
+    : device_(device), procedure_(procedure), clientData_(clientData), clock_(rate) {}
+
+// Both sides write their own flag and then read the other's, in one order for all, so that at
+// least one of them sees the other: a feeder that goes on has been seen, and is waited for.
+void Timeline::feedFrom(Feeder feeder) {
+  feeder_.store(feeder);
+  while (isInside_.load()) {
+    std::this_thread::yield();
+  }
+}
+
+bool Timeline::enter(Feeder feeder) noexcept {
+  isInside_.store(true);
+  if (feeder_.load() == feeder) {
+    return true;
+  }
+  leave();
+  return false;
+}
+
+void Timeline::leave() noexcept {
+  isInside_.store(false);
+}
+
+void Timeline::feedCycle(const GraphCycle& cycle, const float* audio,
+                         std::uint32_t frames) noexcept {
+  if (!enter(Feeder::stream)) {
+    return;
+  }
+  deliverSilence(clock_.advance(cycle));
+  deliver(audio, frames);
+  leave();
+}
+
+void Timeline::feedSilenceUntil(std::uint64_t nsec) noexcept {
+  if (!enter(Feeder::silence)) {
+    return;
+  }
+  deliverSilence(clock_.advanceTo(nsec));
+  leave();
+}
+
+void Timeline::deliverSilence(std::uint64_t frames) noexcept {
+  lostFrames_.fetch_add(frames, std::memory_order_relaxed);
+  while (frames > 0) {
+    const auto block = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames, silenceBlock));
+    deliver(silence, block);
+    frames -= block;
+  }
+}
+
+void Timeline::deliver(const float* audio, std::uint32_t frames) noexcept {
+  CA::AudioTimeStamp time;
+  time.mSampleTime = sampleTime_;
+  CA::AudioBufferList input{
+      .mNumberBuffers = 1,
+      .mBuffers = {{.mNumberChannels = channels,
+                    .mDataByteSize = frames * channels * static_cast<std::uint32_t>(sizeof(float)),
+                    // The procedure gets the list as read-only; the type has no const data.
+                    .mData = const_cast<float*>(audio)}}};
+  CA::AudioBufferList output{};
+  procedure_(device_, &time, &input, &time, &output, &time, clientData_);
+  sampleTime_ += frames;
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "platform/CoreAudio.h"
+#include "platform/linux/pipewire/GraphClock.h"
+
+namespace audrel::linuxos {
+
+/// Calls an IO procedure so that time goes on without a break: with the audio of the capture
+/// stream while there is one, with silence where a cycle was missed or the server is away.
+///
+/// One feeder at a time may call in: the capture stream on its data thread, or the silence on the
+/// connection's thread. Audio is interleaved stereo, 32-bit float.
+class Timeline {
+ public:
+  enum class Feeder { nobody, stream, silence };
+
+  /// `device` is what the procedure is told; `rate` in frames per second.
+  Timeline(CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData,
+           double rate);
+
+  /// Time starts now, at `nsec` of the monotonic clock. While nobody feeds.
+  void start(std::uint64_t nsec) { clock_.start(nsec); }
+
+  /// Only `feeder` may feed from now on. On return no other is inside, all that it wrote is
+  /// visible here, and what was written here before is visible to `feeder`. Not on the data thread.
+  void feedFrom(Feeder feeder);
+
+  /// One cycle of the capture stream. Takes no lock and never waits; dropped when the stream is
+  /// not the feeder.
+  void feedCycle(const GraphCycle& cycle, const float* audio, std::uint32_t frames) noexcept;
+
+  /// Silence up to `nsec`; nothing when silence is not the feeder.
+  void feedSilenceUntil(std::uint64_t nsec) noexcept;
+
+  /// Frames of silence that stand for audio that did not come. Any thread.
+  std::uint64_t lostFrames() const { return lostFrames_.load(std::memory_order_relaxed); }
+
+ private:
+  bool enter(Feeder feeder) noexcept;
+  void leave() noexcept;
+  void deliver(const float* audio, std::uint32_t frames) noexcept;
+  void deliverSilence(std::uint64_t frames) noexcept;
+
+  const CA::AudioObjectID device_;
+  const CA::AudioDeviceIOProc procedure_;
+  void* const clientData_;
+  GraphClock clock_;
+  double sampleTime_ = 0;
+  std::atomic<std::uint64_t> lostFrames_ = 0;
+  std::atomic<Feeder> feeder_ = Feeder::nobody;
+  std::atomic<bool> isInside_ = false;
+};
+
+}  // namespace audrel::linuxos
