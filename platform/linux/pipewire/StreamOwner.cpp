@@ -24,8 +24,7 @@ const std::string& declared(const GraphNode& node, const GraphClient* client,
 
 bool isOfThisMachine(const GraphNode& node, const GraphClient* client) {
   const std::string& machine = declared(node, client, "application.process.machine-id");
-  const std::string here = proc::machineId();
-  return machine.empty() || here.empty() || machine == here;
+  return machine.empty() || machine == proc::machineId();
 }
 
 bool runsDeclaredProgram(pid_t pid, const std::string& binary) {

@@ -1,0 +1,120 @@
+#include "platform/linux/pipewire/Timeline.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+#include <vector>
+
+namespace audrel::linuxos {
+namespace {
+
+constexpr std::uint64_t second = 1'000'000'000;
+
+/// What an IO procedure was given. Plain fields on purpose: the timeline's promises alone keep its
+/// threads apart.
+struct Received {
+  std::vector<float> left;
+  std::vector<double> sampleTimes;
+
+  static CA::OSStatus procedure(CA::AudioObjectID device, const CA::AudioTimeStamp*,
+                                const CA::AudioBufferList* input,
+                                const CA::AudioTimeStamp* inputTime, CA::AudioBufferList*,
+                                const CA::AudioTimeStamp*, void* clientData) {
+    EXPECT_EQ(device, 42U);
+    EXPECT_EQ(input->mNumberBuffers, 1U);
+    auto& received = *static_cast<Received*>(clientData);
+    received.sampleTimes.push_back(inputTime->mSampleTime);
+    const auto* samples = static_cast<const float*>(input->mBuffers[0].mData);
+    for (std::uint32_t i = 0; i < input->mBuffers[0].mDataByteSize / sizeof(float); i += 2) {
+      received.left.push_back(samples[i]);
+    }
+    return CA::kAudioHardwareNoError;
+  }
+};
+
+struct TimelineTest : testing::Test {
+  Received received;
+  Timeline timeline{42, &Received::procedure, &received, 48000};
+
+  void feed(std::uint64_t position, float value, std::uint32_t frames = 4) {
+    const std::vector<float> audio(std::size_t{2} * frames, value);
+    timeline.feedCycle({.clockId = 1,
+                        .position = position,
+                        .duration = frames,
+                        .rate = 48000,
+                        .nsec = position * second / 48000},
+                       audio.data(), frames);
+  }
+};
+
+TEST_F(TimelineTest, dropsWhatComesWhileNobodyMayFeed) {
+  feed(0, 1);
+  timeline.feedSilenceUntil(second);
+  EXPECT_TRUE(received.left.empty());
+}
+
+TEST_F(TimelineTest, dropsSilenceWhileTheStreamFeedsAndCyclesWhileSilenceFeeds) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  timeline.feedSilenceUntil(second);
+  EXPECT_TRUE(received.left.empty());
+  timeline.feedFrom(Timeline::Feeder::silence);
+  feed(0, 1);
+  EXPECT_TRUE(received.left.empty());
+}
+
+TEST_F(TimelineTest, deliversCyclesAsTheyCome) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(4, 2);
+  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 2, 2, 2, 2}));
+  EXPECT_EQ(received.sampleTimes, (std::vector<double>{0, 4}));
+  EXPECT_EQ(timeline.lostFrames(), 0U);
+}
+
+TEST_F(TimelineTest, putsSilenceOfTheSameLengthWhereCyclesWereMissed) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(10, 2);
+  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2}));
+  EXPECT_EQ(received.sampleTimes, (std::vector<double>{0, 4, 10}));
+  EXPECT_EQ(timeline.lostFrames(), 6U);
+}
+
+TEST_F(TimelineTest, silenceIsCountedAsLostAndGoesOnWhereTheStreamEnded) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1, 4800);
+  timeline.feedFrom(Timeline::Feeder::silence);
+  timeline.feedSilenceUntil(second / 5);
+  EXPECT_EQ(received.left.size(), 9600U);
+  EXPECT_EQ(timeline.lostFrames(), 4800U);
+}
+
+TEST_F(TimelineTest, afterTheFeederChangedTheOldOneIsNotInside) {
+  timeline.start(0);
+  std::atomic<bool> isOver = false;
+  std::thread stream([&] {
+    for (std::uint64_t position = 0; !isOver; position += 4) {
+      feed(position, 1);
+    }
+  });
+  for (int round = 0; round < 200; ++round) {
+    timeline.feedFrom(Timeline::Feeder::stream);
+    std::this_thread::yield();
+    timeline.feedFrom(Timeline::Feeder::nobody);
+    received.left.clear();  // A race here is what the thread sanitizer looks for.
+    received.sampleTimes.clear();
+    std::this_thread::yield();
+    EXPECT_TRUE(received.left.empty());
+  }
+  isOver = true;
+  stream.join();
+}
+
+}  // namespace
+}  // namespace audrel::linuxos
