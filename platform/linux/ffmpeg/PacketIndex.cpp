@@ -1,0 +1,33 @@
+#include "platform/linux/ffmpeg/PacketIndex.h"
+
+namespace audrel::linuxos {
+
+void PacketIndex::add(std::uint64_t offset, std::span<const std::uint16_t> sizes) {
+  runs_.push_back({offset, static_cast<std::uint32_t>(sizes.size())});
+  for (const std::uint16_t size : sizes) {
+    sizes_.push_back(size);
+    bytes_ += size;
+  }
+}
+
+void PacketIndex::forgetFrom(std::uint64_t fileEnd) {
+  while (!runs_.empty() && runs_.back().offset >= fileEnd) {
+    dropLastPacket();
+  }
+}
+
+void PacketIndex::limit(std::uint64_t packets) {
+  while (sizes_.size() > packets) {
+    dropLastPacket();
+  }
+}
+
+void PacketIndex::dropLastPacket() {
+  bytes_ -= sizes_.back();
+  sizes_.pop_back();
+  if (--runs_.back().packets == 0) {
+    runs_.pop_back();
+  }
+}
+
+}  // namespace audrel::linuxos

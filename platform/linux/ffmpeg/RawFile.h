@@ -1,0 +1,34 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+namespace audrel::linuxos {
+
+/// The system calls that a recording's file is written with, so that tests can make each of them
+/// fail. Results are those of the calls: -1 and `errno` on failure.
+class RawFile {
+ public:
+  /// Closes the file if `close` was not called.
+  virtual ~RawFile() = default;
+
+  virtual ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept = 0;
+  virtual int ftruncate(off_t size) noexcept = 0;
+
+  /// To be called once at most, and last.
+  virtual int close() noexcept = 0;
+};
+
+/// Makes a new file at a path; null and `errno` in `code` on failure.
+using RawFileCreator =
+    std::function<std::unique_ptr<RawFile>(const std::filesystem::path& path, int* code)>;
+
+/// Creates `path`, readable and writable as the umask has it. Never opens, follows or replaces what
+/// is there already, a link that leads nowhere included.
+std::unique_ptr<RawFile> createExclusively(const std::filesystem::path& path, int* code);
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "platform/linux/ffmpeg/BlockFile.h"
+#include "platform/linux/ffmpeg/WavHeader.h"
+
+namespace audrel::linuxos {
+
+/// A WAV file that is right after each of its writes: a block of samples first, then the header
+/// that counts it, in one write each.
+class WavWriter {
+ public:
+  WavWriter(BlockFile file, const WavFormat& format);
+
+  /// Writes the header of an empty file. 0 or an `errno` value.
+  int start();
+
+  /// Adds whole frames. What is dropped is silence as soon as something follows it.
+  std::optional<BlockFile::Failure> append(std::span<const std::byte> samples);
+
+  /// Writes what waits, and closes the file. 0 or an `errno` value: then the file is right, but
+  /// ends after `writtenFrames()`, or the header counts fewer. Nothing may follow.
+  int finish();
+
+  /// Frames up to the end of what is in the file.
+  std::uint64_t writtenFrames() const;
+
+ private:
+  int updateHeader();
+
+  BlockFile file_;
+  WavFormat format_;
+  std::uint64_t headerCounts_ = 0;  // writtenEnd of the header in the file
+};
+
+}  // namespace audrel::linuxos
