@@ -51,7 +51,7 @@ class LinuxPlatform final : public NativePlatform {
   Log log_{os::LogLevel::error};
   Clock clock_;
   UUIDFactory uuids_;
-  Collation collation_;
+  Collation collation_{userCollationLocale()};
   FileManager fileManager_;
   CaptureAccess captureAccess_;
   Dispatch dispatch_;
