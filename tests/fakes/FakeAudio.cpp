@@ -138,6 +138,9 @@ std::unique_ptr<AV::PCMBuffer> FakeAudio::makePCMBuffer(
     const std::shared_ptr<const AV::AudioFormat>& format, std::uint32_t frameCapacity) noexcept {
   journal_.add("AVAudioPCMBuffer(" + frames(frameCapacity) + ") -> " +
                (hasNoMemory ? "nothing" : "buffer"));
+  if (whenBufferIsMade) {
+    whenBufferIsMade();
+  }
   return hasNoMemory ? nullptr : std::make_unique<Buffer>(*this, format, frameCapacity);
 }
 

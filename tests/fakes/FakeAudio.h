@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -54,6 +55,8 @@ class FakeAudio final : public AV::AudioFramework {
   bool makesNoFormat = false;
   /// No buffer can be made.
   bool hasNoMemory = false;
+  /// Called while a buffer is being made.
+  std::function<void()> whenBufferIsMade;
   /// How many buffers a PCM buffer's list has, whatever its format says.
   std::optional<std::uint32_t> buffersInList;
   /// Those of a list that carry no data.
