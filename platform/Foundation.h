@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,6 +64,50 @@ class Collation {
   /// `localizedCaseInsensitiveCompare:` of two UTF-8 texts in the user's locale.
   virtual ComparisonResult localizedCaseInsensitiveCompare(std::string_view left,
                                                            std::string_view right) = 0;
+};
+
+/// A text that was parsed as a URL.
+struct URL {
+  std::string absoluteString;
+
+  bool operator==(const URL&) const = default;
+};
+
+class URLParser {
+ public:
+  virtual ~URLParser() = default;
+
+  /// `NSURL`'s `URLWithString:`; nothing when `text` is no URL.
+  virtual std::optional<URL> urlWithString(const std::string& text) = 0;
+};
+
+/// The standard user defaults of the application. Nothing is registered in advance.
+class UserDefaults {
+ public:
+  virtual ~UserDefaults() = default;
+
+  /// Nothing when there is no text under `key`.
+  virtual std::optional<std::string> stringForKey(const std::string& key) = 0;
+  virtual void setString(const std::string& value, const std::string& key) = 0;
+  virtual void removeObjectForKey(const std::string& key) = 0;
+};
+
+class Timer {
+ public:
+  virtual ~Timer() = default;
+
+  /// The timer fires no more.
+  virtual void invalidate() = 0;
+};
+
+class RunLoop {
+ public:
+  virtual ~RunLoop() = default;
+
+  /// Schedules a repeating timer on the main run loop, in its default mode, which holds it until
+  /// it is invalidated. `interval` in seconds. Main thread.
+  virtual std::shared_ptr<Timer> scheduleRepeatingTimer(double interval,
+                                                        std::function<void()> block) = 0;
 };
 
 }  // namespace NS
