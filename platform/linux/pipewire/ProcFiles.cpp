@@ -3,7 +3,6 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <regex>
 #include <sstream>
 #include <system_error>
@@ -18,7 +17,9 @@ std::string folder(pid_t pid) {
 
 std::string contents(const std::string& path) {
   std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
 }
 
 std::string firstLine(const std::string& path) {
