@@ -1,0 +1,209 @@
+#include "tests/platform/linux/pipewire/harness/Recorder.h"
+
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace audrel::pwtest {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto patience = 20s;
+constexpr std::uint32_t textReferenceSize = 8;
+
+constexpr CA::AudioObjectPropertyAddress global(std::uint32_t selector) {
+  return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
+}
+
+bool waitFor(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(2ms);
+  }
+  return true;
+}
+
+}  // namespace
+
+class LogKeeper::KeepingLogger final : public os::Logger {
+ public:
+  explicit KeepingLogger(std::shared_ptr<Lines> lines) : lines_(std::move(lines)) {}
+
+  void log(os::LogLevel level, std::string_view line) noexcept override {
+    const std::lock_guard lock(lines_->mutex);
+    lines_->lines.push_back((level == os::LogLevel::error ? "error: " : "info: ") +
+                            std::string(line));
+  }
+
+ private:
+  std::shared_ptr<Lines> lines_;
+};
+
+std::shared_ptr<os::Logger> LogKeeper::makeLogger(const std::string& /*subsystem*/,
+                                                  const std::string& /*category*/) {
+  return std::make_shared<KeepingLogger>(lines_);
+}
+
+std::vector<std::string> LogKeeper::lines() const {
+  const std::lock_guard lock(lines_->mutex);
+  return lines_->lines;
+}
+
+std::string CountingUUIDs::uuidString() {
+  return "uuid-" + std::to_string(++count_);
+}
+
+Recorder::Recorder(const std::string& socketPath)
+    : hardware_(log_, uuids_), samples_(new float[2 * mostFrames]) {
+  hardware_.useServer(socketPath);
+}
+
+Recorder::~Recorder() {
+  stop();
+}
+
+std::vector<CA::AudioObjectID> Recorder::processes() {
+  const auto address = global(CA::kAudioHardwarePropertyProcessObjectList);
+  std::uint32_t size = 0;
+  hardware_.AudioObjectGetPropertyDataSize(CA::kAudioObjectSystemObject, address, 0, nullptr,
+                                           &size);
+  std::vector<CA::AudioObjectID> ids(size / sizeof(CA::AudioObjectID));
+  hardware_.AudioObjectGetPropertyData(CA::kAudioObjectSystemObject, address, 0, nullptr, &size,
+                                       ids.data());
+  ids.resize(size / sizeof(CA::AudioObjectID));
+  return ids;
+}
+
+pid_t Recorder::pidOf(CA::AudioObjectID process) {
+  pid_t pid = -1;
+  std::uint32_t size = sizeof pid;
+  hardware_.AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyPID), 0, nullptr,
+                                       &size, &pid);
+  return pid;
+}
+
+std::string Recorder::bundleIdOf(CA::AudioObjectID process) {
+  std::string text;
+  std::uint32_t size = textReferenceSize;
+  hardware_.AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyBundleID), 0,
+                                       nullptr, &size, &text);
+  return text;
+}
+
+CA::AudioObjectID Recorder::waitForProcess(pid_t pid) {
+  CA::AudioObjectID found = 0;
+  waitFor([&] {
+    for (const CA::AudioObjectID id : processes()) {
+      found = pidOf(id) == pid ? id : found;
+    }
+    return found != 0;
+  });
+  return found;
+}
+
+CA::OSStatus Recorder::startProcess(CA::AudioObjectID process) {
+  return start({.kind = CA::TapDescription::Kind::stereoMixdownOfProcesses,
+                .processes = {process},
+                .muteBehavior = CA::TapMuteBehavior::unmuted,
+                .name = "test"});
+}
+
+CA::OSStatus Recorder::startEverything() {
+  return start({.kind = CA::TapDescription::Kind::stereoGlobalTapButExcludeProcesses,
+                .processes = {},
+                .muteBehavior = CA::TapMuteBehavior::unmuted,
+                .name = "test"});
+}
+
+CA::OSStatus Recorder::start(const CA::TapDescription& description) {
+  frames_ = 0;
+  if (const auto status = hardware_.AudioHardwareCreateProcessTap(description, &tap_)) {
+    return status;
+  }
+  std::string uid;
+  std::uint32_t size = textReferenceSize;
+  if (const auto status = hardware_.AudioObjectGetPropertyData(
+          tap_, global(CA::kAudioTapPropertyUID), 0, nullptr, &size, &uid)) {
+    return status;
+  }
+  size = sizeof format_;
+  if (const auto status = hardware_.AudioObjectGetPropertyData(
+          tap_, global(CA::kAudioTapPropertyFormat), 0, nullptr, &size, &format_)) {
+    return status;
+  }
+  return makeDevice(uid);
+}
+
+CA::OSStatus Recorder::makeDevice(const std::string& tapUID) {
+  CA::Description tap;
+  tap.entries = {{CA::kAudioSubTapUIDKey, tapUID}, {CA::kAudioSubTapDriftCompensationKey, true}};
+  CA::Description description;
+  description.entries = {{CA::kAudioAggregateDeviceUIDKey, uuids_.uuidString()},
+                         {CA::kAudioAggregateDeviceIsPrivateKey, true},
+                         {CA::kAudioAggregateDeviceTapListKey, std::vector{tap}}};
+  if (const auto status = hardware_.AudioHardwareCreateAggregateDevice(description, &device_)) {
+    return status;
+  }
+  const auto procedure = [](CA::AudioObjectID, const CA::AudioTimeStamp*,
+                            const CA::AudioBufferList* input, const CA::AudioTimeStamp*,
+                            CA::AudioBufferList*, const CA::AudioTimeStamp*,
+                            void* self) -> CA::OSStatus {
+    static_cast<Recorder*>(self)->take(*input);
+    return CA::kAudioHardwareNoError;
+  };
+  if (const auto status =
+          hardware_.AudioDeviceCreateIOProcID(device_, procedure, this, &procedure_)) {
+    return status;
+  }
+  return hardware_.AudioDeviceStart(device_, procedure_);
+}
+
+CA::OSStatus Recorder::stop() {
+  CA::OSStatus first = CA::kAudioHardwareNoError;
+  const auto note = [&](CA::OSStatus status) { first = first != 0 ? first : status; };
+  if (procedure_ != nullptr) {
+    note(hardware_.AudioDeviceStop(device_, procedure_));
+    note(hardware_.AudioDeviceDestroyIOProcID(device_, procedure_));
+    procedure_ = nullptr;
+  }
+  if (device_ != 0) {
+    note(hardware_.AudioHardwareDestroyAggregateDevice(device_));
+    device_ = 0;
+  }
+  if (tap_ != 0) {
+    note(hardware_.AudioHardwareDestroyProcessTap(tap_));
+    tap_ = 0;
+  }
+  return first;
+}
+
+void Recorder::take(const CA::AudioBufferList& input) noexcept {
+  const std::size_t taken = frames_.load(std::memory_order_relaxed);
+  const CA::AudioBuffer& buffer = input.mBuffers[0];
+  const std::size_t count = buffer.mDataByteSize / (2 * sizeof(float));
+  if (input.mNumberBuffers != 1 || buffer.mNumberChannels != 2 || taken + count > mostFrames) {
+    hasFailed_ = true;
+    return;
+  }
+  std::memcpy(samples_.get() + 2 * taken, buffer.mData, count * 2 * sizeof(float));
+  frames_.store(taken + count, std::memory_order_release);
+}
+
+bool Recorder::waitForFrames(std::size_t count) {
+  return waitFor([&] { return frames() >= count; });
+}
+
+bool Recorder::waitUntil(const std::function<bool(const Audio&)>& condition) {
+  return waitFor([&] { return condition(audio()); });
+}
+
+Audio Recorder::audio() const {
+  return {samples_.get(), samples_.get() + 2 * frames()};
+}
+
+}  // namespace audrel::pwtest

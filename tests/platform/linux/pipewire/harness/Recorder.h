@@ -1,0 +1,115 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/CoreAudio.h"
+#include "platform/Foundation.h"
+#include "platform/Log.h"
+#include "platform/linux/pipewire/CaptureHardware.h"
+#include "tests/platform/linux/pipewire/harness/Segments.h"
+
+namespace audrel::pwtest {
+
+/// Keeps what is logged.
+class LogKeeper final : public os::Log {
+ public:
+  std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
+                                         const std::string& category) override;
+
+  /// "error: ..." or "info: ..." each.
+  std::vector<std::string> lines() const;
+
+ private:
+  struct Lines {
+    mutable std::mutex mutex;
+    std::vector<std::string> lines;
+  };
+  class KeepingLogger;
+
+  std::shared_ptr<Lines> lines_ = std::make_shared<Lines>();
+};
+
+/// Distinct identifiers.
+class CountingUUIDs final : public NS::UUIDFactory {
+ public:
+  std::string uuidString() override;
+
+ private:
+  int count_ = 0;
+};
+
+/// Captures into memory, by the calls that a recording makes of the hardware layer.
+class Recorder {
+ public:
+  /// On the server at that socket.
+  explicit Recorder(const std::string& socketPath);
+  ~Recorder();
+  Recorder(const Recorder&) = delete;
+  Recorder& operator=(const Recorder&) = delete;
+
+  CA::AudioHardware& hardware() { return hardware_; }
+  linuxos::CaptureHardware& captureHardware() { return hardware_; }
+  const LogKeeper& log() const { return log_; }
+
+  std::vector<CA::AudioObjectID> processes();
+  pid_t pidOf(CA::AudioObjectID process);
+  std::string bundleIdOf(CA::AudioObjectID process);
+
+  /// The object of the process with that pid, waited for; 0 when it does not come.
+  CA::AudioObjectID waitForProcess(pid_t pid);
+
+  /// Taps one process, or everything, and starts. The first failing call's status, else 0.
+  CA::OSStatus startProcess(CA::AudioObjectID process);
+  CA::OSStatus startEverything();
+
+  /// Stops and gives back everything that was made.
+  CA::OSStatus stop();
+
+  /// Captured so far. Any thread.
+  std::size_t frames() const { return frames_.load(std::memory_order_acquire); }
+  bool waitForFrames(std::size_t count);
+  bool waitForMore(std::size_t frames) { return waitForFrames(this->frames() + frames); }
+
+  /// Waits until `condition` holds for what was captured so far.
+  bool waitUntil(const std::function<bool(const Audio&)>& condition);
+
+  /// What was captured so far.
+  Audio audio() const;
+
+  double rate() const { return format_.mSampleRate; }
+  std::uint64_t lostFrames() { return hardware_.lostFrames(); }
+
+  /// Whether more came than the memory holds, or anything that is not interleaved stereo: nothing
+  /// that was captured counts then.
+  bool hasFailed() const { return hasFailed_.load(); }
+
+ private:
+  CA::OSStatus start(const CA::TapDescription& description);
+  CA::OSStatus makeDevice(const std::string& tapUID);
+  void take(const CA::AudioBufferList& input) noexcept;
+
+  static constexpr std::size_t mostFrames = 16'000'000;
+
+  LogKeeper log_;
+  CountingUUIDs uuids_;
+  linuxos::CaptureHardware hardware_;
+  CA::AudioStreamBasicDescription format_;
+  CA::AudioObjectID tap_ = 0;
+  CA::AudioObjectID device_ = 0;
+  CA::AudioDeviceIOProcID procedure_ = nullptr;
+  std::unique_ptr<float[]> samples_;
+  std::atomic<std::size_t> frames_ = 0;
+  std::atomic<bool> hasFailed_ = false;
+};
+
+}  // namespace audrel::pwtest

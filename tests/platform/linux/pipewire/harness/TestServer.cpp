@@ -1,0 +1,107 @@
+#include "tests/platform/linux/pipewire/harness/TestServer.h"
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <thread>
+#include <utility>
+
+namespace audrel::pwtest {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto startTimeout = 10s;
+
+constexpr const char* modules = R"(
+context.spa-libs = {
+    audio.convert.* = audioconvert/libspa-audioconvert
+    support.* = support/libspa-support
+}
+context.modules = [
+    { name = libpipewire-module-rt
+      args = { rtportal.enabled = false rtkit.enabled = false } flags = [ ifexists nofail ] }
+    { name = libpipewire-module-protocol-native }
+    { name = libpipewire-module-metadata }
+    { name = libpipewire-module-spa-node-factory }
+    { name = libpipewire-module-client-node }
+    { name = libpipewire-module-access }
+    { name = libpipewire-module-adapter }
+    { name = libpipewire-module-link-factory }
+]
+)";
+
+}  // namespace
+
+TestServer::TestServer(ServerOptions options) : options_(std::move(options)) {
+  restart();
+}
+
+TestServer::~TestServer() {
+  pacer_.reset();
+  session_.reset();
+}
+
+std::string TestServer::configuration() const {
+  std::ostringstream text;
+  // A graph has one driver that leads the others of its group.
+  const char* group = options_.timesRealTime ? "pipewire.freewheel" : "pipewire.dummy";
+  text << "context.properties = { core.daemon = true core.name = pipewire-0 support.dbus = false\n"
+       << "link.max-buffers = 16 default.clock.rate = " << options_.rate
+       << " default.clock.allowed-rates = [ " << options_.allowedRates << " ]\n"
+       << "default.clock.quantum = " << options_.quantum
+       << " default.clock.min-quantum = 32 default.clock.max-quantum = 8192 }\n"
+       << modules << "context.objects = [\n"
+       << "{ factory = metadata args = { metadata.name = default } }\n"
+       << "{ factory = spa-node-factory args = { factory.name = support.node.driver "
+       << "node.name = Driver priority.driver = 20000 node.group = " << group
+       << (options_.timesRealTime ? " node.freewheel = true" : "") << " } }\n";
+  for (const Sink& sink : options_.sinks) {
+    text << "{ factory = adapter args = { factory.name = support.null-audio-sink node.name = "
+         << sink.name << " media.class = Audio/Sink object.linger = true audio.position = \""
+         << sink.channels << "\"";
+    if (options_.timesRealTime) {
+      text << " node.group = " << group;
+    }
+    text << " adapter.auto-port-config = { mode = dsp monitor = true position = preserve } } }\n";
+  }
+  text << "]\n";
+  return text.str();
+}
+
+bool TestServer::launch() {
+  const std::string folder = folder_.path().string();
+  std::ofstream(folder_.path() / "pipewire.conf") << configuration();
+  server_ = ChildProcess::start({.arguments = {"pipewire", "-c", "pipewire.conf"},
+                                 .environment = {{"PIPEWIRE_CONFIG_DIR", folder},
+                                                 {"PIPEWIRE_RUNTIME_DIR", folder},
+                                                 {"XDG_RUNTIME_DIR", folder}},
+                                 .showsErrors = false});
+  return server_ != nullptr;
+}
+
+void TestServer::crash() {
+  pacer_.reset();
+  session_.reset();
+  server_->end(SIGKILL);
+}
+
+void TestServer::restart() {
+  if (!launch()) {
+    return;
+  }
+  const auto deadline = std::chrono::steady_clock::now() + startTimeout;
+  while (!isRunning() && server_->isRunning() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(5ms);
+    session_ = std::make_unique<SessionManager>(socketPath(), options_.portLayout);
+  }
+  if (isRunning() && options_.timesRealTime) {
+    pacer_ = std::make_unique<Pacer>(socketPath(), *options_.timesRealTime);
+  }
+  if (isRunning() && !options_.sinks.empty()) {
+    session_->setDefaultSink(options_.sinks.front().name);
+  }
+}
+
+}  // namespace audrel::pwtest

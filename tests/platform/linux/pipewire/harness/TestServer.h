@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/platform/linux/pipewire/harness/Pacer.h"
+#include "tests/platform/linux/pipewire/harness/SessionManager.h"
+#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+
+namespace audrel::pwtest {
+
+struct Sink {
+  std::string name;
+  std::string channels = "FL,FR";
+};
+
+struct ServerOptions {
+  /// The multiple of real time at which a freewheeling graph runs; nothing for a graph in real
+  /// time. A freewheeling graph loses no cycle, however busy the machine is.
+  std::optional<double> timesRealTime = 20;
+  std::uint32_t rate = 48000;
+  std::string allowedRates = "48000";
+  std::uint32_t quantum = 1024;
+  std::vector<Sink> sinks = {{"speakers"}};
+  PortLayout portLayout = PortLayout::ofSink;
+};
+
+/// An audio server of the test's own, with its session manager. Made and used on the main thread.
+class TestServer {
+ public:
+  explicit TestServer(ServerOptions options = {});
+  ~TestServer();
+  TestServer(const TestServer&) = delete;
+  TestServer& operator=(const TestServer&) = delete;
+
+  /// Whether everything runs; the first thing that a test asserts.
+  bool isRunning() const { return session_ && session_->isConnected(); }
+
+  std::string socketPath() const { return (folder_.path() / "pipewire-0").string(); }
+  SessionManager& session() { return *session_; }
+
+  /// Ends the server without notice.
+  void crash();
+
+  /// Starts it again, at the same socket.
+  void restart();
+
+ private:
+  std::string configuration() const;
+  bool launch();
+
+  ServerOptions options_;
+  TemporaryFolder folder_;
+  std::unique_ptr<ChildProcess> server_;
+  std::unique_ptr<SessionManager> session_;
+  std::unique_ptr<Pacer> pacer_;
+};
+
+}  // namespace audrel::pwtest
