@@ -1,0 +1,96 @@
+#include "cli/Console.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+namespace audrel::cli {
+
+namespace {
+
+constexpr std::string_view clearLine = "\r\x1b[K";
+
+void writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const auto written = write(descriptor, text.data(), text.size());
+    if (written < 0 && errno != EINTR) {
+      return;
+    }
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    }
+  }
+}
+
+std::string withLineFeed(std::string_view line) {
+  return std::string(line).append("\n");
+}
+
+}  // namespace
+
+Console::Console(int output, int errorOutput, Options::Progress progress)
+    : output_(output),
+      errorOutput_(errorOutput),
+      progress_(progress),
+      showsStatus_(progress == Options::Progress::shown && isatty(errorOutput) == 1) {}
+
+void Console::result(std::string_view line) {
+  print(withLineFeed(line));
+}
+
+void Console::progress(std::string_view line) {
+  if (progress_ == Options::Progress::shown) {
+    clearStatus();
+    writeAll(errorOutput_, withLineFeed(line));
+  }
+}
+
+void Console::complain(std::string_view line) {
+  clearStatus();
+  writeAll(errorOutput_, "audrel-record: " + withLineFeed(line));
+}
+
+void Console::complainFurther(std::string_view lines) {
+  clearStatus();
+  writeAll(errorOutput_, lines);
+}
+
+void Console::print(std::string_view text) {
+  clearStatus();
+  writeAll(output_, text);
+}
+
+void Console::status(std::string_view line) {
+  if (showsStatus_) {
+    writeAll(errorOutput_, std::string(clearLine).append(line));
+    hasStatus_ = true;
+  }
+}
+
+int Console::statusWidth() const {
+  constexpr int usualWidth = 80;
+  winsize window{};
+  const bool known = ioctl(errorOutput_, TIOCGWINSZ, &window) == 0 && window.ws_col > 0;
+  return (known ? window.ws_col : usualWidth) - 1;
+}
+
+void Console::clearStatus() {
+  if (hasStatus_) {
+    writeAll(errorOutput_, clearLine);
+    hasStatus_ = false;
+  }
+}
+
+void openStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF) {
+      // The lowest free number, so just the one that is missing. Left open for good.
+      [[maybe_unused]] const int opened = open("/dev/null", O_RDWR);
+    }
+  }
+}
+
+}  // namespace audrel::cli

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "cli/Options.h"
+
+namespace audrel::cli {
+
+/// Standard output and standard error: results go to the first, all else to the second. What they
+/// do not take is lost without a word, since a closed terminal must not end a recording.
+///
+/// On a terminal, standard error can carry a status line, which is overwritten in place; other
+/// texts first clear it. Main thread only.
+class Console {
+ public:
+  /// `progress`: whether the start and end of a recording are told, and the status line drawn.
+  Console(int output, int errorOutput, Options::Progress progress);
+
+  /// One line of result, without its line feed.
+  void result(std::string_view line);
+
+  /// One line of progress; nothing when quiet.
+  void progress(std::string_view line);
+
+  /// One line that must be read, after the program's name.
+  void complain(std::string_view line);
+
+  /// Several lines that belong to the complaint before, each ended by a line feed.
+  void complainFurther(std::string_view lines);
+
+  /// Text as it is.
+  void print(std::string_view text);
+
+  bool showsStatus() const { return showsStatus_; }
+
+  /// Overwrites the status line. Does nothing where none is shown.
+  void status(std::string_view line);
+
+  /// How many characters a status line may have: one less than the window is wide, since a full
+  /// line wraps on some terminals.
+  int statusWidth() const;
+
+ private:
+  void clearStatus();
+
+  const int output_;
+  const int errorOutput_;
+  const Options::Progress progress_;
+  const bool showsStatus_;
+  bool hasStatus_ = false;
+};
+
+/// Opens /dev/null for each of the three standard descriptors that is closed: else the first file
+/// that is opened takes its number, and what is meant for the terminal goes into the recording.
+void openStandardDescriptors();
+
+}  // namespace audrel::cli

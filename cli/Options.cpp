@@ -1,0 +1,227 @@
+#include "cli/Options.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "cli/Duration.h"
+
+namespace audrel::cli {
+
+const char* const helpText =
+    R"(Usage: audrel-record [OPTION]...
+Records what this computer plays to an audio file, until Ctrl-C.
+
+  --list            list the applications that can be recorded, and exit
+  --app WHO         record one application: its name, bundle identifier,
+                    process id, or "#" and its object id (default: everything)
+  --format FORMAT   m4a (AAC, 256 kbit/s; the default) or wav (16 bit)
+  --output FILE     record to FILE, which must not exist yet (default: a new
+                    file in the Downloads folder); .m4a or .wav sets the format
+  --duration TIME   stop after exactly TIME: 90, 1:30, 1:02:03 or 1h2m
+  --demo            start a private audio server that plays a melody, and use it
+  --json            print the result, or the list, as JSON
+  --quiet           print nothing but errors and warnings
+  --help            print this help, and exit
+  --version         print the version, and exit
+
+Exit status: 0 done, 1 it failed, 2 wrong usage.
+)";
+
+namespace {
+
+enum Flag : int { app = 256, demo, duration, format, help, json, list, output, quiet, version };
+
+constexpr std::array<option, 11> longOptions = {{
+    {"app", required_argument, nullptr, Flag::app},
+    {"demo", no_argument, nullptr, Flag::demo},
+    {"duration", required_argument, nullptr, Flag::duration},
+    {"format", required_argument, nullptr, Flag::format},
+    {"help", no_argument, nullptr, Flag::help},
+    {"json", no_argument, nullptr, Flag::json},
+    {"list", no_argument, nullptr, Flag::list},
+    {"output", required_argument, nullptr, Flag::output},
+    {"quiet", no_argument, nullptr, Flag::quiet},
+    {"version", no_argument, nullptr, Flag::version},
+    {nullptr, 0, nullptr, 0},
+}};
+
+constexpr const char* seeHelp = " Try 'audrel-record --help'.";
+
+std::string inQuotes(std::string_view word) {
+  return std::string("'").append(word).append("'");
+}
+
+/// Gathers what the words say; throws `UsageError` at the first that is wrong.
+class Parser {
+ public:
+  void take(int flag, const char* value) {
+    switch (flag) {
+      case Flag::app:
+        options_.app = text("--app", value, "a name, bundle identifier, pid or \"#\" object id");
+        recordingOption_ = "--app";
+        break;
+      case Flag::demo:
+        options_.server = Options::Server::demo;
+        break;
+      case Flag::duration:
+        takeDuration(value);
+        break;
+      case Flag::format:
+        takeFormat(value);
+        break;
+      case Flag::help:
+        options_.task = Options::Task::help;
+        break;
+      case Flag::json:
+        options_.output = Options::Output::json;
+        break;
+      case Flag::list:
+        if (options_.task == Options::Task::record) {
+          options_.task = Options::Task::list;
+        }
+        break;
+      case Flag::output:
+        options_.file = text("--output", value, "the name of a file");
+        recordingOption_ = "--output";
+        break;
+      case Flag::quiet:
+        options_.progress = Options::Progress::quiet;
+        break;
+      case Flag::version:
+        options_.task = Options::Task::version;
+        break;
+      default:
+        break;
+    }
+  }
+
+  Options finish() {
+    if (options_.task == Options::Task::list && recordingOption_ != nullptr) {
+      throw UsageError{std::string(recordingOption_) +
+                       " is for recording and --list records nothing: leave one of them out."};
+    }
+    options_.format = chosenFormat();
+    return options_;
+  }
+
+ private:
+  static std::string text(const char* name, const char* value, const char* wanted) {
+    if (*value == '\0') {
+      throw UsageError{std::string(name) + " got an empty word: give it " + wanted + "."};
+    }
+    return value;
+  }
+
+  void takeDuration(const char* value) {
+    options_.duration = parseDuration(value);
+    recordingOption_ = "--duration";
+    if (!options_.duration.has_value()) {
+      throw UsageError{inQuotes(value) +
+                       " is no length of time for --duration: write seconds (90), 1:30, 1:02:03 "
+                       "or 1h2m, more than zero and at most a year."};
+    }
+  }
+
+  void takeFormat(const char* value) {
+    format_ = RecordingFormat::fromRawValue(value);
+    recordingOption_ = "--format";
+    if (!format_.has_value()) {
+      throw UsageError{inQuotes(value) + " is no format: write --format m4a or --format wav."};
+    }
+  }
+
+  RecordingFormat chosenFormat() const {
+    const auto extension = extensionOfFile();
+    const auto implied = RecordingFormat::fromRawValue(extension);
+    if (implied.has_value() && format_.has_value() && implied != format_) {
+      throw UsageError{"--output " + inQuotes(options_.file->native()) + " and --format " +
+                       std::string(format_->rawValue()) +
+                       " contradict each other: change one of them, or leave --format out."};
+    }
+    if (format_.has_value()) {
+      return *format_;
+    }
+    if (!implied.has_value() && !extension.empty()) {
+      throw UsageError{"--output " + inQuotes(options_.file->native()) +
+                       " tells no format that can be recorded: end the name in .m4a or .wav, or "
+                       "add --format m4a or --format wav."};
+    }
+    return implied.value_or(RecordingFormat::m4a);
+  }
+
+  /// In lower case and without its dot; empty when there is none.
+  std::string extensionOfFile() const {
+    if (!options_.file.has_value()) {
+      return {};
+    }
+    auto extension = options_.file->extension().string();
+    std::ranges::transform(extension, extension.begin(), [](unsigned char letter) {
+      return static_cast<char>(std::tolower(letter));
+    });
+    return extension.empty() ? extension : extension.substr(1);
+  }
+
+  Options options_;
+  std::optional<RecordingFormat> format_;
+  const char* recordingOption_ = nullptr;  ///< the last that only recording takes
+};
+
+/// What `getopt_long` stumbled over: `optopt` tells a known option from an unknown one.
+UsageError unknownOption(const char* word) {
+  const auto known = std::ranges::find(longOptions, optopt, &option::val);
+  if (optopt != 0 && known != longOptions.end()) {
+    return {std::string("--") + known->name + " takes no value: leave out what follows the \"=\"."};
+  }
+  if (optopt != 0) {
+    return {inQuotes(std::string("-") + static_cast<char>(optopt)) + " is no option." + seeHelp};
+  }
+  return {inQuotes(word) + " is no option, or short for several." + seeHelp};
+}
+
+Options parse(std::vector<char*> arguments) {
+  const auto count = static_cast<int>(arguments.size());
+  arguments.push_back(nullptr);
+  opterr = 0;
+  optind = 1;
+  Parser parser;
+  for (;;) {
+    // Unsafe only beside another thread that parses options, and there is none.
+    const int flag = getopt_long(count, arguments.data(), ":",  // NOLINT(concurrency-mt-unsafe)
+                                 longOptions.data(), nullptr);
+    if (flag == -1) {
+      break;
+    }
+    const char* const word = arguments[static_cast<std::size_t>(std::max(optind - 1, 0))];
+    if (flag == ':') {
+      throw UsageError{inQuotes(word) + " needs a value." + seeHelp};
+    }
+    if (flag == '?') {
+      throw unknownOption(word);
+    }
+    parser.take(flag, optarg);
+  }
+  if (optind < count) {
+    throw UsageError{inQuotes(arguments[static_cast<std::size_t>(optind)]) +
+                     " is not expected: every argument is an option or its value." + seeHelp};
+  }
+  return parser.finish();
+}
+
+}  // namespace
+
+std::variant<Options, UsageError> parseOptions(std::span<char*> arguments) {
+  try {
+    return parse({arguments.begin(), arguments.end()});
+  } catch (UsageError& error) {
+    return std::move(error);
+  }
+}
+
+}  // namespace audrel::cli

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+
+#include "model/RecordingFormat.h"
+
+namespace audrel::cli {
+
+/// What the command line asks for.
+struct Options {
+  enum class Task { record, list, help, version };
+  enum class Output { text, json };
+  enum class Progress { shown, quiet };
+  enum class Server { system, demo };
+
+  Task task = Task::record;
+  Server server = Server::system;
+  Output output = Output::text;
+  Progress progress = Progress::shown;
+  std::optional<std::string> app;  ///< as typed; nothing: all system audio
+  RecordingFormat format = RecordingFormat::m4a;
+  std::optional<std::filesystem::path> file;  ///< nothing: a name of the program's own
+  std::optional<std::chrono::seconds> duration;
+};
+
+/// What is wrong with the command line, naming the word, and what to type instead. One or two
+/// sentences; may hold what the user typed, control characters and all.
+struct UsageError {
+  std::string text;
+};
+
+/// `arguments` as `main` gets them, the program's name first; their order may change. The C
+/// library's parser keeps global state, so one thread at a time.
+std::variant<Options, UsageError> parseOptions(std::span<char*> arguments);
+
+/// Fits a screen of 24 lines of 80 characters.
+extern const char* const helpText;
+
+}  // namespace audrel::cli

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "model/RecordingSource.h"
+#include "platform/Platform.h"
+
+namespace audrel::cli {
+
+/// A process that can be recorded.
+struct Recordable {
+  RecordingSource::Process process;
+  pid_t pid = 0;  ///< 0 when the process went away in between
+
+  bool operator==(const Recordable&) const = default;
+};
+
+/// The processes that the program offers, in the order in which it lists them: of several with one
+/// bundle identifier the first.
+std::vector<Recordable> listedProcesses(const Platform& platform);
+
+/// Every process that the hardware layer knows, those included that share a bundle identifier or
+/// have no name of their own ("Process 4321" then), in the hardware layer's order.
+std::vector<Recordable> allProcesses(const Platform& platform);
+
+/// One line each of object id, pid, name and bundle identifier, in columns under a heading, safe
+/// for a terminal.
+std::string tableOf(const std::vector<Recordable>& processes);
+
+/// An array of objects, one a line, with "id", "pid", "name" and "bundleIdentifier" (or null).
+std::string jsonOf(const std::vector<Recordable>& processes);
+
+}  // namespace audrel::cli

@@ -1,0 +1,205 @@
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "cli/Commands.h"
+#include "cli/MeteredAudioFramework.h"
+#include "cli/Printable.h"
+#include "cli/RecordingMeter.h"
+#include "cli/Report.h"
+#include "cli/SourceChooser.h"
+#include "cli/StatusLine.h"
+#include "engine/RecordingEngine.h"
+#include "model/OutputURL.h"
+#include "model/RecorderError.h"
+#include "platform/Capture.h"
+
+namespace audrel::cli {
+
+namespace {
+
+using std::filesystem::path;
+
+/// Often enough for the eye, and well within once a second.
+constexpr std::chrono::milliseconds redrawInterval{250};
+
+std::optional<RecordingSource> chosenSource(const Platform& platform, const Options& options,
+                                            Console& console) {
+  if (!options.app.has_value()) {
+    return RecordingSource::allSystemAudio();
+  }
+  const auto choice = chooseProcess(platform, *options.app);
+  if (const auto* chosen = std::get_if<Recordable>(&choice)) {
+    const auto& [id, name, bundleID] = chosen->process;
+    return RecordingSource::process(id, name, bundleID);
+  }
+  const auto& [complaint, candidates] = std::get<NoSource>(choice);
+  complainWithDiagnosis(console, platform, complaint);
+  if (!candidates.empty()) {
+    console.complainFurther(tableOf(candidates));
+  }
+  return std::nullopt;
+}
+
+std::optional<path> chosenFile(const Platform& platform, const Options& options,
+                               const RecordingSource& source, Console& console) {
+  if (!options.file.has_value()) {
+    return makeOutputURL(platform.fileManager, source, options.format, platform.clock.now());
+  }
+  std::error_code error;
+  if (!options.file->has_filename() || std::filesystem::is_directory(*options.file, error)) {
+    const auto example = *options.file / ("recording." + std::string(options.format.rawValue()));
+    console.complain("\"" + printable(options.file->native()) +
+                     "\" is a folder: give --output the name of a file in it, such as \"" +
+                     printable(example.native()) + "\".");
+    return std::nullopt;
+  }
+  return options.file;
+}
+
+Platform withAudioFramework(const Platform& platform, AV::AudioFramework& framework) {
+  return {.audioHardware = platform.audioHardware,
+          .audioFramework = framework,
+          .captureAccess = platform.captureAccess,
+          .clock = platform.clock,
+          .collation = platform.collation,
+          .fileManager = platform.fileManager,
+          .runningApplications = platform.runningApplications,
+          .uuids = platform.uuids,
+          .dispatch = platform.dispatch,
+          .log = platform.log,
+          .diagnostics = platform.diagnostics};
+}
+
+std::uintmax_t sizeOf(const path& file) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(file, error);
+  return error ? 0 : size;
+}
+
+std::string startLine(const RecordingSource& source, const path& file, const Console& console) {
+  const auto* process = source.asProcess();
+  return "Recording " + (process == nullptr ? "all system audio" : printable(process->name)) +
+         " to " + printable(file.native()) + (console.showsStatus() ? " (Ctrl-C stops)" : "");
+}
+
+/// One recording, from a started engine to a closed file.
+class Recording {
+ public:
+  Recording(const Platform& platform, Signals& signals, Console& console, path file,
+            std::optional<std::chrono::seconds> duration)
+      : platform_(platform),
+        signals_(signals),
+        console_(console),
+        file_(std::move(file)),
+        framework_(platform.audioFramework, meter_, limit(signals, duration)),
+        engine_(RecordingEngine::make(withAudioFramework(platform, framework_))) {}
+
+  /// Throws `RecorderError`.
+  void start(const RecordingSource& source, RecordingFormat format) {
+    engine_->start(source, format, file_);
+    console_.progress(startLine(source, file_, console_));
+  }
+
+  /// Draws the status line until it is time to stop.
+  void follow() {
+    const auto interval = console_.showsStatus() ? std::optional(redrawInterval) : std::nullopt;
+    for (;;) {
+      drawStatus();
+      switch (signals_.wait(interval)) {
+        case Signals::Event::stop:
+        case Signals::Event::woken:
+          return;
+        case Signals::Event::resized:
+        case Signals::Event::timeout:
+          break;
+      }
+    }
+  }
+
+  Report stop() {
+    engine_->stop();
+    return {.file = file_,
+            .audio = meter_.total(),
+            .underruns = engine_->underrunCount(),
+            .lostFrames = platform_.diagnostics.lostFrames(),
+            .fileSize = sizeOf(file_)};
+  }
+
+ private:
+  static std::optional<MeteredAudioFramework::Limit> limit(
+      Signals& signals, std::optional<std::chrono::seconds> duration) {
+    if (!duration.has_value()) {
+      return std::nullopt;
+    }
+    return MeteredAudioFramework::Limit{*duration, [&signals] { signals.wake(); }};
+  }
+
+  void drawStatus() {
+    if (!console_.showsStatus()) {
+      return;
+    }
+    const auto elapsed = platform_.clock.now() - engine_->startDate().value_or(NS::Date());
+    const RecordingStatus status = {.elapsed = std::chrono::floor<std::chrono::seconds>(elapsed),
+                                    .peak = meter_.takeRecentPeak(),
+                                    .fileSize = sizeOf(file_)};
+    console_.status(statusLine(status, console_.statusWidth()));
+  }
+
+  const Platform& platform_;
+  Signals& signals_;
+  Console& console_;
+  const path file_;
+  RecordingMeter meter_;
+  MeteredAudioFramework framework_;
+  const std::shared_ptr<RecordingEngine> engine_;
+};
+
+int tell(const Report& report, const Options& options, Console& console) {
+  if (options.output == Options::Output::json) {
+    console.result(jsonOf(report));
+  } else if (options.progress == Options::Progress::shown) {
+    console.result(textOf(report));
+  }
+  for (const auto& warning : warningsOf(report)) {
+    console.complain(warning);
+  }
+  return report.audio.failedWrites == 0 ? ExitStatus::success : ExitStatus::failure;
+}
+
+}  // namespace
+
+void complainWithDiagnosis(Console& console, const Platform& platform, const std::string& text) {
+  console.complain(text);
+  if (const auto diagnosis = platform.diagnostics.diagnosis(); diagnosis.has_value()) {
+    console.complain(printable(*diagnosis));
+  }
+}
+
+int record(const Platform& platform, const Options& options, Signals& signals, Console& console) {
+  const auto source = chosenSource(platform, options, console);
+  if (!source.has_value()) {
+    return ExitStatus::failure;
+  }
+  const auto file = chosenFile(platform, options, *source, console);
+  if (!file.has_value()) {
+    return ExitStatus::failure;
+  }
+  Recording recording(platform, signals, console, *file, options.duration);
+  try {
+    recording.start(*source, options.format);
+  } catch (const RecorderError& error) {
+    complainWithDiagnosis(console, platform, printable(error.errorDescription().value_or("")));
+    return ExitStatus::failure;
+  }
+  recording.follow();
+  return tell(recording.stop(), options, console);
+}
+
+}  // namespace audrel::cli

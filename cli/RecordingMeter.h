@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/Foundation.h"
+
+namespace audrel::cli {
+
+/// What has gone into a file so far.
+struct RecordedAudio {
+  std::uint64_t frames = 0;  ///< delivered, those of failed writes included
+  double sampleRate = 0;     ///< frames per second; 0 before the first
+  /// The largest magnitude of a sample, 1 being full scale; nothing when no sample was measured.
+  std::optional<float> peak;
+  std::uint64_t failedWrites = 0;
+  std::string firstFailure;  ///< why, for the user; empty when there is none
+
+  /// Something was recorded, and every sample of it is zero.
+  bool isDigitalSilence() const { return frames > 0 && peak == 0.0F; }
+
+  double seconds() const { return sampleRate > 0 ? static_cast<double>(frames) / sampleRate : 0; }
+};
+
+/// Counts what a file receives: on the writer queue it is fed, on the main thread it is read.
+class RecordingMeter {
+ public:
+  /// `peak` of these frames; nothing when they cannot be measured.
+  void add(std::uint32_t frames, double sampleRate, std::optional<float> peak);
+
+  /// The frames that were added last could not be written.
+  void addFailure(const NS::Error& error);
+
+  RecordedAudio total() const;
+
+  /// The peak of what came since this was last asked; nothing when nothing did.
+  std::optional<float> takeRecentPeak();
+
+ private:
+  mutable std::mutex mutex_;
+  RecordedAudio total_;
+  std::optional<float> recentPeak_;
+};
+
+}  // namespace audrel::cli

@@ -1,0 +1,55 @@
+#include "cli/StatusLine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "cli/Duration.h"
+#include "cli/Numbers.h"
+#include "cli/Peak.h"
+
+namespace audrel::cli {
+
+namespace {
+
+constexpr std::size_t narrowestBar = 10;
+constexpr std::size_t widestBar = 40;
+constexpr double quietestShown = -60;  // dBFS
+
+constexpr const char* gap = "  ";
+constexpr std::size_t gapSize = 2;
+
+/// Filled to the level's part of the way from the quietest shown to full scale.
+std::string bar(std::optional<float> peak, std::size_t size) {
+  const double level = decibels(peak.value_or(0)).value_or(quietestShown);
+  const double part = std::clamp(1 - level / quietestShown, 0.0, 1.0);
+  const auto filled = static_cast<std::size_t>(std::lround(part * static_cast<double>(size)));
+  return std::string(filled, '#') + std::string(size - filled, '.');
+}
+
+/// So that what follows does not move while the figures change.
+std::string padded(const std::string& text, std::size_t size) {
+  return std::string(size - std::min(size, text.size()), ' ') + text;
+}
+
+}  // namespace
+
+std::string statusLine(const RecordingStatus& status, int width) {
+  const auto room = static_cast<std::size_t>(std::max(width, 0));
+  const auto time = formatDuration(status.elapsed);
+  const auto level = padded(describePeak(status.peak.value_or(0)), sizeof "-120.0 dBFS" - 1);
+  const auto size = padded(formatByteCount(status.fileSize), sizeof "999.9 MB" - 1);
+
+  auto withLevel = time + gap + level;
+  auto withSize = withLevel + gap + size;
+  if (withSize.size() + gapSize + narrowestBar + 2 <= room) {
+    const auto barSize = std::min(room - withSize.size() - gapSize - 2, widestBar);
+    return time + gap + "[" + bar(status.peak, barSize) + "]" + gap + level + gap + size;
+  }
+  if (withSize.size() <= room) {
+    return withSize;
+  }
+  return withLevel.size() <= room ? withLevel : time.substr(0, room);
+}
+
+}  // namespace audrel::cli

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace audrel::cli {
+
+/// The first character of a text.
+struct Utf8Character {
+  std::optional<char32_t> codePoint;  ///< nothing: the byte begins no valid character
+  std::size_t size = 0;               ///< in bytes; 1 when invalid
+};
+
+/// `text` must not be empty. Overlong forms, surrogates and all beyond U+10FFFF are invalid.
+Utf8Character firstCharacter(std::string_view text);
+
+}  // namespace audrel::cli
