@@ -39,6 +39,10 @@ std::set<PortPair> linksToSink(const Graph& graph, std::uint32_t self) {
 
 const pw_stream_events MelodyPlayer::streamEvents = {
     .version = PW_VERSION_STREAM_EVENTS,
+    .state_changed =
+        [](void* self, pw_stream_state, pw_stream_state, const char*) {
+          pw_thread_loop_signal(static_cast<MelodyPlayer*>(self)->connection_.loop(), false);
+        },
     .process = [](void* self) { static_cast<MelodyPlayer*>(self)->process(); },
 };
 
