@@ -1,7 +1,6 @@
 #pragma once
 
-#include <optional>
-#include <string>
+#include "tests/fakes/ScopedVariable.h"
 
 namespace audrel::fakes {
 
@@ -9,13 +8,10 @@ namespace audrel::fakes {
 /// "CET-1CEST,M3.5.0,M10.5.0".
 class ScopedTimeZone {
  public:
-  explicit ScopedTimeZone(const char* zone);
-  ScopedTimeZone(const ScopedTimeZone&) = delete;
-  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
-  ~ScopedTimeZone();
+  explicit ScopedTimeZone(const char* zone) : variable_("TZ", zone) {}
 
  private:
-  std::optional<std::string> before_;
+  ScopedVariable variable_;
 };
 
 }  // namespace audrel::fakes
