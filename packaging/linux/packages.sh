@@ -1,0 +1,78 @@
+# The Debian packages of ./run and ./test, and their installation. Sourced, with bash.
+# Names are those of Debian 12.
+
+# To build the program and to run it once.
+runPackages=(
+  g++                    # compiler
+  cmake                  # build system, 3.25 or later
+  ninja-build            # what CMake drives
+  pkg-config             # finds the libraries below
+  libpipewire-0.3-dev    # capture
+  libavcodec-dev         # AAC encoder, with libavutil-dev
+  libglib2.0-dev         # desktop entries: names of applications
+  libicu-dev             # sorting by the user's language
+  libsystemd-dev         # journal
+  uuid-dev               # identifiers
+  pipewire               # the demo's private server
+  ffmpeg                 # facts and waveform of the recording
+)
+
+# Beyond those, for everything that CI runs.
+testPackages=(
+  clang                  # second compiler, and the sanitizers
+  llvm                   # names in the sanitizers' reports
+  clang-format           # layout of the sources
+  clang-tidy             # static analysis
+  libgtest-dev           # tests
+  libgmock-dev           # tests
+  libbenchmark-dev       # benchmarks
+  libsndfile1-dev        # a reader of WAV that is not FFmpeg
+  faad                   # a reader of M4A that is not FFmpeg
+  mandoc                 # checks the manual page
+  dbus                   # session bus of the desktop's audio server
+  wireplumber            # the desktop's session manager
+  pipewire-pulse         # PulseAudio clients
+  pipewire-bin           # pw-play and its kin, clients that are not ours
+  pulseaudio-utils       # paplay, a client that is not ours
+)
+
+# Prints those of the packages "$@" that are not installed, a line each.
+missingPackages() {
+  local package
+  for package in "$@"; do
+    if [[ "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" != 'install ok installed' ]]; then
+      printf '%s\n' "$package"
+    fi
+  done
+}
+
+# Runs "$@" as root: directly, else with sudo.
+asRoot() {
+  if [[ $EUID -eq 0 ]]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    printf 'To install packages, run this as root or install sudo.\n' >&2
+    return 1
+  fi
+}
+
+# Shows and installs what is missing of the packages "$@"; asks nothing.
+installMissing() {
+  if ! command -v apt-get >/dev/null; then
+    printf 'This machine has no apt-get. Install what these packages of Debian 12 hold:\n' >&2
+    printf '  %s\n' "$@" >&2
+    return 1
+  fi
+  local missing
+  mapfile -t missing < <(missingPackages "$@")
+  if [[ ${#missing[@]} -eq 0 ]]; then
+    return
+  fi
+  printf 'These Debian packages are missing and will be installed:\n'
+  printf '  %s\n' "${missing[@]}"
+  asRoot apt-get update -qq
+  asRoot env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
