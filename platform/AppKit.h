@@ -80,6 +80,7 @@ class MenuDelegate {
 
 enum class ControlState : std::int64_t { off = 0, on = 1 };
 
+/// New: without target, enabled, off, without submenu.
 class MenuItem {
  public:
   virtual ~MenuItem() = default;
@@ -258,7 +259,7 @@ class AppKit {
   /// is no such symbol.
   virtual std::shared_ptr<Image> makeSystemSymbol(const std::string& name) = 0;
 
-  /// An empty image.
+  /// An empty image, not a template.
   virtual std::shared_ptr<Image> makeImage(Size size) = 0;
 
   virtual std::shared_ptr<Color> systemRedColor() = 0;
