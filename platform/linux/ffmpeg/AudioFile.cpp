@@ -7,6 +7,18 @@
 #include "platform/linux/ffmpeg/FileErrors.h"
 
 namespace audrel::linuxos {
+namespace {
+
+/// Without its sentence when there is not even memory for that.
+NS::Error outOfMemory() noexcept {
+  try {
+    return plainError(ENOMEM, "There is no memory left to record with. Close some programs.");
+  } catch (const std::bad_alloc&) {
+    return {{}, ENOMEM, {}};
+  }
+}
+
+}  // namespace
 
 AudioFile::AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
                      std::filesystem::path path, std::shared_ptr<os::Logger> logger)
@@ -34,7 +46,7 @@ std::optional<NS::Error> AudioFile::write(AV::PCMBuffer& buffer) {
   try {
     return writer_->append(converter_, *buffer.mutableAudioBufferList(), buffer.frameLength());
   } catch (const std::bad_alloc&) {
-    return plainError(ENOMEM, "There is no memory left to record with. Close some programs.");
+    return outOfMemory();
   }
 }
 

@@ -16,7 +16,9 @@ std::string fileName(const std::filesystem::path& path) {
 }
 
 std::string folderOf(const std::filesystem::path& path) {
-  return quoted(path.has_parent_path() ? path.parent_path() : std::filesystem::path("."));
+  std::error_code unknown;
+  const auto absolute = std::filesystem::absolute(path, unknown);
+  return quoted((unknown ? path : absolute).parent_path());
 }
 
 std::string whyNotCreated(const std::filesystem::path& path, int code) {

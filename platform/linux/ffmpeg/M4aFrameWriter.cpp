@@ -34,11 +34,12 @@ M4aFrameWriter::M4aFrameWriter(M4aWriter writer, std::unique_ptr<AacEncoder> enc
 std::optional<NS::Error> M4aFrameWriter::append(const SampleConverter& converter,
                                                 const CA::AudioBufferList& buffers,
                                                 std::size_t frames) {
-  std::optional<NS::Error> error;
+  Problems problems;
   for (std::size_t done = 0; done < frames;) {
     float** planes = encoder_->input();
     if (planes == nullptr) {
-      return encodingError(ENOMEM);
+      problems.encoding = ENOMEM;
+      break;
     }
     const std::size_t count = std::min(frames - done, framesPerPacket_ - framesInPacket_);
     converter.toPlanarFloat(buffers, done, count, std::span(planes, channels_), framesInPacket_);
@@ -46,20 +47,19 @@ std::optional<NS::Error> M4aFrameWriter::append(const SampleConverter& converter
     frames_ += count;
     framesInPacket_ += count;
     if (framesInPacket_ == framesPerPacket_) {
-      if (auto packetError = encodePacket()) {
-        error = std::move(packetError);
-      }
+      encodePacket(problems);
     }
   }
-  return error;
+  return error(problems);
 }
 
 std::optional<std::string> M4aFrameWriter::finish() {
+  Problems seenAtTheEnd;  // what is lost shows in the ending
   if (framesInPacket_ > 0 && encoder_->input() != nullptr) {
-    static_cast<void>(encodePacket());
+    encodePacket(seenAtTheEnd);
   }
   if (encoder_->sendEnd() == 0) {
-    static_cast<void>(takePackets());
+    takePackets(seenAtTheEnd);
   }
   const M4aWriter::Ending ending = writer_.finish(frames_);
   const std::uint64_t lost = frames_ - ending.frames;
@@ -73,33 +73,38 @@ std::optional<std::string> M4aFrameWriter::finish() {
   return line;
 }
 
-std::optional<NS::Error> M4aFrameWriter::encodePacket() {
+void M4aFrameWriter::encodePacket(Problems& problems) {
   const int code = encoder_->send(framesInPacket_);
   framesInPacket_ = 0;
   if (code != 0) {
-    return encodingError(code);
+    problems.encoding = code;
   }
-  return takePackets();
+  takePackets(problems);
 }
 
-std::optional<NS::Error> M4aFrameWriter::takePackets() {
-  std::optional<NS::Error> error;
+void M4aFrameWriter::takePackets(Problems& problems) {
   int code = 0;
   while (const auto packet = encoder_->nextPacket(&code)) {
     if (const auto failure = writer_.add(*packet)) {
-      error = writeError(path_, *failure);
+      problems.writing = failure;
     }
   }
   if (code != 0) {
-    error = encodingError(code);
+    problems.encoding = code;
   }
-  return error;
 }
 
-NS::Error M4aFrameWriter::encodingError(int code) const {
-  return plainError(code, "The audio for \"" + path_.filename().string() +
-                              "\" could not be encoded (" + std::generic_category().message(code) +
-                              "). A piece of it is lost.");
+std::optional<NS::Error> M4aFrameWriter::error(const Problems& problems) const {
+  if (problems.encoding != 0) {
+    return plainError(problems.encoding, "The audio for \"" + path_.filename().string() +
+                                             "\" could not be encoded (" +
+                                             std::generic_category().message(problems.encoding) +
+                                             "). A piece of it is lost.");
+  }
+  if (problems.writing) {
+    return writeError(path_, *problems.writing);
+  }
+  return std::nullopt;
 }
 
 }  // namespace audrel::linuxos

@@ -26,9 +26,15 @@ class M4aFrameWriter final : public FrameWriter {
   std::optional<std::string> finish() override;
 
  private:
-  std::optional<NS::Error> encodePacket();
-  std::optional<NS::Error> takePackets();
-  NS::Error encodingError(int code) const;
+  /// What went wrong in a write. Told only once all frames are taken: telling needs memory.
+  struct Problems {
+    std::optional<BlockFile::Failure> writing;
+    int encoding = 0;  ///< an `errno` value
+  };
+
+  void encodePacket(Problems& problems);
+  void takePackets(Problems& problems);
+  std::optional<NS::Error> error(const Problems& problems) const;
 
   M4aWriter writer_;
   std::unique_ptr<AacEncoder> encoder_;

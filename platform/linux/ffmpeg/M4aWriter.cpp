@@ -13,6 +13,7 @@ namespace {
 constexpr std::size_t boxHeaderSize = 8;
 constexpr std::size_t commitSize = 16;  // a box header with a size of 64 bits, the longest
 constexpr std::size_t maximumPacketSize = 0xFFFF;
+constexpr std::size_t maximumAacBytes = 768;  // of a packet, for each channel
 constexpr std::size_t packetsPerSilentFragment = 1024;
 
 std::size_t halfASecond(const mp4::Track& track) {
@@ -28,9 +29,7 @@ M4aWriter::M4aWriter(BlockFile file, mp4::Track track, SilenceSource silence)
       packetsPerFragment_(halfASecond(track_)),
       headRoom_(mp4::fragmentHeadSize(packetsPerFragment_)),
       fragment_(headRoom_) {
-  const std::size_t bitsPerPacket =
-      std::size_t{track_.bitRate} * track_.framesPerPacket / track_.sampleRate;
-  fragment_.reserve(headRoom_ + packetsPerFragment_ * bitsPerPacket / 4);  // twice the average
+  fragment_.reserve(headRoom_ + packetsPerFragment_ * maximumAacBytes * track_.channels);
   sizes_.reserve(packetsPerFragment_);
 }
 
@@ -55,12 +54,16 @@ std::optional<BlockFile::Failure> M4aWriter::add(std::span<const std::byte> pack
 }
 
 std::optional<BlockFile::Failure> M4aWriter::writeFragment() {
-  const std::size_t unused = headRoom_ - mp4::fragmentHeadSize(sizes_.size());
-  auto failure = writeOwedSilence();
-  if (!failure || !failure->dropped) {
-    if (auto ownFailure = appendFragment(sizes_, std::span(fragment_).subspan(unused))) {
-      failure = ownFailure;
+  std::optional<BlockFile::Failure> failure;
+  try {
+    failure = writeOwedSilence();
+    if (!failure || !failure->dropped) {
+      const std::size_t unused = headRoom_ - mp4::fragmentHeadSize(sizes_.size());
+      const auto ownFailure = appendFragment(sizes_, std::span(fragment_).subspan(unused));
+      failure = ownFailure ? ownFailure : failure;
     }
+  } catch (const std::bad_alloc&) {
+    failure = BlockFile::Failure{ENOMEM, true};
   }
   if (failure && failure->dropped) {
     owedSilence_ += sizes_.size();
@@ -104,10 +107,17 @@ std::optional<BlockFile::Failure> M4aWriter::appendFragment(std::span<const std:
                          sizes);
   std::ranges::copy(head_.bytes(), block.begin());
   const std::uint64_t packets = file_.end() + head_.size();
-  auto failure = file_.append(block);
-  if (!failure || !failure->dropped) {
-    ++sequence_;
+  try {
     index_.add(packets, sizes);
+  } catch (const std::bad_alloc&) {
+    index_.forgetFrom(packets);
+    throw;
+  }
+  const auto failure = file_.append(block);
+  if (failure && failure->dropped) {
+    index_.forgetFrom(packets);
+  } else {
+    ++sequence_;
   }
   return failure;
 }

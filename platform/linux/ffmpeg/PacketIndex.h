@@ -18,7 +18,8 @@ class PacketIndex {
     bool operator==(const Run&) const = default;
   };
 
-  /// Adds packets of these sizes in bytes; AAC needs 6144 bits a channel at most.
+  /// Adds packets of these sizes in bytes; AAC needs 6144 bits a channel at most. Should memory run
+  /// out, `forgetFrom(offset)` takes back what was added.
   void add(std::uint64_t offset, std::span<const std::uint16_t> sizes);
 
   /// Leaves out the runs that begin at `fileEnd` or later.
@@ -32,8 +33,6 @@ class PacketIndex {
   std::uint64_t bytes() const { return bytes_; }
 
  private:
-  void dropLastPacket();
-
   std::deque<Run> runs_;
   std::deque<std::uint16_t> sizes_;
   std::uint64_t bytes_ = 0;  // of all packets

@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "platform/linux/ffmpeg/ByteWriter.h"
-
 namespace audrel::linuxos {
 namespace {
 
@@ -58,10 +56,9 @@ std::size_t wavHeaderSize(const WavFormat& format) {
          chunkHeaderSize;
 }
 
-std::vector<std::byte> wavHeader(const WavFormat& format, std::uint64_t dataSize) {
+void writeWavHeader(ByteWriter& out, const WavFormat& format, std::uint64_t dataSize) {
   const std::uint64_t riffSize = wavHeaderSize(format) - chunkHeaderSize + dataSize;
   const bool large = riffSize >= sizeIsElsewhere;
-  ByteWriter out;
   out.text(large ? "RF64" : "RIFF");
   out.little(large ? sizeIsElsewhere : static_cast<std::uint32_t>(riffSize));
   out.text("WAVE");
@@ -78,7 +75,6 @@ std::vector<std::byte> wavHeader(const WavFormat& format, std::uint64_t dataSize
   writeFormatChunk(out, format);
   out.text("data");
   out.little(large ? sizeIsElsewhere : static_cast<std::uint32_t>(dataSize));
-  return {out.bytes().begin(), out.bytes().end()};
 }
 
 }  // namespace audrel::linuxos

@@ -2,7 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include "platform/linux/ffmpeg/ByteWriter.h"
 
 namespace audrel::linuxos {
 
@@ -16,11 +17,12 @@ struct WavFormat {
   std::size_t bytesPerFrame() const { return std::size_t{channels} * 2; }
 };
 
-/// The header of a file with `dataSize` bytes of samples, which follow it. Its length depends on
-/// `format` alone, so that it can be replaced while the file grows: behind the RIFF header a chunk
-/// is reserved (`JUNK`) that becomes the `ds64` chunk of RF64 (EBU Tech 3306) once the sizes need
-/// more than 32 bits. More than two channels need the extensible form with its channel mask.
-std::vector<std::byte> wavHeader(const WavFormat& format, std::uint64_t dataSize);
+/// Writes the header of a file with `dataSize` bytes of samples, which follow it. Its length
+/// depends on `format` alone, so that it can be replaced while the file grows: behind the RIFF
+/// header a chunk is reserved (`JUNK`) that becomes the `ds64` chunk of RF64 (EBU Tech 3306) once
+/// the sizes need more than 32 bits. More than two channels need the extensible form with its
+/// channel mask.
+void writeWavHeader(ByteWriter& out, const WavFormat& format, std::uint64_t dataSize);
 
 std::size_t wavHeaderSize(const WavFormat& format);
 

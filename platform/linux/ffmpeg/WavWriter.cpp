@@ -8,7 +8,8 @@ WavWriter::WavWriter(BlockFile file, const WavFormat& format)
     : file_(std::move(file)), format_(format) {}
 
 int WavWriter::start() {
-  const int code = file_.appendOrRemove(wavHeader(format_, 0));
+  makeHeader(0);
+  const int code = file_.appendOrRemove(header_.bytes());
   headerCounts_ = file_.writtenEnd();
   return code;
 }
@@ -43,12 +44,17 @@ int WavWriter::updateHeader() {
   if (headerCounts_ == file_.writtenEnd()) {
     return 0;
   }
-  const int code =
-      file_.overwrite(0, wavHeader(format_, file_.writtenEnd() - wavHeaderSize(format_)));
+  makeHeader(file_.writtenEnd() - wavHeaderSize(format_));
+  const int code = file_.overwrite(0, header_.bytes());
   if (code == 0) {
     headerCounts_ = file_.writtenEnd();
   }
   return code;
+}
+
+void WavWriter::makeHeader(std::uint64_t dataSize) {
+  header_.clear();
+  writeWavHeader(header_, format_, dataSize);
 }
 
 }  // namespace audrel::linuxos

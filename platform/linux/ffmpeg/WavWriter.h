@@ -31,9 +31,11 @@ class WavWriter {
 
  private:
   int updateHeader();
+  void makeHeader(std::uint64_t dataSize);
 
   BlockFile file_;
   WavFormat format_;
+  ByteWriter header_;
   std::uint64_t headerCounts_ = 0;  // writtenEnd of the header in the file
 };
 

@@ -1,0 +1,182 @@
+#include "tests/platform/linux/ffmpeg/Tools.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+extern char** environ;
+
+namespace audrel::linuxos::test {
+namespace {
+
+struct Pipe {
+  Pipe() {
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe");
+    }
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  ~Pipe() {
+    close(ends[0]);
+    closeWriteEnd();
+  }
+  void closeWriteEnd() {
+    if (ends[1] >= 0) {
+      close(ends[1]);
+      ends[1] = -1;
+    }
+  }
+
+  std::array<int, 2> ends{};
+};
+
+void readAll(const Pipe& output, std::string* outputText, const Pipe& errors,
+             std::string* errorText) {
+  std::array<pollfd, 2> waits = {pollfd{output.ends[0], POLLIN, 0},
+                                 pollfd{errors.ends[0], POLLIN, 0}};
+  const std::array<std::string*, 2> texts = {outputText, errorText};
+  std::vector<char> buffer(1U << 16U);
+  int open = 2;
+  while (open > 0 && poll(waits.data(), waits.size(), -1) >= 0) {
+    for (std::size_t i = 0; i < waits.size(); ++i) {
+      if (waits.at(i).revents == 0) {
+        continue;
+      }
+      const ssize_t count = read(waits.at(i).fd, buffer.data(), buffer.size());
+      if (count > 0) {
+        texts.at(i)->append(buffer.data(), static_cast<std::size_t>(count));
+      } else {
+        waits.at(i).fd = -1;
+        --open;
+      }
+    }
+  }
+}
+
+std::map<std::string, std::string> keysAndValues(const std::string& lines) {
+  std::map<std::string, std::string> values;
+  std::istringstream stream(lines);
+  for (std::string line; std::getline(stream, line);) {
+    const auto equals = line.find('=');
+    if (equals != std::string::npos) {
+      values[line.substr(0, equals)] = line.substr(equals + 1);
+    }
+  }
+  return values;
+}
+
+std::optional<std::int64_t> integer(const std::string& text) {
+  std::int64_t value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec != std::errc() || result.ptr != text.data() + text.size()) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::uint64_t numberAfter(const std::string& text, std::string_view key) {
+  const auto position = text.find(key);
+  if (position == std::string::npos) {
+    throw std::runtime_error("GStreamer told no " + std::string(key) + ": " + text);
+  }
+  std::uint64_t value = 0;
+  std::from_chars(text.data() + position + key.size(), text.data() + text.size(), value);
+  return value;
+}
+
+}  // namespace
+
+ToolResult runTool(const std::vector<std::string>& arguments) {
+  std::vector<std::string> copies = arguments;
+  std::vector<char*> pointers;
+  for (std::string& argument : copies) {
+    pointers.push_back(argument.data());
+  }
+  pointers.push_back(nullptr);
+
+  Pipe output;
+  Pipe errors;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, output.ends[1], 1);
+  posix_spawn_file_actions_adddup2(&actions, errors.ends[1], 2);
+  pid_t child = 0;
+  const int spawned =
+      posix_spawnp(&child, pointers[0], &actions, nullptr, pointers.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (spawned != 0) {
+    throw std::system_error(spawned, std::generic_category(), arguments[0]);
+  }
+  output.closeWriteEnd();
+  errors.closeWriteEnd();
+
+  ToolResult result;
+  readAll(output, &result.output, errors, &result.errors);
+  int status = 0;
+  waitpid(child, &status, 0);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return result;
+}
+
+Probe probe(const std::filesystem::path& file) {
+  const ToolResult result = runTool({"ffprobe", "-v", "error", "-show_entries",
+                                     "stream=codec_name,sample_rate,channels,start_pts,duration_ts",
+                                     "-of", "default=noprint_wrappers=1", file.string()});
+  if (result.exitCode != 0 || !result.errors.empty()) {
+    throw std::runtime_error("ffprobe: " + result.errors);
+  }
+  auto values = keysAndValues(result.output);
+  return {values["codec_name"], integer(values["sample_rate"]).value_or(0),
+          integer(values["channels"]).value_or(0), integer(values["start_pts"]),
+          integer(values["duration_ts"])};
+}
+
+std::vector<float> decode(const std::filesystem::path& file, double seekTo) {
+  std::vector<std::string> arguments = {"ffmpeg", "-v", "warning", "-nostdin"};
+  if (seekTo > 0) {
+    arguments.insert(arguments.end(), {"-ss", std::to_string(seekTo)});
+  }
+  arguments.insert(arguments.end(), {"-i", file.string(), "-f", "f32le", "-"});
+  const ToolResult result = runTool(arguments);
+  const bool harmless = result.errors.empty() ||
+                        result.errors.starts_with("Output file is empty") ||
+                        result.errors.starts_with("Guessed Channel Layout");
+  if (result.exitCode != 0 || !harmless) {
+    throw std::runtime_error("ffmpeg: " + result.errors);
+  }
+  std::vector<float> samples(result.output.size() / sizeof(float));
+  std::memcpy(samples.data(), result.output.data(), samples.size() * sizeof(float));
+  return samples;
+}
+
+DemuxedSegment demuxWithGStreamer(const std::filesystem::path& file) {
+  const ToolResult result =
+      runTool({"gst-launch-1.0", "-v", "filesrc", "location=" + file.string(), "!", "qtdemux", "!",
+               "identity", "silent=false", "!", "fakesink"});
+  if (result.exitCode != 0) {
+    throw std::runtime_error("gst-launch-1.0: " + result.output + result.errors);
+  }
+  DemuxedSegment segment;
+  segment.startNanoseconds = numberAfter(result.output, " start=(guint64)");
+  segment.stopNanoseconds = numberAfter(result.output, " stop=(guint64)");
+  for (auto position = result.output.find("= chain"); position != std::string::npos;
+       position = result.output.find("= chain", position + 1)) {
+    ++segment.packets;
+  }
+  return segment;
+}
+
+}  // namespace audrel::linuxos::test

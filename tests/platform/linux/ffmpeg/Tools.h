@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Programs that read files independently of ours. A program that is missing throws.
+namespace audrel::linuxos::test {
+
+struct ToolResult {
+  int exitCode = -1;
+  std::string output;
+  std::string errors;
+};
+
+/// Runs a program found in PATH with these arguments, no shell between, and waits for its end.
+ToolResult runTool(const std::vector<std::string>& arguments);
+
+/// What ffprobe says of the first stream; times in units of the sample rate.
+struct Probe {
+  std::string codec;
+  std::int64_t sampleRate = 0;
+  std::int64_t channels = 0;
+  std::optional<std::int64_t> start;     ///< absent where nothing can play
+  std::optional<std::int64_t> duration;  ///< absent where the file does not tell
+};
+
+Probe probe(const std::filesystem::path& file);
+
+/// All that FFmpeg plays of a file, as interleaved floats. Any complaint of it throws.
+/// `seekTo` in seconds.
+std::vector<float> decode(const std::filesystem::path& file, double seekTo = 0);
+
+/// What GStreamer's demuxer makes of an M4A file.
+struct DemuxedSegment {
+  std::uint64_t startNanoseconds = 0;  ///< of the media: what lies before is not played
+  std::uint64_t stopNanoseconds = 0;
+  std::size_t packets = 0;
+};
+
+DemuxedSegment demuxWithGStreamer(const std::filesystem::path& file);
+
+}  // namespace audrel::linuxos::test
