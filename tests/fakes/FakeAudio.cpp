@@ -109,9 +109,15 @@ class FakeAudio::File final : public AV::AudioFile {
   ~File() override {
     record_->isOpen = false;
     audio_.journal_.add("file closed: " + record_->url.filename().string());
+    if (audio_.whenClosed) {
+      audio_.whenClosed();
+    }
   }
 
   std::optional<NS::Error> write(AV::PCMBuffer& buffer) override {
+    if (audio_.whenWriting) {
+      audio_.whenWriting();
+    }
     if (audio_.writeError) {
       audio_.journal_.add("file.write(" + frames(buffer.frameLength()) + ") -> error " +
                           inQuotes(audio_.writeError->localizedDescription));

@@ -3,8 +3,12 @@
 namespace audrel::fakes {
 
 Platform World::platform() {
-  return {hardware, audio, captureAccess, clock, collation, fileManager, runningApplications, uuids,
-          dispatch, log,   diagnostics};
+  return platformWith(dispatch);
+}
+
+Platform World::platformWith(dispatch::Dispatch& queues) {
+  return {hardware, audio,  captureAccess, clock,      collation, fileManager, runningApplications,
+          uuids,    queues, log,           diagnostics};
 }
 
 }  // namespace audrel::fakes

@@ -19,6 +19,9 @@ struct World {
 
   Platform platform();
 
+  /// With queues of another make.
+  Platform platformWith(dispatch::Dispatch& queues);
+
   Journal journal;
   FakeHardware hardware{journal};
   FakeAudio audio{journal};
