@@ -57,7 +57,9 @@ CA::OSStatus copyOut(const void* data, std::size_t size, std::uint32_t* ioDataSi
   if (*ioDataSize < size) {
     return CA::kAudioHardwareBadPropertySizeError;
   }
-  std::memcpy(outData, data, size);
+  if (size > 0) {  // an empty list has no address to copy from
+    std::memcpy(outData, data, size);
+  }
   *ioDataSize = static_cast<std::uint32_t>(size);
   return CA::kAudioHardwareNoError;
 }
