@@ -66,7 +66,7 @@ bool MelodyPlayer::play() {
     return false;
   }
   connection_.setObserver(this);
-  links_ = std::make_unique<LinkSet>(connection_.core(), LinkKind::active);
+  links_ = std::make_unique<LinkSet>(connection_.core(), LinkKind::active, [] {});
   stream_.reset(pw_stream_new(
       connection_.core(), "Melody",
       pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Playback",
@@ -106,7 +106,11 @@ void MelodyPlayer::graphChanged() {
 
 void MelodyPlayer::serverLost() {
   streamHook_.remove();
-  stream_.reset();
+  if (stream_) {
+    // The data thread uses the pointer until the stream is destroyed; reset() would clear it first.
+    pw_stream_destroy(stream_.get());
+    stream_.release();
+  }
   links_.reset();
 }
 
