@@ -23,6 +23,7 @@ struct GraphNode {
   std::int32_t sessionPriority = 0;
   Properties properties;                  ///< the node's own, once they were asked for
   bool isDetailed = false;                ///< whether they have arrived
+  bool isRunning = false;                 ///< takes part in the graph's cycles
   std::optional<std::uint32_t> channels;  ///< of the stream's own format, before any upmix
 };
 

@@ -27,6 +27,10 @@ std::uint64_t GraphClock::framesBetween(std::uint64_t from, std::uint64_t to) co
       std::llround(static_cast<double>(to - from) * rate_ / nanosecondsPerSecond));
 }
 
+bool GraphClock::isTornBy(const GraphCycle& cycle) const {
+  return last_ != Last::cycle && cycle.nsec < end_ && end_ < cycle.nsec + nanoseconds(cycle);
+}
+
 std::uint64_t GraphClock::advance(const GraphCycle& cycle) {
   std::uint64_t missing = 0;
   const bool isSameDriver = last_ == Last::cycle && cycle.clockId == cycle_.clockId &&

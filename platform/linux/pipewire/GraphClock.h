@@ -27,6 +27,10 @@ class GraphClock {
   /// Time starts, at `nsec`.
   void start(std::uint64_t nsec);
 
+  /// Whether time, which started or stood in silence, is within the cycle. It must be left out: it
+  /// began when not everything was linked.
+  bool isTornBy(const GraphCycle& cycle) const;
+
   /// The frames, at the recording's rate, that are missing before the cycle. Time is at its end
   /// then.
   std::uint64_t advance(const GraphCycle& cycle);

@@ -247,12 +247,12 @@ void GraphMirror::followClient(std::uint32_t id) {
 }
 
 void GraphMirror::nodeInfo(std::uint32_t id, const pw_node_info* info) {
-  if ((info->change_mask & PW_NODE_CHANGE_MASK_PROPS) == 0 || info->props == nullptr) {
-    return;
-  }
   GraphNode& node = graph_.nodes[id];
-  node.properties = properties(info->props);
-  node.isDetailed = true;
+  node.isRunning = info->state == PW_NODE_STATE_RUNNING;
+  if ((info->change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info->props != nullptr) {
+    node.properties = properties(info->props);
+    node.isDetailed = true;
+  }
   changed_();
 }
 

@@ -20,7 +20,8 @@ enum class LinkKind {
 /// removes what a client leaves behind. On the connection's thread or under its lock.
 class LinkSet {
  public:
-  LinkSet(pw_core* core, LinkKind kind);
+  /// `changed` is called after a link's state has changed, on the connection's thread.
+  LinkSet(pw_core* core, LinkKind kind, std::function<void()> changed);
   ~LinkSet();
   LinkSet(const LinkSet&) = delete;
   LinkSet& operator=(const LinkSet&) = delete;
@@ -29,15 +30,18 @@ class LinkSet {
   /// away is made again by the next call.
   void follow(const std::set<PortPair>& plan);
 
-  /// Whether the server has made (or refused) every link.
-  bool isSettled() const;
+  /// Whether every link carries audio, waits for its stream to play again, or was refused.
+  /// `isPlaying` tells whether the stream with that output port plays.
+  bool isSettled(const std::function<bool(std::uint32_t outputPort)>& isPlaying) const;
 
  private:
   struct Link;
   static const pw_proxy_events proxyEvents;
+  static const pw_link_events linkEvents;
 
   pw_core* core_;
   LinkKind kind_;
+  std::function<void()> changed_;
   std::map<PortPair, std::unique_ptr<Link>> links_;
 };
 

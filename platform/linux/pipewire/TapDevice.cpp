@@ -9,6 +9,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto startTimeout = 3s;
+// A stream that cannot be linked must not hold up the others.
+constexpr auto linkTimeout = 500ms;
 constexpr long silencePeriod = 50'000'000;  // nanoseconds
 
 /// The clock that PipeWire stamps its cycles with.
@@ -57,6 +59,7 @@ std::optional<std::string> TapDevice::start() {
     stop();
     return reason;
   }
+  connection_.waitUntil([&] { return stream_->isLinked(); }, linkTimeout);
   timeline_.start(monotonicNow());
   timeline_.feedFrom(Timeline::Feeder::stream);
   return std::nullopt;

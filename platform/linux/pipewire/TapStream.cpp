@@ -62,15 +62,15 @@ TapStream::TapStream(Connection& connection, double rate, IsTapped isTapped, Tim
       timeline_(timeline),
       stereo_(std::size_t{2} * blockFrames),
       stream_(pw_stream_new(connection.core(), "Audrel Tap", streamProperties())),
-      links_(connection.core(), LinkKind::passive) {
+      links_(connection.core(), LinkKind::passive, [this] { connection_.wake(); }) {
   pw_stream_add_listener(stream_.get(), streamHook_.get(), &streamEvents, this);
   connect();
 }
 
 TapStream::~TapStream() {
-  // Destroying the stream waits for its data thread and emits a last state, which nobody needs.
+  // Destroying the stream emits a last state, which nobody needs. It also waits for the data thread,
+  // which uses the pointer until then: so no reset(), which would clear it first.
   streamHook_.remove();
-  stream_.reset();
 }
 
 void TapStream::connect() {
@@ -124,7 +124,17 @@ bool TapStream::hasPorts() const {
 }
 
 bool TapStream::isReady() const {
-  return isStreaming_ && hasPorts() && links_.isSettled();
+  return isStreaming_ && hasPorts();
+}
+
+bool TapStream::isLinked() const {
+  const Graph& graph = connection_.graph();
+  return links_.isSettled([&](std::uint32_t outputPort) {
+    const auto port = graph.ports.find(outputPort);
+    const auto node =
+        port == graph.ports.end() ? graph.nodes.end() : graph.nodes.find(port->second.nodeId);
+    return node != graph.nodes.end() && node->second.isRunning;
+  });
 }
 
 void TapStream::process() noexcept {

@@ -32,8 +32,11 @@ class TapStream {
   /// Links what is to be tapped now and is not yet, and removes links that are not to be.
   void followGraph();
 
-  /// Whether audio flows: the server runs the stream, and every link is made.
+  /// Whether the server runs the stream.
   bool isReady() const;
+
+  /// Whether it also gets everything that is played and to be tapped now.
+  bool isLinked() const;
 
   /// Why the server gave the stream up; empty while it has not.
   const std::string& failure() const { return failure_; }

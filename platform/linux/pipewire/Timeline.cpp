@@ -44,8 +44,10 @@ void Timeline::feedCycle(const GraphCycle& cycle, const float* audio,
   if (!enter(Feeder::stream)) {
     return;
   }
-  deliverSilence(clock_.advance(cycle));
-  deliver(audio, frames);
+  if (!clock_.isTornBy(cycle)) {
+    deliverSilence(clock_.advance(cycle));
+    deliver(audio, frames);
+  }
   leave();
 }
 

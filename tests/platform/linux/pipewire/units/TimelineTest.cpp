@@ -75,6 +75,22 @@ TEST_F(TimelineTest, deliversCyclesAsTheyCome) {
   EXPECT_EQ(timeline.lostFrames(), 0U);
 }
 
+TEST_F(TimelineTest, leavesOutTheCycleInWhichTimeStarted) {
+  timeline.start(second / 48000);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(4, 2);
+  EXPECT_EQ(received.left, (std::vector<float>{2, 2, 2, 2}));
+  EXPECT_EQ(timeline.lostFrames(), 0U);
+}
+
+TEST_F(TimelineTest, takesACycleWhoseClockIsFarBehindTime) {
+  timeline.start(100 * second);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1}));
+}
+
 TEST_F(TimelineTest, putsSilenceOfTheSameLengthWhereCyclesWereMissed) {
   timeline.start(0);
   timeline.feedFrom(Timeline::Feeder::stream);
