@@ -4,6 +4,7 @@
 
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/Stamp.h"
+#include "tests/platform/linux/pipewire/harness/Track.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -52,17 +53,71 @@ TEST(Segments, aChangedSampleEndsASegment) {
   EXPECT_TRUE(hasKind(segments, Segment::Kind::foreign));
 }
 
-TEST(Segments, aStreamCanBeTakenOutOfASum) {
-  Audio one;
-  Audio other;
-  append(one, {.stream = 1, .position = 7}, 100);
-  append(other, {.stream = 2, .position = 1000}, 100);
+Audio stamped(StampPosition first, std::size_t frames) {
+  Audio audio;
+  append(audio, first, frames);
+  return audio;
+}
+
+TEST(Track, aStreamWithSilenceInTheRightPlaceIsOne) {
+  Audio audio(2 * 10, 0.0F);
+  append(audio, {.stream = 5, .position = 1000}, 100);
+  audio.insert(audio.end(), 2 * 30, 0.0F);
+  append(audio, {.stream = 5, .position = 1130}, 100);
+  std::string problem;
+  const auto track = onlyTrack(audio, &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_EQ(track->begin, 10U);
+  EXPECT_EQ(track->end, 240U);
+  EXPECT_EQ(track->silent, 30U);
+  EXPECT_EQ(track->first, (StampPosition{5, 1000}));
+}
+
+TEST(Track, aFrameTooManyOrTooFewIsNone) {
+  for (const std::uint64_t wrong : {1129U, 1131U, 1100U}) {
+    Audio audio = stamped({.stream = 5, .position = 1000}, 100);
+    audio.insert(audio.end(), 2 * 30, 0.0F);
+    append(audio, {.stream = 5, .position = wrong}, 100);
+    std::string problem;
+    EXPECT_FALSE(onlyTrack(audio, &problem)) << problem;
+  }
+}
+
+TEST(Track, anotherStreamOrAForeignFrameIsNone) {
+  Audio other = stamped({.stream = 5, .position = 0}, 100);
+  append(other, {.stream = 6, .position = 100}, 100);
+  Audio foreign = stamped({.stream = 5, .position = 0}, 100);
+  foreign[2 * 50] += 1.0F / 32768;
+  std::string problem;
+  EXPECT_FALSE(onlyTrack(other, &problem));
+  EXPECT_FALSE(onlyTrack(foreign, &problem));
+}
+
+TEST(Track, oneThatIsTakenOutOfASumLeavesTheOther) {
+  const Audio one = stamped({.stream = 1, .position = 7}, 100);
+  const Audio other = stamped({.stream = 2, .position = 1000}, 100);
   Audio sum = one;
   for (std::size_t i = 0; i < sum.size(); ++i) {
     sum[i] += other[i];
   }
-  subtractStream(sum, 0, {.stream = 1, .position = 7});
-  EXPECT_EQ(segmentsOf(sum), segmentsOf(other));
+  remove({.begin = 0, .end = 100, .first = {1, 7}}, sum);
+  EXPECT_EQ(sum, other);
+}
+
+TEST(Track, aStartOfOneChannelIsSilencedIfItIsTheStreamsOwn) {
+  Audio audio = stamped({.stream = 1, .position = 0}, 100);
+  for (std::size_t frame = 0; frame < 40; ++frame) {
+    audio[2 * frame + 1] = 0;
+  }
+  Audio wrong = audio;
+  wrong[2 * 39] += 1.0F / 32768;
+  removeHalfLinkedStarts(audio);
+  removeHalfLinkedStarts(wrong);
+  std::string problem;
+  const auto track = onlyTrack(audio, &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_EQ(track->begin, 40U);
+  EXPECT_FALSE(onlyTrack(wrong, &problem));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 
 #include <algorithm>
-#include <iterator>
 #include <ostream>
 #include <sstream>
 
@@ -65,34 +64,9 @@ std::vector<Segment> segmentsOf(std::span<const float> audio) {
   return segments;
 }
 
-std::vector<Segment> segmentsOfStream(const std::vector<Segment>& segments, std::uint32_t stream) {
-  std::vector<Segment> result;
-  std::ranges::copy_if(segments, std::back_inserter(result), [&](const Segment& segment) {
-    return segment.kind == Segment::Kind::stamped && segment.first.stream == stream;
-  });
-  return result;
-}
-
-std::vector<Segment> withoutLead(std::vector<Segment> segments) {
-  constexpr std::size_t longestLead = 4096;
-  if (!segments.empty() && segments.front().kind == Segment::Kind::silence &&
-      segments.front().length <= longestLead) {
-    segments.erase(segments.begin());
-  }
-  return segments;
-}
-
 bool hasKind(const std::vector<Segment>& segments, Segment::Kind kind) {
   return std::ranges::any_of(segments,
                              [&](const Segment& segment) { return segment.kind == kind; });
-}
-
-void subtractStream(Audio& audio, std::size_t from, StampPosition first) {
-  for (std::size_t frame = from; frame < framesOf(audio); ++frame) {
-    const StampedFrame expected = stamp({first.stream, first.position + (frame - from)});
-    audio[2 * frame] -= asFloat(expected.left);
-    audio[2 * frame + 1] -= asFloat(expected.right);
-  }
 }
 
 void PrintTo(const Segment& segment, std::ostream* stream) {

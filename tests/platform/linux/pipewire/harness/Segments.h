@@ -40,18 +40,7 @@ struct Segment {
 /// The recording, cut up completely. A stamped segment has at least two frames.
 std::vector<Segment> segmentsOf(std::span<const float> audio);
 
-/// The segments of one stream, in their order.
-std::vector<Segment> segmentsOfStream(const std::vector<Segment>& segments, std::uint32_t stream);
-
-/// Without the silence at the start, if that is no longer than 4096 frames: the first cycles of a
-/// recording may come before the links carry audio.
-std::vector<Segment> withoutLead(std::vector<Segment> segments);
-
 bool hasKind(const std::vector<Segment>& segments, Segment::Kind kind);
-
-/// Subtracts the frames of a stream which play without a break from `from` on, where the first is
-/// `first`, to the end.
-void subtractStream(Audio& audio, std::size_t from, StampPosition first);
 
 /// For a test's message.
 std::string describe(const std::vector<Segment>& segments);

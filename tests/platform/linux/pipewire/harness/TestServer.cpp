@@ -14,6 +14,9 @@ using namespace std::chrono_literals;
 
 constexpr auto startTimeout = 10s;
 
+// Of the sinks that the paced driver leads, so that they drive nothing themselves.
+constexpr const char* pacedGroup = "test.paced";
+
 constexpr const char* modules = R"(
 context.spa-libs = {
     audio.convert.* = audioconvert/libspa-audioconvert
@@ -38,31 +41,25 @@ TestServer::TestServer(ServerOptions options) : options_(std::move(options)) {
   restart();
 }
 
-TestServer::~TestServer() {
-  pacer_.reset();
-  session_.reset();
-}
-
 std::string TestServer::configuration() const {
   std::ostringstream text;
-  // A graph has one driver that leads the others of its group.
-  const char* group = options_.timesRealTime ? "pipewire.freewheel" : "pipewire.dummy";
   text << "context.properties = { core.daemon = true core.name = pipewire-0 support.dbus = false\n"
        << "link.max-buffers = 16 default.clock.rate = " << options_.rate
        << " default.clock.allowed-rates = [ " << options_.allowedRates << " ]\n"
        << "default.clock.quantum = " << options_.quantum
        << " default.clock.min-quantum = 32 default.clock.max-quantum = 8192 }\n"
        << modules << "context.objects = [\n"
-       << "{ factory = metadata args = { metadata.name = default } }\n"
-       << "{ factory = spa-node-factory args = { factory.name = support.node.driver "
-       << "node.name = Driver priority.driver = 20000 node.group = " << group
-       << (options_.timesRealTime ? " node.freewheel = true" : "") << " } }\n";
+       << "{ factory = metadata args = { metadata.name = default } }\n";
+  if (!options_.timesRealTime) {
+    text << "{ factory = spa-node-factory args = { factory.name = support.node.driver "
+         << "node.name = Driver priority.driver = 20000 node.group = pipewire.dummy } }\n";
+  }
   for (const Sink& sink : options_.sinks) {
     text << "{ factory = adapter args = { factory.name = support.null-audio-sink node.name = "
          << sink.name << " media.class = Audio/Sink object.linger = true audio.position = \""
          << sink.channels << "\"";
     if (options_.timesRealTime) {
-      text << " node.group = " << group;
+      text << " node.group = " << pacedGroup;
     }
     text << " adapter.auto-port-config = { mode = dsp monitor = true position = preserve } } }\n";
   }
@@ -73,7 +70,11 @@ std::string TestServer::configuration() const {
 bool TestServer::launch() {
   const std::string folder = folder_.path().string();
   std::ofstream(folder_.path() / "pipewire.conf") << configuration();
-  server_ = ChildProcess::start({.arguments = {"pipewire", "-c", "pipewire.conf"},
+  std::vector<std::string> arguments = {"pipewire", "-c", "pipewire.conf"};
+  if (options_.timesRealTime) {
+    arguments = {AUDREL_TEST_SERVER, pacedGroup, std::to_string(*options_.timesRealTime)};
+  }
+  server_ = ChildProcess::start({.arguments = std::move(arguments),
                                  .environment = {{"PIPEWIRE_CONFIG_DIR", folder},
                                                  {"PIPEWIRE_RUNTIME_DIR", folder},
                                                  {"XDG_RUNTIME_DIR", folder}},
@@ -82,7 +83,6 @@ bool TestServer::launch() {
 }
 
 void TestServer::crash() {
-  pacer_.reset();
   session_.reset();
   server_->end(SIGKILL);
 }
@@ -95,9 +95,6 @@ void TestServer::restart() {
   while (!isRunning() && server_->isRunning() && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(5ms);
     session_ = std::make_unique<SessionManager>(socketPath(), options_.portLayout);
-  }
-  if (isRunning() && options_.timesRealTime) {
-    pacer_ = std::make_unique<Pacer>(socketPath(), *options_.timesRealTime);
   }
   if (isRunning() && !options_.sinks.empty()) {
     session_->setDefaultSink(options_.sinks.front().name);

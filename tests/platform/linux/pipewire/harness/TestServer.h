@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/ChildProcess.h"
-#include "tests/platform/linux/pipewire/harness/Pacer.h"
 #include "tests/platform/linux/pipewire/harness/SessionManager.h"
 #include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 
@@ -19,8 +18,8 @@ struct Sink {
 };
 
 struct ServerOptions {
-  /// The multiple of real time at which a freewheeling graph runs; nothing for a graph in real
-  /// time. A freewheeling graph loses no cycle, however busy the machine is.
+  /// The multiple of real time at which a `PacedDriver` drives the graph, which loses no cycle
+  /// then; nothing for an unmodified server whose graph runs in real time.
   std::optional<double> timesRealTime = 20;
   std::uint32_t rate = 48000;
   std::string allowedRates = "48000";
@@ -33,7 +32,6 @@ struct ServerOptions {
 class TestServer {
  public:
   explicit TestServer(ServerOptions options = {});
-  ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
 
@@ -57,7 +55,6 @@ class TestServer {
   TemporaryFolder folder_;
   std::unique_ptr<ChildProcess> server_;
   std::unique_ptr<SessionManager> session_;
-  std::unique_ptr<Pacer> pacer_;
 };
 
 }  // namespace audrel::pwtest
