@@ -48,7 +48,7 @@ std::optional<std::string> WavFrameWriter::finish() {
     static_cast<void>(writeBlock());  // what waits after this is tried again, and reported, below
   }
   const int code = writer_.finish();
-  const std::uint64_t lost = frames_ - writer_.writtenFrames();
+  const std::uint64_t lost = frames_ - writer_.countedFrames();
   if (code == 0 && lost == 0) {
     return std::nullopt;
   }

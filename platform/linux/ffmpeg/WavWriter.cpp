@@ -36,8 +36,8 @@ int WavWriter::finish() {
   return counted != 0 ? counted : closed;
 }
 
-std::uint64_t WavWriter::writtenFrames() const {
-  return (file_.writtenEnd() - wavHeaderSize(format_)) / format_.bytesPerFrame();
+std::uint64_t WavWriter::countedFrames() const {
+  return (headerCounts_ - wavHeaderSize(format_)) / format_.bytesPerFrame();
 }
 
 int WavWriter::updateHeader() {

@@ -23,11 +23,11 @@ class WavWriter {
   std::optional<BlockFile::Failure> append(std::span<const std::byte> samples);
 
   /// Writes what waits, and closes the file. 0 or an `errno` value: then the file is right, but
-  /// ends after `writtenFrames()`, or the header counts fewer. Nothing may follow.
+  /// ends after `countedFrames()`. Nothing may follow.
   int finish();
 
-  /// Frames up to the end of what is in the file.
-  std::uint64_t writtenFrames() const;
+  /// Frames that the header counts: those that play.
+  std::uint64_t countedFrames() const;
 
  private:
   int updateHeader();
@@ -36,7 +36,7 @@ class WavWriter {
   BlockFile file_;
   WavFormat format_;
   ByteWriter header_;
-  std::uint64_t headerCounts_ = 0;  // writtenEnd of the header in the file
+  std::uint64_t headerCounts_ = 0;  // where the file ends by its header
 };
 
 }  // namespace audrel::linuxos

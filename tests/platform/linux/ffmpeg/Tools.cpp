@@ -15,6 +15,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "tests/platform/linux/ffmpeg/Recordings.h"
+
 extern char** environ;
 
 namespace audrel::linuxos::test {
@@ -96,6 +98,23 @@ std::uint64_t numberAfter(const std::string& text, std::string_view key) {
   return value;
 }
 
+ToolResult runFfmpeg(const std::filesystem::path& file, double seekTo) {
+  std::vector<std::string> arguments = {"ffmpeg", "-v", "warning", "-nostdin"};
+  if (seekTo > 0) {
+    arguments.insert(arguments.end(), {"-ss", std::to_string(seekTo)});
+  }
+  arguments.insert(arguments.end(), {"-i", file.string(), "-f", "f32le", "-"});
+  return runTool(arguments);
+}
+
+std::vector<float> floats(const std::string& bytes) {
+  std::vector<float> samples(bytes.size() / sizeof(float));
+  if (!samples.empty()) {
+    std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
+  }
+  return samples;
+}
+
 }  // namespace
 
 ToolResult runTool(const std::vector<std::string>& arguments) {
@@ -145,38 +164,35 @@ Probe probe(const std::filesystem::path& file) {
 }
 
 std::vector<float> decode(const std::filesystem::path& file, double seekTo) {
-  std::vector<std::string> arguments = {"ffmpeg", "-v", "warning", "-nostdin"};
-  if (seekTo > 0) {
-    arguments.insert(arguments.end(), {"-ss", std::to_string(seekTo)});
-  }
-  arguments.insert(arguments.end(), {"-i", file.string(), "-f", "f32le", "-"});
-  const ToolResult result = runTool(arguments);
+  const ToolResult result = runFfmpeg(file, seekTo);
   const bool harmless = result.errors.empty() ||
                         result.errors.starts_with("Output file is empty") ||
                         result.errors.starts_with("Guessed Channel Layout");
   if (result.exitCode != 0 || !harmless) {
     throw std::runtime_error("ffmpeg: " + result.errors);
   }
-  std::vector<float> samples(result.output.size() / sizeof(float));
-  std::memcpy(samples.data(), result.output.data(), samples.size() * sizeof(float));
-  return samples;
+  return floats(result.output);
+}
+
+std::vector<float> decodeTorn(const std::filesystem::path& file) {
+  const ToolResult result = runFfmpeg(file, 0);
+  if (result.exitCode != 0) {
+    throw std::runtime_error("ffmpeg: " + result.errors);
+  }
+  return floats(result.output);
 }
 
 DemuxedSegment demuxWithGStreamer(const std::filesystem::path& file) {
+  static const TemporaryFolder pluginRegistry;  // else it goes to the user's cache
   const ToolResult result =
-      runTool({"gst-launch-1.0", "-v", "filesrc", "location=" + file.string(), "!", "qtdemux", "!",
-               "identity", "silent=false", "!", "fakesink"});
+      runTool({"env", "GST_REGISTRY=" + (pluginRegistry / "registry").string(), "gst-launch-1.0",
+               "-v", "filesrc", "location=" + file.string(), "!", "qtdemux", "!", "identity",
+               "silent=false", "!", "fakesink", "num-buffers=1"});
   if (result.exitCode != 0) {
     throw std::runtime_error("gst-launch-1.0: " + result.output + result.errors);
   }
-  DemuxedSegment segment;
-  segment.startNanoseconds = numberAfter(result.output, " start=(guint64)");
-  segment.stopNanoseconds = numberAfter(result.output, " stop=(guint64)");
-  for (auto position = result.output.find("= chain"); position != std::string::npos;
-       position = result.output.find("= chain", position + 1)) {
-    ++segment.packets;
-  }
-  return segment;
+  return {numberAfter(result.output, " start=(guint64)"),
+          numberAfter(result.output, " stop=(guint64)")};
 }
 
 }  // namespace audrel::linuxos::test

@@ -34,11 +34,13 @@ Probe probe(const std::filesystem::path& file);
 /// `seekTo` in seconds.
 std::vector<float> decode(const std::filesystem::path& file, double seekTo = 0);
 
-/// What GStreamer's demuxer makes of an M4A file.
+/// The same of a file that may end in the middle of a packet.
+std::vector<float> decodeTorn(const std::filesystem::path& file);
+
+/// What GStreamer's demuxer plays of the media in an M4A file.
 struct DemuxedSegment {
-  std::uint64_t startNanoseconds = 0;  ///< of the media: what lies before is not played
+  std::uint64_t startNanoseconds = 0;
   std::uint64_t stopNanoseconds = 0;
-  std::size_t packets = 0;
 };
 
 DemuxedSegment demuxWithGStreamer(const std::filesystem::path& file);
