@@ -1,0 +1,212 @@
+#include "platform/linux/tray/DBusMenu.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/tray/Interfaces.h"
+#include "platform/linux/tray/MenuVariants.h"
+
+namespace audrel::linuxos {
+
+namespace {
+
+struct Call {
+  MenuPresenter& presenter;
+  std::string panel;    ///< who calls
+  GVariant* arguments;  ///< a tuple; the bus library has checked its type
+};
+
+VariantHandle argument(const Call& call, gsize index) {
+  return VariantHandle(g_variant_get_child_value(call.arguments, index));
+}
+
+std::int32_t intArgument(const Call& call, gsize index) {
+  return g_variant_get_int32(argument(call, index).get());
+}
+
+std::string stringArgument(const Call& call, gsize index) {
+  return g_variant_get_string(argument(call, index).get(), nullptr);
+}
+
+PropertyNames namesArgument(const Call& call, gsize index) {
+  const VariantHandle names = argument(call, index);
+  PropertyNames result;
+  for (gsize i = 0; i < g_variant_n_children(names.get()); ++i) {
+    const VariantHandle name(g_variant_get_child_value(names.get(), i));
+    result.insert(g_variant_get_string(name.get(), nullptr));
+  }
+  return result;
+}
+
+std::vector<std::int32_t> idsArgument(const Call& call, gsize index) {
+  const VariantHandle ids = argument(call, index);
+  gsize count = 0;
+  const auto* first =
+      static_cast<const gint32*>(g_variant_get_fixed_array(ids.get(), &count, sizeof(gint32)));
+  return {first, first + count};
+}
+
+GVariant* idArray(const std::vector<std::int32_t>& ids) {
+  return g_variant_new_fixed_array(G_VARIANT_TYPE_INT32, ids.data(), ids.size(),
+                                   sizeof(std::int32_t));
+}
+
+/// False for an unknown item.
+bool handleEvent(const Call& call, std::int32_t id, const std::string& kind) {
+  if (kind == "clicked") {
+    return call.presenter.click(id);
+  }
+  if (kind == "opened" && id == MenuTree::rootId) {
+    call.presenter.opens(call.panel, MenuOpening::Notice::opened);
+  }
+  return call.presenter.known(id) != nullptr;
+}
+
+/// Whether the panel has to read the menu again. Submenus come with their root.
+bool handleAboutToShow(const Call& call, std::int32_t id) {
+  return id == MenuTree::rootId &&
+         call.presenter.opens(call.panel, MenuOpening::Notice::aboutToShow);
+}
+
+// The methods: each gives its results as a tuple, floating, or null for an unknown item or
+// property.
+
+GVariant* getLayout(const Call& call) {
+  const MenuNode* parent = call.presenter.tree().find(intArgument(call, 0));
+  if (parent == nullptr) {
+    return nullptr;
+  }
+  return g_variant_new("(u@(ia{sv}av))", call.presenter.revision(),
+                       menuLayout(*parent, intArgument(call, 1), namesArgument(call, 2)));
+}
+
+GVariant* getGroupProperties(const Call& call) {
+  const PropertyNames names = namesArgument(call, 1);
+  GVariantBuilder result;
+  g_variant_builder_init(&result, reinterpret_cast<const GVariantType*>("a(ia{sv})"));
+  const auto add = [&](const MenuNode& node) {
+    g_variant_builder_add(&result, "(i@a{sv})", node.id, menuProperties(node, names));
+  };
+  const auto ids = idsArgument(call, 0);
+  for (const std::int32_t id : ids) {
+    if (const MenuNode* node = call.presenter.known(id)) {
+      add(*node);
+    }
+  }
+  if (ids.empty()) {
+    call.presenter.tree().forEach(add);
+  }
+  return g_variant_new("(a(ia{sv}))", &result);
+}
+
+GVariant* getProperty(const Call& call) {
+  const MenuNode* node = call.presenter.known(intArgument(call, 0));
+  const VariantHandle value =
+      node == nullptr ? nullptr : menuProperty(*node, stringArgument(call, 1));
+  return value == nullptr ? nullptr : g_variant_new("(v)", value.get());
+}
+
+GVariant* event(const Call& call) {
+  const bool isKnown = handleEvent(call, intArgument(call, 0), stringArgument(call, 1));
+  return isKnown ? g_variant_new_tuple(nullptr, 0) : nullptr;
+}
+
+GVariant* eventGroup(const Call& call) {
+  const VariantHandle events = argument(call, 0);
+  std::vector<std::int32_t> unknown;
+  for (gsize i = 0; i < g_variant_n_children(events.get()); ++i) {
+    const VariantHandle item(g_variant_get_child_value(events.get(), i));
+    const Call part{call.presenter, call.panel, item.get()};
+    const std::int32_t id = intArgument(part, 0);
+    if (!handleEvent(part, id, stringArgument(part, 1))) {
+      unknown.push_back(id);
+    }
+  }
+  return g_variant_new("(@ai)", idArray(unknown));
+}
+
+GVariant* aboutToShow(const Call& call) {
+  return g_variant_new("(b)", handleAboutToShow(call, intArgument(call, 0)) ? TRUE : FALSE);
+}
+
+GVariant* aboutToShowGroup(const Call& call) {
+  std::vector<std::int32_t> updated;
+  std::vector<std::int32_t> unknown;
+  for (const std::int32_t id : idsArgument(call, 0)) {
+    if (call.presenter.known(id) == nullptr) {
+      unknown.push_back(id);
+    } else if (handleAboutToShow(call, id)) {
+      updated.push_back(id);
+    }
+  }
+  return g_variant_new("(@ai@ai)", idArray(updated), idArray(unknown));
+}
+
+struct Method {
+  std::string_view name;
+  GVariant* (*perform)(const Call& call);
+};
+
+constexpr std::array methods = {
+    Method{"GetLayout", getLayout},
+    Method{"GetGroupProperties", getGroupProperties},
+    Method{"GetProperty", getProperty},
+    Method{"Event", event},
+    Method{"EventGroup", eventGroup},
+    Method{"AboutToShow", aboutToShow},
+    Method{"AboutToShowGroup", aboutToShowGroup},
+};
+
+void onMethodCall(GDBusConnection* /*connection*/, const char* sender, const char* /*path*/,
+                  const char* /*interface*/, const char* name, GVariant* arguments,
+                  GDBusMethodInvocation* invocation, gpointer data) noexcept {
+  // Its owner may drop it while the program is told that the menu opens.
+  const auto presenter = static_cast<MenuPresenter*>(data)->shared_from_this();
+  const Call call{*presenter, sender == nullptr ? "" : sender, arguments};
+  for (const Method& method : methods) {
+    if (method.name != name) {
+      continue;
+    }
+    if (GVariant* results = method.perform(call)) {
+      g_dbus_method_invocation_return_value(invocation, results);
+    } else {
+      g_dbus_method_invocation_return_error_literal(
+          invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, "No such menu item or property");
+    }
+    return;
+  }
+}
+
+GVariant* onGetProperty(GDBusConnection* /*connection*/, const char* /*sender*/,
+                        const char* /*path*/, const char* /*interface*/, const char* property,
+                        GError** /*error*/, gpointer /*data*/) noexcept {
+  const std::string_view name = property;
+  if (name == "Version") {
+    return g_variant_new_uint32(3);
+  }
+  if (name == "IconThemePath") {
+    return g_variant_new_strv(nullptr, 0);
+  }
+  return g_variant_new_string(name == "TextDirection" ? "ltr" : "normal");
+}
+
+constexpr GDBusInterfaceVTable table{onMethodCall, onGetProperty, nullptr, {}};
+
+}  // namespace
+
+DBusMenu::DBusMenu(GDBusConnection* connection, std::shared_ptr<MenuPresenter> presenter)
+    : presenter_(std::move(presenter)),
+      object_(connection, dbusMenuPath, dbusMenuXml, table, presenter_.get()) {
+  presenter_->setObserver([this] {
+    object_.emit("LayoutUpdated", g_variant_new("(ui)", presenter_->revision(), MenuTree::rootId));
+  });
+}
+
+DBusMenu::~DBusMenu() {
+  presenter_->setObserver({});
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "platform/linux/tray/Picture.h"
+
+namespace audrel::linuxos {
+
+/// The program's own icons in a tree of the hicolor theme, which panels find by name and recolour
+/// where they are symbolic.
+class IconTheme {
+ public:
+  /// `folder` is the one that holds `hicolor`; empty when there is none. Looks at the files once.
+  explicit IconTheme(std::filesystem::path folder);
+
+  /// Looks beside the running program: `share/icons` in its own folder, as the build leaves it,
+  /// then where the installed program has it (the build's option says where, relative to the
+  /// program). Neither names a place of the machine that built it, so both trees may be moved.
+  static IconTheme besideProgram();
+
+  /// The folder, for panels. Empty when there is none.
+  const std::filesystem::path& folder() const { return folder_; }
+
+  /// The name of the icon that shows `picture`; nothing when there is no such icon, or its file is
+  /// not in the tree.
+  std::optional<std::string> iconFor(const Picture& picture) const;
+
+ private:
+  std::filesystem::path folder_;
+  std::set<std::string> names_;  ///< of the icons that are there
+};
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,91 @@
+#include "platform/linux/tray/MenuPresenter.h"
+
+#include <utility>
+
+namespace audrel::linuxos {
+
+std::shared_ptr<MenuPresenter> MenuPresenter::make(const Application& application,
+                                                   NS::Selector quitAction) {
+  return std::shared_ptr<MenuPresenter>(new MenuPresenter(application, std::move(quitAction)));
+}
+
+// An action may wait in an inner loop for an alert's answer: quit has to come through meanwhile.
+MenuPresenter::MenuPresenter(const Application& application, NS::Selector quitAction)
+    : application_(application),
+      quitAction_(std::move(quitAction)),
+      clicks_([this] { performNextClick(); }, Reentry::allowed) {}
+
+void MenuPresenter::setMenu(std::shared_ptr<Menu> menu) {
+  menu_ = std::move(menu);
+  readMenu();
+}
+
+void MenuPresenter::setObserver(std::function<void()> observer) {
+  observer_ = std::move(observer);
+}
+
+void MenuPresenter::readMenu() {
+  previousTree_ = std::move(tree_);
+  tree_ = menu_ == nullptr ? MenuTree() : MenuTree(*menu_, nextId_, [this](const MenuItem& item) {
+    return isHonoured(item);
+  });
+  ++revision_;
+  if (observer_) {
+    observer_();
+  }
+}
+
+const MenuNode* MenuPresenter::known(std::int32_t id) const {
+  const MenuNode* node = tree_.find(id);
+  return node != nullptr ? node : previousTree_.find(id);
+}
+
+bool MenuPresenter::isHonoured(const MenuItem& item) const {
+  return !application_.isTerminating() && (!application_.isModal() || item.action() == quitAction_);
+}
+
+bool MenuPresenter::opens(const std::string& panel, MenuOpening::Notice notice) {
+  if (!opening_.begins(panel, notice, LoopSource::now())) {
+    return true;
+  }
+  const auto self = shared_from_this();
+  const auto menu = menu_;
+  const auto delegate = menu == nullptr ? nullptr : menu->delegate();
+  const bool isBusy = application_.isModal() || application_.isTerminating();
+  if (delegate == nullptr && !isBusy) {
+    return false;
+  }
+  if (!isBusy) {
+    delegate->menuWillOpen(menu);
+  }
+  if (menu_ == menu) {
+    readMenu();
+  }
+  return true;
+}
+
+bool MenuPresenter::click(std::int32_t id) {
+  const MenuNode* node = known(id);
+  if (node == nullptr) {
+    return false;
+  }
+  if (node->item != nullptr && node->isEnabled) {
+    clicked_.push_back(node->item);
+    clicks_.callSoon();
+  }
+  return true;
+}
+
+void MenuPresenter::performNextClick() {
+  const auto self = shared_from_this();
+  const std::shared_ptr<MenuItem> item = std::move(clicked_.front());
+  clicked_.pop_front();
+  if (!clicked_.empty()) {
+    clicks_.callSoon();
+  }
+  if (isHonoured(*item) && tree_.stillOffers(*item)) {
+    MenuItem::perform(item);
+  }
+}
+
+}  // namespace audrel::linuxos

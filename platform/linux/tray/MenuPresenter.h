@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/AppKit.h"
+#include "platform/linux/tray/Application.h"
+#include "platform/linux/tray/LoopSource.h"
+#include "platform/linux/tray/MenuOpening.h"
+#include "platform/linux/tray/MenuTree.h"
+
+namespace audrel::linuxos {
+
+/// The status item's menu as panels show it and answer it.
+///
+/// The menu is read when it is set, and again once it has been told that it opens. Actions run from
+/// the main loop, never from `click`; they may do anything, replacing the menu and dropping this
+/// object included. While an alert is up, only items with the quit action are enabled and honoured,
+/// and the menu is not told that it opens. Main thread.
+class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
+ public:
+  /// `application` must outlive this object.
+  static std::shared_ptr<MenuPresenter> make(const Application& application,
+                                             NS::Selector quitAction);
+
+  /// Null for none.
+  void setMenu(std::shared_ptr<Menu> menu);
+
+  /// `observer` is called after every change of `tree`.
+  void setObserver(std::function<void()> observer);
+
+  const MenuTree& tree() const { return tree_; }
+
+  /// One more with every change of `tree`.
+  std::uint32_t revision() const { return revision_; }
+
+  /// The item of this tree or of the one before it, which a panel may still show. Null for others.
+  const MenuNode* known(std::int32_t id) const;
+
+  /// A panel is about to show the menu, or has. The first notice of an opening tells the menu's
+  /// delegate, which may replace it. Whether the panel has to read the menu again.
+  bool opens(const std::string& panel, MenuOpening::Notice notice);
+
+  /// An item was chosen. What it means is judged when its turn has come (`MenuTree::stillOffers`):
+  /// a second click on "Start" that comes when the menu says "Stop" does nothing. False for an
+  /// item that is not known.
+  bool click(std::int32_t id);
+
+ private:
+  MenuPresenter(const Application& application, NS::Selector quitAction);
+
+  bool isHonoured(const MenuItem& item) const;
+  void readMenu();
+  void performNextClick();
+
+  const Application& application_;
+  NS::Selector quitAction_;
+  std::function<void()> observer_;
+  std::shared_ptr<Menu> menu_;
+  MenuTree tree_;
+  MenuTree previousTree_;
+  std::int32_t nextId_ = MenuTree::rootId + 1;
+  std::uint32_t revision_ = 1;
+  MenuOpening opening_;
+  std::deque<std::shared_ptr<MenuItem>> clicked_;
+  LoopSource clicks_;
+};
+
+}  // namespace audrel::linuxos

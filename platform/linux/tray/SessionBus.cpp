@@ -1,0 +1,126 @@
+#include "platform/linux/tray/SessionBus.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "platform/linux/desktop/Environment.h"
+
+namespace audrel::linuxos {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds firstDelay = 250ms;
+constexpr std::chrono::milliseconds longestDelay = 30s;
+
+/// Where the session's bus listens, as the conventions have it. Nothing when this session has no
+/// bus: GLib would then start one of its own, which no panel listens to.
+std::optional<std::string> busAddress() {
+  if (auto address = environmentVariable("DBUS_SESSION_BUS_ADDRESS")) {
+    return address;
+  }
+  const auto runtimeFolder = environmentVariable("XDG_RUNTIME_DIR");
+  const std::string socket = runtimeFolder.value_or("") + "/bus";
+  std::error_code error;
+  if (!runtimeFolder || !std::filesystem::exists(socket, error)) {
+    return std::nullopt;
+  }
+  const StringHandle escaped(g_dbus_address_escape_value(socket.c_str()));
+  return std::string("unix:path=") + escaped.get();
+}
+
+}  // namespace
+
+SessionBus::SessionBus(Listener listener, std::shared_ptr<os::Logger> logger)
+    : listener_(std::move(listener)),
+      logger_(std::move(logger)),
+      cancellable_(g_cancellable_new()),
+      attempt_([this] { connect(); }),
+      delay_(firstDelay) {
+  attempt_.callSoon();
+}
+
+SessionBus::~SessionBus() {
+  g_cancellable_cancel(cancellable_.get());
+  if (connection_ != nullptr) {
+    g_signal_handler_disconnect(connection_.get(), closedHandler_);
+    // What is still to be sent goes out on the way.
+    g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
+  }
+}
+
+void SessionBus::connect() {
+  const auto address = busAddress();
+  if (!address) {
+    connectionFailed("neither DBUS_SESSION_BUS_ADDRESS nor a bus in XDG_RUNTIME_DIR names one");
+    return;
+  }
+  constexpr int flags = G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+  g_dbus_connection_new_for_address(address->c_str(), static_cast<GDBusConnectionFlags>(flags),
+                                    nullptr, cancellable_.get(), onConnected, this);
+}
+
+void SessionBus::onConnected(GObject* /*source*/, GAsyncResult* result, gpointer self) noexcept {
+  GError* failure = nullptr;
+  ConnectionHandle connection(g_dbus_connection_new_for_address_finish(result, &failure));
+  const ErrorHandle error(failure);
+  if (g_error_matches(failure, G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE) {
+    return;  // the bus object has gone
+  }
+  auto* bus = static_cast<SessionBus*>(self);
+  if (connection != nullptr) {
+    bus->connectionMade(std::move(connection));
+  } else {
+    bus->connectionFailed(messageOf(error));
+  }
+}
+
+void SessionBus::connectionMade(ConnectionHandle connection) {
+  connection_ = std::move(connection);
+  closedHandler_ =
+      g_signal_connect_data(connection_.get(), "closed", reinterpret_cast<GCallback>(onClosed),
+                            this, nullptr, static_cast<GConnectFlags>(0));
+  if (g_dbus_connection_is_closed(connection_.get()) == TRUE) {
+    connectionClosed();
+    return;
+  }
+  delay_ = firstDelay;
+  if (failureIsLogged_) {
+    failureIsLogged_ = false;
+    logger_->info("The session bus is there: the status item can be shown");
+  }
+  listener_.connected(connection_.get());
+}
+
+void SessionBus::connectionFailed(const std::string& reason) {
+  if (!failureIsLogged_) {
+    failureIsLogged_ = true;
+    logger_->error("No session bus, so no status item for now (recording goes on; trying again): " +
+                   reason);
+  }
+  tryAgain();
+}
+
+void SessionBus::onClosed(GDBusConnection* /*connection*/, gboolean /*vanished*/, GError* /*error*/,
+                          gpointer self) noexcept {
+  static_cast<SessionBus*>(self)->connectionClosed();
+}
+
+void SessionBus::connectionClosed() {
+  g_signal_handler_disconnect(connection_.get(), closedHandler_);
+  listener_.disconnected();
+  connection_.reset();
+  connectionFailed("the connection was closed");
+}
+
+void SessionBus::tryAgain() {
+  attempt_.callAfter(delay_);
+  delay_ = std::min(delay_ * 2, longestDelay);
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,74 @@
+#include "platform/linux/tray/StatusItem.h"
+
+#include <initializer_list>
+#include <utility>
+
+namespace audrel::linuxos {
+
+StatusBarButton::StatusBarButton(std::function<void()> onChange) : onChange_(std::move(onChange)) {}
+
+void StatusBarButton::setFont(std::shared_ptr<NS::Font> /*font*/) {}
+
+void StatusBarButton::setImagePosition(NS::CellImagePosition /*position*/) {}
+
+void StatusBarButton::setImage(std::shared_ptr<NS::Image> image) {
+  image_ = std::static_pointer_cast<Image>(std::move(image));
+  onChange_();
+}
+
+void StatusBarButton::setTitle(const std::string& title) {
+  title_ = title;
+  onChange_();
+}
+
+// The item is there before the menu that it names, and both before panels hear of them.
+StatusItem::OnBus::OnBus(GDBusConnection* connection, const StatusItemLook& look,
+                         const std::shared_ptr<MenuPresenter>& presenter,
+                         const std::shared_ptr<os::Logger>& logger)
+    : item(connection, look), menu(connection, presenter), registration(connection, logger) {}
+
+StatusItem::StatusItem(const Application& application, NS::Selector quitAction, IconTheme icons,
+                       std::shared_ptr<os::Logger> logger)
+    : icons_(std::move(icons)),
+      logger_(std::move(logger)),
+      presenter_(MenuPresenter::make(application, std::move(quitAction))),
+      button_([this] { updateLook(); }),
+      bus_({.connected =
+                [this](GDBusConnection* connection) {
+                  onBus_.emplace(connection, look_, presenter_, logger_);
+                },
+            .disconnected = [this] { onBus_.reset(); }},
+           logger_) {}
+
+void StatusItem::setMenu(std::shared_ptr<NS::Menu> menu) {
+  presenter_->setMenu(std::static_pointer_cast<Menu>(std::move(menu)));
+}
+
+void StatusItem::updateLook() {
+  std::optional<Picture> picture;
+  if (button_.image() != nullptr) {
+    picture = button_.image()->picture();
+  }
+  if (picture != shownPicture_) {
+    shownPicture_ = std::move(picture);
+    drawPicture(shownPicture_.value_or(Picture()));
+  }
+  look_.label = button_.title();
+  if (onBus_) {
+    onBus_->item.show(look_);
+  }
+}
+
+void StatusItem::drawPicture(const Picture& picture) {
+  look_.iconName = icons_.iconFor(picture).value_or("");
+  look_.iconThemePath = icons_.folder().string();
+  look_.pixmaps.clear();
+  if (look_.iconName.empty() && !picture.steps.empty()) {
+    // The sizes of common panels; they scale between them.
+    for (const int side : {16, 22, 24, 32, 48}) {
+      look_.pixmaps.push_back(drawPixmap(picture, side));
+    }
+  }
+}
+
+}  // namespace audrel::linuxos

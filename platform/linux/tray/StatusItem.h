@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/AppKit.h"
+#include "platform/Log.h"
+#include "platform/linux/tray/DBusMenu.h"
+#include "platform/linux/tray/IconTheme.h"
+#include "platform/linux/tray/Image.h"
+#include "platform/linux/tray/MenuPresenter.h"
+#include "platform/linux/tray/SessionBus.h"
+#include "platform/linux/tray/StatusNotifierItem.h"
+#include "platform/linux/tray/WatcherRegistration.h"
+
+namespace audrel::linuxos {
+
+/// The button's content, of which the panel draws image and title its own way: fonts and positions
+/// are without effect.
+class StatusBarButton final : public NS::StatusBarButton {
+ public:
+  explicit StatusBarButton(std::function<void()> onChange);
+
+  void setFont(std::shared_ptr<NS::Font> font) override;
+  void setImagePosition(NS::CellImagePosition position) override;
+
+  /// `image` is one of this platform's images.
+  void setImage(std::shared_ptr<NS::Image> image) override;
+  void setTitle(const std::string& title) override;
+
+  /// Null when there is no image.
+  const std::shared_ptr<Image>& image() const { return image_; }
+  const std::string& title() const { return title_; }
+
+ private:
+  std::function<void()> onChange_;
+  std::shared_ptr<Image> image_;
+  std::string title_;
+};
+
+/// A status item, shown by whatever panel the session has, whenever it has one: it survives that
+/// panel and the bus. It has a bus connection of its own, and with it a name that tells it from
+/// another item. May be dropped inside its own menu's callbacks. Main thread.
+class StatusItem final : public NS::StatusItem {
+ public:
+  /// `application` must outlive the item.
+  StatusItem(const Application& application, NS::Selector quitAction, IconTheme icons,
+             std::shared_ptr<os::Logger> logger);
+
+  NS::StatusBarButton* button() override { return &button_; }
+
+  /// `menu` is one of this platform's menus.
+  void setMenu(std::shared_ptr<NS::Menu> menu) override;
+
+ private:
+  /// What is there only while there is a bus.
+  struct OnBus {
+    OnBus(GDBusConnection* connection, const StatusItemLook& look,
+          const std::shared_ptr<MenuPresenter>& presenter,
+          const std::shared_ptr<os::Logger>& logger);
+
+    StatusNotifierItem item;
+    DBusMenu menu;
+    WatcherRegistration registration;
+  };
+
+  void updateLook();
+  void drawPicture(const Picture& picture);
+
+  IconTheme icons_;
+  std::shared_ptr<os::Logger> logger_;
+  std::shared_ptr<MenuPresenter> presenter_;
+  StatusBarButton button_;
+  std::optional<Picture> shownPicture_;
+  StatusItemLook look_;
+  SessionBus bus_;
+  std::optional<OnBus> onBus_;
+};
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,44 @@
+#include "platform/linux/tray/Symbols.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace audrel::linuxos {
+
+namespace {
+
+constexpr double outerRadius = 0.47;
+constexpr double innerRadius = 0.40;
+
+struct Bar {
+  double x;           ///< of its middle
+  double halfHeight;  ///< without the round ends
+};
+
+constexpr double barHalfWidth = 0.035;
+constexpr std::array bars = {Bar{0.26, 0.02}, Bar{0.38, 0.12}, Bar{0.50, 0.20}, Bar{0.62, 0.09},
+                             Bar{0.74, 0.04}};
+
+bool waveformCovers(double x, double y) {
+  return std::ranges::any_of(bars, [x, y](const Bar& bar) {
+    const double beyondEnd = std::max(0.0, std::abs(y - 0.5) - bar.halfHeight);
+    return std::hypot(x - bar.x, beyondEnd) <= barHalfWidth;
+  });
+}
+
+}  // namespace
+
+bool isSymbol(std::string_view name) {
+  return name == waveformInRing || name == waveformInDisc;
+}
+
+bool symbolCovers(std::string_view name, double x, double y) {
+  const double radius = std::hypot(x - 0.5, y - 0.5);
+  if (name == waveformInRing) {
+    return (radius <= outerRadius && radius >= innerRadius) || waveformCovers(x, y);
+  }
+  return name == waveformInDisc && radius <= outerRadius && !waveformCovers(x, y);
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/AppKit.h"
+#include "platform/Log.h"
+#include "platform/linux/tray/Application.h"
+#include "platform/linux/tray/IconTheme.h"
+#include "platform/linux/tray/Image.h"
+
+namespace audrel::linuxos {
+
+/// What the tray's AppKit is put together from. The references must outlive it.
+struct TrayParts {
+  Application& application;
+  NS::Workspace& workspace;
+  std::function<std::unique_ptr<NS::Alert>()> makeAlert;
+
+  /// The desktop's own words for a menu item's title.
+  std::function<std::string(const std::string& title)> wording;
+
+  /// The one action that is honoured while an alert is up.
+  NS::Selector quitAction;
+  IconTheme icons;
+  os::Log& log;
+};
+
+/// AppKit's objects for a desktop with a status area, on the session bus and a GLib main loop.
+/// Main thread.
+class TrayAppKit final : public NS::AppKit {
+ public:
+  explicit TrayAppKit(TrayParts parts);
+
+  NS::Application& sharedApplication() override { return parts_.application; }
+  NS::Workspace& sharedWorkspace() override { return parts_.workspace; }
+
+  /// The panel decides on the length.
+  std::shared_ptr<NS::StatusItem> makeStatusItem(double length) override;
+  std::shared_ptr<NS::Menu> makeMenu() override;
+  std::shared_ptr<NS::MenuItem> makeMenuItem(const std::string& title,
+                                             const std::optional<NS::Selector>& action,
+                                             const std::string& keyEquivalent) override;
+  std::shared_ptr<NS::MenuItem> makeSeparatorItem() override;
+
+  /// "waveform.circle" and "waveform.circle.fill".
+  std::shared_ptr<NS::Image> makeSystemSymbol(const std::string& name) override;
+  std::shared_ptr<NS::Image> makeImage(NS::Size size) override;
+  std::shared_ptr<NS::Color> systemRedColor() override;
+  std::shared_ptr<NS::Color> systemOrangeColor() override;
+  void fillRect(const NS::Rect& rect, NS::CompositingOperation operation) override;
+  std::shared_ptr<NS::Font> monospacedDigitSystemFont(double size, double weight) override;
+  std::unique_ptr<NS::Alert> makeAlert() override { return parts_.makeAlert(); }
+
+ private:
+  TrayParts parts_;
+  std::shared_ptr<DrawingContext> drawing_ = std::make_shared<DrawingContext>();
+};
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "platform/Log.h"
+#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/tray/LoopSource.h"
+
+namespace audrel::linuxos {
+
+/// Makes the status item of one bus connection known to the desktop's watcher of status items, as
+/// often as a watcher comes, and for as long as this object lives. Registers under the
+/// connection's unique name. Main thread.
+class WatcherRegistration {
+ public:
+  /// `connection` must outlive this object. Logs when no panel shows the item within `patience`:
+  /// the user would look for it in vain. At the start of a session panels come later than we do.
+  WatcherRegistration(GDBusConnection* connection, std::shared_ptr<os::Logger> logger,
+                      std::chrono::milliseconds patience = std::chrono::seconds(15));
+  ~WatcherRegistration();
+  WatcherRegistration(const WatcherRegistration&) = delete;
+  WatcherRegistration& operator=(const WatcherRegistration&) = delete;
+
+ private:
+  void watcherAppeared();
+  void watcherVanished();
+  void registerItem();
+  void registered();
+  void refused();
+  void askForHost();
+  void tellOfMissingHost() const;
+
+  static void onRegistered(GObject* source, GAsyncResult* result, gpointer self) noexcept;
+  static void onHostKnown(GObject* source, GAsyncResult* result, gpointer self) noexcept;
+
+  GDBusConnection* connection_;
+  std::shared_ptr<os::Logger> logger_;
+  CancellableHandle cancellable_;
+  guint watch_ = 0;
+  guint hostSignal_ = 0;
+  LoopSource attempt_;
+  LoopSource missingHost_;
+  std::chrono::milliseconds delay_;
+  bool hasWatcher_ = false;
+};
+
+}  // namespace audrel::linuxos
