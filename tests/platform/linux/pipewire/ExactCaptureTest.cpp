@@ -22,13 +22,15 @@ constexpr std::uint64_t longEnough = 240'000;  // frames
 
 // A graph that a stream joins or leaves in the middle of a cycle may lose that one.
 constexpr std::uint64_t mostLostByJoining = 2048;  // frames
-constexpr std::size_t longestLead = 4096;          // frames
+// A stream is linked when the server has announced it, which takes time, not frames.
+constexpr std::uint64_t latestPickUp = 192'000;  // frames at twenty times real time
+constexpr std::size_t longestLead = 4096;        // frames
 
 /// What was recorded, without the cycles in which one channel of a stream was not yet linked;
 /// nothing of it may have been dropped on the way.
 Audio recorded(const Recorder& recorder) {
-  EXPECT_FALSE(recorder.hasFailed());
-  Audio audio = recorder.audio();
+  EXPECT_FALSE(recorder.samples().hasFailed());
+  Audio audio = recorder.samples().audio();
   removeHalfLinkedStarts(audio);
   return audio;
 }
@@ -71,7 +73,7 @@ void expectSum(const Recorder& recorder, std::uint32_t first, std::uint32_t seco
   const auto track = onlyTrack(audio, &problem);
   ASSERT_TRUE(track) << problem;
   EXPECT_EQ(track->first.stream, second);
-  EXPECT_LE(track->first.position, longestLead) << "it was not heard from its start";
+  EXPECT_LE(track->first.position, latestPickUp);
   EXPECT_EQ(track->end, framesOf(audio)) << problem;
   EXPECT_LE(track->silent, lostFrames) << problem;
   EXPECT_LE(lostFrames, mostLostByJoining) << problem;

@@ -17,6 +17,15 @@ void append(Audio& audio, StampPosition first, std::size_t frames) {
   }
 }
 
+void appendSilence(Audio& audio, std::size_t frames) {
+  audio.insert(audio.end(), 2 * frames, 0.0F);
+}
+
+/// Changes one sample by the least that 16 bits can tell.
+void spoil(Audio& audio, std::size_t frame) {
+  audio[2 * frame] += 1.0F / 32768;
+}
+
 TEST(Stamp, aFrameTellsItsStreamAndPosition) {
   for (std::uint32_t stream = 0; stream < stampStreams; ++stream) {
     for (std::uint64_t position = 0; position < stampFrames; position += 10'007) {
@@ -29,7 +38,7 @@ TEST(Segments, aBreakASilenceAndAForeignFrameAreFound) {
   Audio audio;
   append(audio, {.stream = 3, .position = 100}, 500);
   append(audio, {.stream = 3, .position = 601}, 200);
-  audio.insert(audio.end(), 2 * 64, 0.0F);
+  appendSilence(audio, 64);
   append(audio, {.stream = 4, .position = 0}, 10);
   audio.push_back(0.1F);
   audio.push_back(0.1F);
@@ -46,7 +55,7 @@ TEST(Segments, aBreakASilenceAndAForeignFrameAreFound) {
 TEST(Segments, aChangedSampleEndsASegment) {
   Audio audio;
   append(audio, {.stream = 1, .position = 0}, 100);
-  audio[2 * 50] += 1.0F / 32768;
+  spoil(audio, 50);
   const auto segments = segmentsOf(audio);
   ASSERT_GE(segments.size(), 3U);
   EXPECT_EQ(segments.front().length, 50U);
@@ -60,9 +69,10 @@ Audio stamped(StampPosition first, std::size_t frames) {
 }
 
 TEST(Track, aStreamWithSilenceInTheRightPlaceIsOne) {
-  Audio audio(2 * 10, 0.0F);
+  Audio audio;
+  appendSilence(audio, 10);
   append(audio, {.stream = 5, .position = 1000}, 100);
-  audio.insert(audio.end(), 2 * 30, 0.0F);
+  appendSilence(audio, 30);
   append(audio, {.stream = 5, .position = 1130}, 100);
   std::string problem;
   const auto track = onlyTrack(audio, &problem);
@@ -76,7 +86,7 @@ TEST(Track, aStreamWithSilenceInTheRightPlaceIsOne) {
 TEST(Track, aFrameTooManyOrTooFewIsNone) {
   for (const std::uint64_t wrong : {1129U, 1131U, 1100U}) {
     Audio audio = stamped({.stream = 5, .position = 1000}, 100);
-    audio.insert(audio.end(), 2 * 30, 0.0F);
+    appendSilence(audio, 30);
     append(audio, {.stream = 5, .position = wrong}, 100);
     std::string problem;
     EXPECT_FALSE(onlyTrack(audio, &problem)) << problem;
@@ -87,7 +97,7 @@ TEST(Track, anotherStreamOrAForeignFrameIsNone) {
   Audio other = stamped({.stream = 5, .position = 0}, 100);
   append(other, {.stream = 6, .position = 100}, 100);
   Audio foreign = stamped({.stream = 5, .position = 0}, 100);
-  foreign[2 * 50] += 1.0F / 32768;
+  spoil(foreign, 50);
   std::string problem;
   EXPECT_FALSE(onlyTrack(other, &problem));
   EXPECT_FALSE(onlyTrack(foreign, &problem));
@@ -110,7 +120,7 @@ TEST(Track, aStartOfOneChannelIsSilencedIfItIsTheStreamsOwn) {
     audio[2 * frame + 1] = 0;
   }
   Audio wrong = audio;
-  wrong[2 * 39] += 1.0F / 32768;
+  spoil(wrong, 39);
   removeHalfLinkedStarts(audio);
   removeHalfLinkedStarts(wrong);
   std::string problem;

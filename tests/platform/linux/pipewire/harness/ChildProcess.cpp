@@ -40,6 +40,7 @@ struct Pipe {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
+  result.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     result.push_back(text.data());
   }
@@ -155,6 +156,14 @@ void ChildProcess::end(int signal) {
   while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
   }
   hasEnded_ = true;
+}
+
+int ChildProcess::waitForEnd() {
+  int status = 0;
+  while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+  }
+  hasEnded_ = true;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace audrel::pwtest

@@ -41,6 +41,9 @@ class ChildProcess {
   /// Sends the signal and waits until the program has ended.
   void end(int signal);
 
+  /// Waits until the program has ended by itself: what it ended with, or -1 for a signal. Once.
+  int waitForEnd();
+
  private:
   ChildProcess(pid_t pid, int input, int output) : pid_(pid), input_(input), output_(output) {}
 

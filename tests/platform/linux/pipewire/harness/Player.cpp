@@ -42,7 +42,8 @@ bool Player::open(const std::string& name, const std::string& description) {
 Player::Report Player::report(const std::string& name) {
   std::istringstream words(ask("report " + name));
   Report report;
-  words >> report.playedFrames >> report.shortestQuantum >> report.longestQuantum;
+  words >> report.playedFrames >> report.graphRate >> report.shortestQuantum >>
+      report.longestQuantum;
   Stretch stretch;
   while (words >> stretch.graphPosition >> stretch.frame) {
     report.stretches.push_back(stretch);

@@ -23,6 +23,7 @@ class Player {
   };
   struct Report {
     std::uint64_t playedFrames = 0;
+    std::uint32_t graphRate = 0;  ///< last seen
     std::uint64_t shortestQuantum = 0;
     std::uint64_t longestQuantum = 0;
     std::vector<Stretch> stretches;  ///< each to the next one's frame

@@ -3,7 +3,7 @@
 //
 //   open NAME stamp:STREAM[:FRONTPAIRFRAMES]|tone:HZ s16|f32 CHANNELS RATE [key=value ...]
 //   pause NAME, resume NAME, close NAME
-//   report NAME        frames, quanta and stretches played so far
+//   report NAME        frames, graph rate, quanta and stretches played so far
 //
 // It ends when its standard input does.
 
@@ -91,8 +91,8 @@ class Player {
 
   static std::string report(const PlayerStream& stream) {
     std::ostringstream text;
-    text << stream.playedFrames() << " " << stream.shortestQuantum() << " "
-         << stream.longestQuantum();
+    text << stream.playedFrames() << " " << stream.graphRate() << " " << stream.shortestQuantum()
+         << " " << stream.longestQuantum();
     for (const auto& stretch : stream.stretches()) {
       text << " " << stretch.graphPosition << " " << stretch.frame;
     }

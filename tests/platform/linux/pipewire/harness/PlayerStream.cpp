@@ -113,6 +113,7 @@ void PlayerStream::account() noexcept {
     ++stretchCount_;
   }
   nextPosition_ = start + quantum;
+  graphRate_ = position->clock.rate.denom;
   longestQuantum_ = std::max(longestQuantum_.load(), quantum);
   shortestQuantum_ = std::min(shortestQuantum_.load(), quantum);
 }

@@ -58,6 +58,7 @@ class PlayerStream {
 
   /// Any thread.
   std::uint64_t playedFrames() const { return frame_.load(); }
+  std::uint32_t graphRate() const { return graphRate_.load(); }
   std::uint64_t longestQuantum() const { return longestQuantum_.load(); }
   std::uint64_t shortestQuantum() const { return shortestQuantum_.load(); }
   std::vector<Stretch> stretches() const;
@@ -78,6 +79,7 @@ class PlayerStream {
   OwnedStream stream_;
   std::atomic<const spa_io_position*> position_ = nullptr;
   std::atomic<std::uint64_t> frame_ = 0;
+  std::atomic<std::uint32_t> graphRate_ = 0;
   std::atomic<std::uint64_t> longestQuantum_ = 0;
   std::atomic<std::uint64_t> shortestQuantum_ = UINT64_MAX;
   std::uint64_t nextPosition_ = UINT64_MAX;

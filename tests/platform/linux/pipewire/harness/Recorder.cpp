@@ -1,31 +1,13 @@
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 
-#include <chrono>
-#include <cstring>
-#include <thread>
-
 namespace audrel::pwtest {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto patience = 20s;
 constexpr std::uint32_t textReferenceSize = 8;
 
 constexpr CA::AudioObjectPropertyAddress global(std::uint32_t selector) {
   return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
-}
-
-bool waitFor(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + patience;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(2ms);
-  }
-  return true;
 }
 
 }  // namespace
@@ -58,8 +40,7 @@ std::string CountingUUIDs::uuidString() {
   return "uuid-" + std::to_string(++count_);
 }
 
-Recorder::Recorder(const std::string& socketPath)
-    : hardware_(log_, uuids_), samples_(new float[2 * mostFrames]) {
+Recorder::Recorder(const std::string& socketPath) : hardware_(log_, uuids_) {
   hardware_.useServer(socketPath);
 }
 
@@ -121,7 +102,7 @@ CA::OSStatus Recorder::startEverything() {
 }
 
 CA::OSStatus Recorder::start(const CA::TapDescription& description) {
-  frames_ = 0;
+  samples_.clear();
   if (const auto status = hardware_.AudioHardwareCreateProcessTap(description, &tap_)) {
     return status;
   }
@@ -183,27 +164,13 @@ CA::OSStatus Recorder::stop() {
 }
 
 void Recorder::take(const CA::AudioBufferList& input) noexcept {
-  const std::size_t taken = frames_.load(std::memory_order_relaxed);
   const CA::AudioBuffer& buffer = input.mBuffers[0];
-  const std::size_t count = buffer.mDataByteSize / (2 * sizeof(float));
-  if (input.mNumberBuffers != 1 || buffer.mNumberChannels != 2 || taken + count > mostFrames) {
-    hasFailed_ = true;
+  if (input.mNumberBuffers != 1 || buffer.mNumberChannels != 2) {
+    samples_.fail();
     return;
   }
-  std::memcpy(samples_.get() + 2 * taken, buffer.mData, count * 2 * sizeof(float));
-  frames_.store(taken + count, std::memory_order_release);
-}
-
-bool Recorder::waitForFrames(std::size_t count) {
-  return waitFor([&] { return frames() >= count; });
-}
-
-bool Recorder::waitUntil(const std::function<bool(const Audio&)>& condition) {
-  return waitFor([&] { return condition(audio()); });
-}
-
-Audio Recorder::audio() const {
-  return {samples_.get(), samples_.get() + 2 * frames()};
+  samples_.append(static_cast<const float*>(buffer.mData),
+                  buffer.mDataByteSize / (2 * sizeof(float)));
 }
 
 }  // namespace audrel::pwtest

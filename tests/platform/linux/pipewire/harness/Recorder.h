@@ -2,10 +2,8 @@
 
 #include <sys/types.h>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -16,7 +14,7 @@
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
-#include "tests/platform/linux/pipewire/harness/Segments.h"
+#include "tests/platform/linux/pipewire/harness/SampleStore.h"
 
 namespace audrel::pwtest {
 
@@ -75,30 +73,17 @@ class Recorder {
   /// Stops and gives back everything that was made.
   CA::OSStatus stop();
 
-  /// Captured so far. Any thread.
-  std::size_t frames() const { return frames_.load(std::memory_order_acquire); }
-  bool waitForFrames(std::size_t count);
-  bool waitForMore(std::size_t frames) { return waitForFrames(this->frames() + frames); }
-
-  /// Waits until `condition` holds for what was captured so far.
-  bool waitUntil(const std::function<bool(const Audio&)>& condition);
-
-  /// What was captured so far.
-  Audio audio() const;
+  /// What was captured. Anything that is not interleaved stereo makes it fail.
+  const SampleStore& samples() const { return samples_; }
+  bool waitForMore(std::size_t frames) const { return samples_.waitForMore(frames); }
 
   double rate() const { return format_.mSampleRate; }
   std::uint64_t lostFrames() { return hardware_.lostFrames(); }
-
-  /// Whether more came than the memory holds, or anything that is not interleaved stereo: nothing
-  /// that was captured counts then.
-  bool hasFailed() const { return hasFailed_.load(); }
 
  private:
   CA::OSStatus start(const CA::TapDescription& description);
   CA::OSStatus makeDevice(const std::string& tapUID);
   void take(const CA::AudioBufferList& input) noexcept;
-
-  static constexpr std::size_t mostFrames = 16'000'000;
 
   LogKeeper log_;
   CountingUUIDs uuids_;
@@ -107,9 +92,7 @@ class Recorder {
   CA::AudioObjectID tap_ = 0;
   CA::AudioObjectID device_ = 0;
   CA::AudioDeviceIOProcID procedure_ = nullptr;
-  std::unique_ptr<float[]> samples_;
-  std::atomic<std::size_t> frames_ = 0;
-  std::atomic<bool> hasFailed_ = false;
+  SampleStore samples_;
 };
 
 }  // namespace audrel::pwtest

@@ -1,0 +1,246 @@
+// Who plays, as process objects.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <string>
+
+#include "tests/platform/linux/pipewire/harness/Player.h"
+#include "tests/platform/linux/pipewire/harness/Recorder.h"
+#include "tests/platform/linux/pipewire/harness/Segments.h"
+#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/platform/linux/pipewire/harness/TestServer.h"
+
+namespace audrel::pwtest {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr auto badObject = CA::kAudioHardwareBadObjectError;
+constexpr auto notRunning = CA::kAudioHardwareNotRunningError;
+
+constexpr CA::AudioObjectPropertyAddress global(std::uint32_t selector) {
+  return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
+}
+
+CA::OSStatus defaultDevice(Recorder& recorder, CA::AudioObjectID* device) {
+  std::uint32_t size = sizeof *device;
+  return recorder.hardware().AudioObjectGetPropertyData(
+      CA::kAudioObjectSystemObject, global(CA::kAudioHardwarePropertyDefaultOutputDevice), 0,
+      nullptr, &size, device);
+}
+
+std::string deviceUID(Recorder& recorder, CA::AudioObjectID device) {
+  std::string uid;
+  std::uint32_t size = 8;
+  EXPECT_EQ(recorder.hardware().AudioObjectGetPropertyData(
+                device, global(CA::kAudioDevicePropertyDeviceUID), 0, nullptr, &size, &uid),
+            0);
+  return uid;
+}
+
+std::string nameOf(Recorder& recorder, pid_t pid) {
+  const auto application = recorder.captureHardware().runningApplication(pid);
+  return application ? application->localizedName.value_or("") : "";
+}
+
+TEST(Processes, eachThatPlaysIsListedOnceInTheOrderInWhichTheyStarted) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  EXPECT_THAT(recorder.processes(), IsEmpty());
+  Player silent(server.socketPath());
+  Player first(server.socketPath());
+  Player second(server.socketPath());
+  ASSERT_TRUE(silent.isReady());
+  ASSERT_TRUE(second.open("call", 1));
+  const auto idOfSecond = recorder.waitForProcess(second.pid());
+  ASSERT_TRUE(first.open("music", 2));
+  ASSERT_TRUE(first.open("chime", 3));
+  const auto idOfFirst = recorder.waitForProcess(first.pid());
+
+  EXPECT_THAT(recorder.processes(), ElementsAre(idOfSecond, idOfFirst));
+  EXPECT_EQ(recorder.pidOf(idOfFirst), first.pid());
+  EXPECT_EQ(recorder.pidOf(idOfSecond), second.pid());
+}
+
+TEST(Processes, oneThatPausesIsListedAndOneThatClosesItsStreamsIsNot) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  const auto process = recorder.waitForProcess(player.pid());
+  ASSERT_TRUE(player.pause("music"));
+  EXPECT_THAT(recorder.processes(), ElementsAre(process));
+  ASSERT_TRUE(player.close("music"));
+  EXPECT_TRUE(waitFor([&] { return recorder.processes().empty(); }));
+  ASSERT_TRUE(player.open("music", 1));
+  EXPECT_EQ(recorder.waitForProcess(player.pid()), process) << "it is the same as before";
+}
+
+TEST(Processes, theyBearTheNameAndIdentifierThatTheyGiveThemselves) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  Player named(server.socketPath(),
+               {"application.name=Grammophon Müller", "application.id=org.example.Grammophon"});
+  Player plain(server.socketPath(), {"application.name=plain"});
+  ASSERT_TRUE(named.open("music", 1));
+  ASSERT_TRUE(plain.open("call", 2));
+  const auto idOfNamed = recorder.waitForProcess(named.pid());
+  const auto idOfPlain = recorder.waitForProcess(plain.pid());
+
+  EXPECT_EQ(nameOf(recorder, named.pid()), "Grammophon Müller");
+  EXPECT_EQ(recorder.bundleIdOf(idOfNamed), "org.example.Grammophon");
+  EXPECT_EQ(nameOf(recorder, plain.pid()), "plain");
+  EXPECT_EQ(recorder.bundleIdOf(idOfPlain), "");
+}
+
+TEST(Processes, aProcessIsTheSameObjectInTheNextRunOfTheRecorder) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  CA::AudioObjectID before = 0;
+  {
+    Recorder recorder(server.socketPath());
+    before = recorder.waitForProcess(player.pid());
+  }
+  Recorder recorder(server.socketPath());
+  EXPECT_NE(before, 0U);
+  EXPECT_EQ(recorder.waitForProcess(player.pid()), before);
+}
+
+TEST(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  Player before(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(before.open("music", 1));
+  const auto old = recorder.waitForProcess(before.pid());
+  before.end(SIGKILL);
+  Player after(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(after.open("music", 2));
+  const auto renewed = recorder.waitForProcess(after.pid());
+
+  EXPECT_NE(renewed, old);
+  EXPECT_THAT(recorder.processes(), ElementsAre(renewed));
+  EXPECT_EQ(recorder.startProcess(old), badObject);
+  EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("Radio has quit"));
+}
+
+TEST(Processes, anUnknownObjectCannotBeTappedOrRead) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  constexpr CA::AudioObjectID unknown = 4'000'000'000;
+
+  EXPECT_EQ(recorder.startProcess(unknown), badObject);
+  EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("4000000000"));
+  pid_t pid = 0;
+  std::uint32_t size = sizeof pid;
+  EXPECT_EQ(recorder.hardware().AudioObjectGetPropertyData(
+                unknown, global(CA::kAudioProcessPropertyPID), 0, nullptr, &size, &pid),
+            badObject);
+}
+
+TEST(Processes, aPulseClientIsTheProcessThatItSaysIfThatRunsItsProgram) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  const Player client(server.socketPath());
+  Player audioServer(server.socketPath(),
+                     {"client.api=pipewire-pulse", "application.name=Browser",
+                      "application.process.binary=audrel-test-player",
+                      "application.process.id=" + std::to_string(client.pid())});
+  ASSERT_TRUE(audioServer.open("music", 1));
+
+  const auto process = recorder.waitForProcess(client.pid());
+  ASSERT_NE(process, 0U);
+  EXPECT_EQ(nameOf(recorder, client.pid()), "Browser");
+  EXPECT_EQ(recorder.startProcess(process), 0);
+}
+
+TEST(Processes, pulseClientsWhosePidCannotBeTrueStayApart) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  const std::string pid = "application.process.id=" + std::to_string(getpid());
+  Player one(server.socketPath(), {"client.api=pipewire-pulse", "application.name=Sandboxed",
+                                   "application.process.binary=somebody-else", pid});
+  Player other(server.socketPath(), {"client.api=pipewire-pulse", "application.name=Remote",
+                                     "application.process.binary=somebody-else", pid,
+                                     "application.process.machine-id=another-machine"});
+  ASSERT_TRUE(one.open("music", 1));
+  ASSERT_TRUE(other.open("call", 2));
+  ASSERT_TRUE(waitFor([&] { return recorder.processes().size() == 2; }));
+
+  const auto processes = recorder.processes();
+  EXPECT_NE(processes[0], processes[1]);
+  ASSERT_EQ(recorder.startProcess(processes[0]), 0);
+  ASSERT_TRUE(recorder.waitForMore(48'000));
+  ASSERT_EQ(recorder.stop(), 0);
+  const auto segments = segmentsOf(recorder.samples().audio());
+  EXPECT_EQ(segments.back().first.stream, 1U) << describe(segments);
+}
+
+TEST(Devices, theDefaultOutputFollowsTheServersChoice) {
+  TestServer server({.sinks = {{"speakers"}, {"headphones"}}});
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  CA::AudioObjectID speakers = 0;
+  CA::AudioObjectID headphones = 0;
+  ASSERT_EQ(defaultDevice(recorder, &speakers), 0);
+  EXPECT_EQ(deviceUID(recorder, speakers), "speakers");
+  server.session().setDefaultSink("headphones");
+  ASSERT_TRUE(
+      waitFor([&] { return defaultDevice(recorder, &headphones) == 0 && headphones != speakers; }));
+  EXPECT_EQ(deviceUID(recorder, headphones), "headphones");
+}
+
+TEST(Devices, withoutASinkThereIsNoDefaultOutputAndNoError) {
+  TestServer server({.sinks = {}});
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  CA::AudioObjectID device = 42;
+  EXPECT_EQ(defaultDevice(recorder, &device), 0);
+  EXPECT_EQ(device, CA::kAudioObjectUnknown);
+  EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("no output device"));
+}
+
+TEST(Devices, withoutAServerNothingRunsAndTheDiagnosisSaysWhy) {
+  const TemporaryFolder folder;
+  const std::string socket = (folder.path() / "pipewire-0").string();
+  Recorder recorder(socket);
+  CA::AudioObjectID device = 42;
+  EXPECT_EQ(defaultDevice(recorder, &device), notRunning);
+  EXPECT_EQ(recorder.startEverything(), notRunning);
+  EXPECT_THAT(recorder.processes(), IsEmpty());
+  const std::string diagnosis = recorder.captureHardware().diagnosis().value_or("");
+  EXPECT_THAT(diagnosis, HasSubstr("PipeWire is not running"));
+  EXPECT_THAT(diagnosis, HasSubstr(socket));
+  EXPECT_THAT(diagnosis, HasSubstr("systemctl --user start pipewire"));
+}
+
+TEST(Devices, aServerThatComesLaterIsFound) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  server.crash();
+  Recorder recorder(server.socketPath());
+  CA::AudioObjectID device = 0;
+  EXPECT_EQ(defaultDevice(recorder, &device), notRunning);
+  server.restart();
+  ASSERT_TRUE(server.isRunning());
+  EXPECT_EQ(defaultDevice(recorder, &device), 0);
+  EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), Not(HasSubstr("not running")));
+}
+
+}  // namespace
+}  // namespace audrel::pwtest
