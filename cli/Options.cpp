@@ -189,7 +189,7 @@ Options parse(std::vector<char*> arguments) {
   const auto count = static_cast<int>(arguments.size());
   arguments.push_back(nullptr);
   opterr = 0;
-  optind = 1;
+  optind = 0;  // also forgets where an earlier command line was left, in all C libraries
   Parser parser;
   for (;;) {
     // Unsafe only beside another thread that parses options, and there is none.

@@ -75,8 +75,9 @@ std::vector<std::string> warningsOf(const Report& report) {
     warnings.push_back(lostFrames(report.lostFrames, audio.sampleRate));
   }
   if (report.underruns > 0) {
-    warnings.push_back(counted(static_cast<std::uint64_t>(report.underruns), "cycle", "cycles") +
-                       " of audio were dropped for want of memory.");
+    warnings.push_back(counted(static_cast<std::uint64_t>(report.underruns), "cycle of audio was",
+                               "cycles of audio were") +
+                       " dropped for want of memory.");
   }
   if (audio.frames == 0) {
     warnings.emplace_back("The recording is empty: it ended before any audio came.");

@@ -1,0 +1,145 @@
+#include "cli/Console.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+
+namespace audrel::cli {
+namespace {
+
+/// Two connected descriptors: what goes into `end` is read from the other one.
+class Channel {
+ public:
+  Channel(int end, int other) : end_(end), other_(other) {}
+  Channel(const Channel&) = delete;
+  Channel& operator=(const Channel&) = delete;
+  ~Channel() {
+    close(end_);
+    close(other_);
+  }
+
+  int end() const { return end_; }
+
+  /// What has been written so far, without waiting for more.
+  std::string text() const {
+    fcntl(other_, F_SETFL, O_NONBLOCK);
+    std::string all;
+    std::array<char, 4096> part{};
+    for (ssize_t size = 0; (size = read(other_, part.data(), part.size())) > 0;) {
+      all.append(part.data(), static_cast<std::size_t>(size));
+    }
+    return all;
+  }
+
+ private:
+  const int end_;
+  const int other_;
+};
+
+class ConsoleOutput : public testing::Test {
+ protected:
+  static Channel makePipe() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    return {ends[1], ends[0]};
+  }
+
+  /// A terminal whose line feeds stay as they are.
+  static Channel makeTerminal(unsigned short columns) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    EXPECT_EQ(grantpt(master), 0);
+    EXPECT_EQ(unlockpt(master), 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+    termios modes{};
+    tcgetattr(terminal, &modes);
+    modes.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    tcsetattr(terminal, TCSANOW, &modes);
+    setColumns(terminal, columns);
+    return {terminal, master};
+  }
+
+  static void setColumns(int terminal, unsigned short columns) {
+    const winsize size = {.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    ioctl(terminal, TIOCSWINSZ, &size);
+  }
+
+  const Channel output_ = makePipe();
+};
+
+TEST_F(ConsoleOutput, resultsGoToStandardOutputAndAllElseToStandardError) {
+  const Channel errors = makePipe();
+  Console console(output_.end(), errors.end(), Options::Progress::shown);
+  console.progress("Recording");
+  console.result("Saved");
+  console.complain("It failed.");
+  console.complainFurther("  one\n  two\n");
+  EXPECT_EQ(output_.text(), "Saved\n");
+  EXPECT_EQ(errors.text(), "Recording\naudrel-record: It failed.\n  one\n  two\n");
+}
+
+TEST_F(ConsoleOutput, withoutATerminalThereIsNoStatusLine) {
+  const Channel errors = makePipe();
+  Console console(output_.end(), errors.end(), Options::Progress::shown);
+  EXPECT_FALSE(console.showsStatus());
+  console.status("0:01");
+  EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(ConsoleOutput, theStatusLineIsOverwrittenAndClearedBeforeOtherText) {
+  const Channel terminal = makeTerminal(80);
+  Console console(output_.end(), terminal.end(), Options::Progress::shown);
+  ASSERT_TRUE(console.showsStatus());
+  console.progress("Recording");
+  console.status("0:01");
+  console.status("0:02");
+  console.result("Saved");
+  console.complain("Hm.");
+  EXPECT_EQ(terminal.text(), "Recording\n\r\x1b[K0:01\r\x1b[K0:02\r\x1b[Kaudrel-record: Hm.\n");
+  EXPECT_EQ(output_.text(), "Saved\n");
+}
+
+TEST_F(ConsoleOutput, quietHasNoProgressButComplains) {
+  const Channel terminal = makeTerminal(80);
+  Console console(output_.end(), terminal.end(), Options::Progress::quiet);
+  EXPECT_FALSE(console.showsStatus());
+  console.progress("Recording");
+  console.status("0:01");
+  console.complain("It failed.");
+  EXPECT_EQ(terminal.text(), "audrel-record: It failed.\n");
+}
+
+TEST_F(ConsoleOutput, theStatusLineIsOneNarrowerThanTheWindowAndFollowsIt) {
+  const Channel terminal = makeTerminal(100);
+  const Console console(output_.end(), terminal.end(), Options::Progress::shown);
+  EXPECT_EQ(console.statusWidth(), 99);
+  setColumns(terminal.end(), 7);
+  EXPECT_EQ(console.statusWidth(), 6);
+  setColumns(terminal.end(), 0);  // unknown
+  EXPECT_EQ(console.statusWidth(), 79);
+}
+
+TEST_F(ConsoleOutput, whatNobodyReadsIsLostWithoutAWord) {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  close(ends[0]);
+  Console console(ends[1], ends[1], Options::Progress::shown);
+  console.result("Saved");
+  console.progress("Recording");
+  console.complain("It failed.");
+  EXPECT_EQ(errno, EPIPE);  // it was tried, and this process is still here
+  close(ends[1]);
+  std::signal(SIGPIPE, SIG_DFL);
+}
+
+}  // namespace
+}  // namespace audrel::cli

@@ -1,0 +1,64 @@
+#include "cli/Duration.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <optional>
+
+namespace audrel::cli {
+namespace {
+
+using std::chrono::seconds;
+
+TEST(ParseDuration, takesSeconds) {
+  EXPECT_EQ(parseDuration("90"), seconds(90));
+  EXPECT_EQ(parseDuration("1"), seconds(1));
+  EXPECT_EQ(parseDuration("007"), seconds(7));
+}
+
+TEST(ParseDuration, takesMinutesAndHoursWithColons) {
+  EXPECT_EQ(parseDuration("1:30"), seconds(90));
+  EXPECT_EQ(parseDuration("0:05"), seconds(5));
+  EXPECT_EQ(parseDuration("90:00"), seconds(5400));
+  EXPECT_EQ(parseDuration("1:02:03"), seconds(3723));
+  EXPECT_EQ(parseDuration("100:00:00"), seconds(360000));
+}
+
+TEST(ParseDuration, takesUnitsLargestFirst) {
+  EXPECT_EQ(parseDuration("1h2m"), seconds(3720));
+  EXPECT_EQ(parseDuration("90s"), seconds(90));
+  EXPECT_EQ(parseDuration("2m"), seconds(120));
+  EXPECT_EQ(parseDuration("1h30s"), seconds(3630));
+  EXPECT_EQ(parseDuration("1h2m3s"), seconds(3723));
+  EXPECT_EQ(parseDuration("90m"), seconds(5400));
+}
+
+TEST(ParseDuration, refusesEverythingElse) {
+  for (const char* text : {"",     " 90",     "90 ",     "-1",    "+1",      "1.5",  "1:",   ":30",
+                           "1:60", "1:02:60", "1:60:00", "1:002", "1:2:3:4", "1m1h", "1m2m", "1h2",
+                           "h",    "1x",      "s1",      "1hs",   "0x10",    "1:3s", "1e3"}) {
+    EXPECT_EQ(parseDuration(text), std::nullopt) << '"' << text << '"';
+  }
+}
+
+TEST(ParseDuration, refusesZeroAndMoreThanAYear) {
+  for (const char* text : {"0", "0:00", "0h0m0s", "31622401", "9999999999999999999", "8785h",
+                           "31622400:00:00", "9223372036854775807h"}) {
+    EXPECT_EQ(parseDuration(text), std::nullopt) << '"' << text << '"';
+  }
+  EXPECT_EQ(parseDuration("31622400"), seconds(31622400));
+  EXPECT_EQ(parseDuration("8784h"), seconds(31622400));
+}
+
+TEST(FormatDuration, hasHoursOnlyWhenThereAreAny) {
+  EXPECT_EQ(formatDuration(seconds(0)), "0:00");
+  EXPECT_EQ(formatDuration(seconds(5)), "0:05");
+  EXPECT_EQ(formatDuration(seconds(754)), "12:34");
+  EXPECT_EQ(formatDuration(seconds(3599)), "59:59");
+  EXPECT_EQ(formatDuration(seconds(3600)), "1:00:00");
+  EXPECT_EQ(formatDuration(seconds(3723)), "1:02:03");
+  EXPECT_EQ(formatDuration(seconds(-3)), "0:00");
+}
+
+}  // namespace
+}  // namespace audrel::cli

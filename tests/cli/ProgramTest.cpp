@@ -1,0 +1,229 @@
+// The whole command line program on a scripted operating system: what it prints, and how it exits.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "tests/cli/ChildProcess.h"
+
+namespace audrel::cli {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Outcome {
+  int status = 0;
+  std::string output;
+  std::string errors;
+};
+
+ChildProcess::Environment script(const std::string& words) {
+  return {{{"AUDREL_SCRIPT", words}}, {}};
+}
+
+std::vector<std::string> commandLine(std::vector<std::string> words) {
+  words.insert(words.begin(), AUDREL_SCRIPTED_PROGRAM);
+  return words;
+}
+
+Outcome run(const std::vector<std::string>& words,
+            const ChildProcess::Environment& environment = {{}, {}}) {
+  ChildProcess program(commandLine(words), environment);
+  const int status = program.wait();
+  return {status, program.output(), program.errorOutput()};
+}
+
+TEST(Program, recordsTheExactLengthAndTellsWhere) {
+  const auto outcome = run({"--duration", "1", "--output", "take.wav"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.errors, "Recording all system audio to take.wav\n");
+  EXPECT_EQ(outcome.output, "Saved take.wav: 1.0 s, 0 B, peak -6.0 dBFS\n");
+}
+
+TEST(Program, printsOneJsonObject) {
+  const auto outcome = run({"--duration", "2", "--output", "take.wav", "--json"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output,
+            R"({"file": "take.wav", "seconds": 2, "frames": 96000, "underruns": 0, )"
+            R"("lostFrames": 0, "peakDBFS": -6.02})"
+            "\n");
+}
+
+TEST(Program, isQuietOnRequest) {
+  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--quiet"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output + outcome.errors, "");
+}
+
+TEST(Program, quietJsonIsTheObjectAlone) {
+  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--quiet", "--json"});
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\""));
+}
+
+TEST(Program, namesTheFileAfterSourceAndTime) {
+  const auto all = run({"--duration", "1", "--json"}, {{{"TZ", "UTC"}}, {}});
+  EXPECT_THAT(all.output,
+              StartsWith(R"({"file": "/scripted/audio-SystemMix-2026-11-16-070900.m4a")"));
+  const auto one = run({"--duration", "1", "--json", "--app", "web radio", "--format", "wav"},
+                       {{{"TZ", "UTC"}}, {}});
+  EXPECT_THAT(one.errors, StartsWith("Recording Web Radio to /scripted/audio-Web-Radio-"));
+  EXPECT_THAT(one.output,
+              StartsWith(R"({"file": "/scripted/audio-Web-Radio-2026-11-16-070900.wav")"));
+}
+
+TEST(Program, stopsProperlyOnEverySignalThatAsksForIt) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    ChildProcess program(commandLine({"--output", "take.wav", "--json"}));
+    ASSERT_TRUE(program.waitForErrorOutput("Recording", 10s));
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), 0) << signal;
+    EXPECT_THAT(program.output(), StartsWith("{\"file\": \"take.wav\"")) << signal;
+  }
+}
+
+TEST(Program, stopsProperlyWhenCtrlCComesAgainAndAgain) {
+  ChildProcess program(commandLine({"--output", "take.wav", "--json"}));
+  ASSERT_TRUE(program.waitForErrorOutput("Recording", 10s));
+  for (int i = 0; i < 100; ++i) {
+    program.signal(SIGINT);
+  }
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_THAT(program.output(), StartsWith("{\"file\": \"take.wav\""));
+}
+
+TEST(Program, needsNoStandardDescriptors) {
+  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--json"},
+                           {{}, {STDIN_FILENO, STDERR_FILENO}});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\""));
+}
+
+TEST(Program, saysWhenAllWasSilence) {
+  const auto outcome =
+      run({"--duration", "1", "--output", "take.wav", "--json"}, script("silence"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.errors, HasSubstr("audrel-record: All of the recording is digital silence"));
+  EXPECT_THAT(outcome.output, HasSubstr("\"peakDBFS\": null"));
+}
+
+TEST(Program, saysWhenFramesWereLost) {
+  const auto outcome =
+      run({"--duration", "1", "--output", "take.wav", "--json"}, script("loses-frames"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.errors, HasSubstr("480 frames were not delivered in time (0.010 s)"));
+  EXPECT_THAT(outcome.output, HasSubstr("\"lostFrames\": 480"));
+}
+
+TEST(Program, goesOnWhenWritesFailAndFailsInTheEnd) {
+  const auto outcome = run({"--duration", "1", "--output", "take.wav"}, script("cannot-write"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, StartsWith("Saved take.wav: 1.0 s"));
+  EXPECT_THAT(outcome.errors,
+              HasSubstr("94 writes failed, so audio may be missing; the rest of the "
+                        "file is kept. The first failure: The disk is full.\n"));
+}
+
+TEST(Program, tellsWhyItCannotStart) {
+  const auto noServer = run({"--output", "take.wav"}, script("no-server"));
+  EXPECT_EQ(noServer.status, 1);
+  EXPECT_EQ(noServer.output, "");
+  EXPECT_EQ(noServer.errors,
+            "audrel-record: Could not create the audio tap (OSStatus -7). Try restarting "
+            "Audrel.\naudrel-record: The audio server is not running: start it.\n");
+
+  const auto cannotOpen = run({"--output", "take.wav"}, script("cannot-open"));
+  EXPECT_EQ(cannotOpen.status, 1);
+  EXPECT_EQ(cannotOpen.errors,
+            "audrel-record: Could not create the output file: It exists\\x1b already.\n");
+
+  const auto denied = run({"--output", "take.wav"}, script("denied"));
+  EXPECT_EQ(denied.status, 1);
+  EXPECT_THAT(denied.errors, StartsWith("audrel-record: Audrel needs permission"));
+
+  const auto noDemo = run({"--demo"}, script("no-demo"));
+  EXPECT_EQ(noDemo.status, 1);
+  EXPECT_EQ(noDemo.errors, "audrel-record: The demo's server is not installed: install it.\n");
+}
+
+TEST(Program, refusesAFolderAsFile) {
+  const auto outcome = run({"--output", "/tmp", "--format", "wav"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors,
+            "audrel-record: \"/tmp\" is a folder: give --output the name of a file in it, such as "
+            "\"/tmp/recording.wav\".\n");
+  EXPECT_EQ(run({"--output", "missing/"}).status, 1);
+}
+
+TEST(Program, listsWhatCanBeRecorded) {
+  const auto table = run({"--list"});
+  EXPECT_EQ(table.status, 0);
+  EXPECT_EQ(table.output,
+            "ID   PID   NAME       BUNDLE IDENTIFIER\n"
+            "#12  1200  Player     -\n"
+            "#13  1300  Player     -\n"
+            "#11  1100  Web Radio  org.example.Radio\n");
+  const auto json = run({"--list", "--json"});
+  EXPECT_EQ(json.status, 0);
+  EXPECT_THAT(json.output, StartsWith("[\n  {\"id\": 12, \"pid\": 1200, \"name\": \"Player\", "
+                                      "\"bundleIdentifier\": null},\n"));
+}
+
+TEST(Program, listsNothingWithoutAnError) {
+  const auto table = run({"--list"}, script("nobody-plays"));
+  EXPECT_EQ(table.status, 0);
+  EXPECT_EQ(table.output, "");
+  EXPECT_EQ(table.errors, "No application has an audio stream open.\n");
+  EXPECT_EQ(run({"--list", "--json"}, script("nobody-plays")).output, "[]\n");
+}
+
+TEST(Program, cannotListWithoutAServer) {
+  const auto outcome = run({"--list", "--json"}, script("no-server"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(outcome.errors, "audrel-record: The audio server is not running: start it.\n");
+}
+
+TEST(Program, listsWhatThereIsWhenTheApplicationIsUnclear) {
+  const auto several = run({"--app", "player"});
+  EXPECT_EQ(several.status, 1);
+  EXPECT_EQ(several.errors,
+            "audrel-record: \"player\" may be any of these; give the id of one, as in --app "
+            "'#12':\n"
+            "ID   PID   NAME    BUNDLE IDENTIFIER\n"
+            "#12  1200  Player  -\n"
+            "#13  1300  Player  -\n");
+  const auto unknown = run({"--app", "nobody"});
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_THAT(unknown.errors, AllOf(HasSubstr("\"nobody\" is no application"),
+                                    HasSubstr("#11  1100  Web Radio  org.example.Radio\n")));
+}
+
+TEST(Program, refusesAWrongCommandLine) {
+  const auto outcome = run({"--duration", "soon\x1b"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_THAT(outcome.errors, StartsWith("audrel-record: 'soon\\x1b' is no length of time"));
+  EXPECT_EQ(run({"--nonsense"}).status, 2);
+  EXPECT_EQ(run({"--output", "x.wav", "--format", "m4a"}).status, 2);
+}
+
+TEST(Program, printsHelpAndVersion) {
+  const auto help = run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.output, StartsWith("Usage: audrel-record"));
+  const auto version = run({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "audrel-record 1.0.0\n");
+}
+
+}  // namespace
+}  // namespace audrel::cli
