@@ -1,12 +1,9 @@
 #include "platform/linux/tray/SessionBus.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <optional>
-#include <system_error>
 #include <utility>
 
-#include "platform/linux/desktop/Environment.h"
+#include "platform/linux/tray/BusAddress.h"
 
 namespace audrel::linuxos {
 
@@ -16,22 +13,6 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds firstDelay = 250ms;
 constexpr std::chrono::milliseconds longestDelay = 30s;
-
-/// Where the session's bus listens, as the conventions have it. Nothing when this session has no
-/// bus: GLib would then start one of its own, which no panel listens to.
-std::optional<std::string> busAddress() {
-  if (auto address = environmentVariable("DBUS_SESSION_BUS_ADDRESS")) {
-    return address;
-  }
-  const auto runtimeFolder = environmentVariable("XDG_RUNTIME_DIR");
-  const std::string socket = runtimeFolder.value_or("") + "/bus";
-  std::error_code error;
-  if (!runtimeFolder || !std::filesystem::exists(socket, error)) {
-    return std::nullopt;
-  }
-  const StringHandle escaped(g_dbus_address_escape_value(socket.c_str()));
-  return std::string("unix:path=") + escaped.get();
-}
 
 }  // namespace
 
@@ -54,7 +35,7 @@ SessionBus::~SessionBus() {
 }
 
 void SessionBus::connect() {
-  const auto address = busAddress();
+  const auto address = sessionBusAddress();
   if (!address) {
     connectionFailed("neither DBUS_SESSION_BUS_ADDRESS nor a bus in XDG_RUNTIME_DIR names one");
     return;
