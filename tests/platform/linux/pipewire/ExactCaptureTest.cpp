@@ -5,10 +5,12 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
@@ -167,6 +169,51 @@ TEST(ExactCapture, allSystemAudioIsExactAcrossTwoChangesOfTheDefaultOutput) {
   ASSERT_EQ(recorder.stop(), 0);
 
   expectSum(recorder, 1, 2, recorder.lostFrames());
+}
+
+/// An unmodified loopback, whose two streams have the properties given.
+std::unique_ptr<ChildProcess> startLoopback(const TestServer& server, const std::string& capture,
+                                            const std::string& playback) {
+  return ChildProcess::start(
+      {.arguments = {"pw-loopback", "--capture-props", capture, "--playback-props", playback},
+       .environment = {{"PIPEWIRE_REMOTE", server.socketPath()}}});
+}
+
+TEST(ExactCapture, aLoopbackIsNotCountedOnTopOfWhatItIsFedWith) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  const auto loopback = startLoopback(server, "{ media.class = Audio/Sink node.name = effect }",
+                                      "{ node.name = effect-output }");
+  ASSERT_TRUE(waitFor([&] { return server.session().hasNode("effect-output"); }));
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", "stamp:1 f32 2 48000 target.object=effect"));
+  ASSERT_TRUE(player.waitForMore("music", 48'000));
+  ASSERT_TRUE(waitFor([&] { return server.session().linksFrom("effect-output").size() == 2; }));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startEverything(), 0);
+  ASSERT_TRUE(recorder.waitForMore(longEnough));
+  EXPECT_EQ(server.session().linksFrom("effect-output"),
+            (std::set<std::string>{"FL -> speakers:FL", "FR -> speakers:FR"}));
+  ASSERT_EQ(recorder.stop(), 0);
+
+  expectWhole(recorder, 1, recorder.lostFrames());
+}
+
+TEST(ExactCapture, aLoopbackThatIsFedByASourceIsHeard) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Player telephone(server.socketPath());
+  ASSERT_TRUE(telephone.open("telephone", "stamp:1 f32 2 48000 media.class=Audio/Source"));
+  const auto loopback = startLoopback(server, "{ target.object = telephone node.name = line-in }",
+                                      "{ node.name = line-output }");
+  ASSERT_TRUE(waitFor([&] { return server.session().linksFrom("telephone").size() == 2; }));
+  ASSERT_TRUE(waitFor([&] { return server.session().linksFrom("line-output").size() == 2; }));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startEverything(), 0);
+  ASSERT_TRUE(recorder.waitForMore(2 * longEnough));
+  ASSERT_EQ(recorder.stop(), 0);
+
+  expectWhole(recorder, 1, recorder.lostFrames());
 }
 
 TEST(ExactCapture, pauseAndResumeLeaveSilenceOfTheRightLength) {

@@ -11,6 +11,8 @@
 #include <sstream>
 #include <string_view>
 
+#include "tests/platform/linux/pipewire/harness/SinkMonitor.h"
+
 namespace audrel::pwtest {
 
 namespace {
@@ -87,6 +89,7 @@ struct SessionManager::Node {
   std::string name;
   std::string mediaClass;
   std::string target;               ///< of `target.object`
+  bool isKnown = false;             ///< whether the following is
   bool wantsLinks = false;          ///< asked to be connected
   bool hasPortsOfItsOwn = false;    ///< gives itself ports
   std::vector<std::string> layout;  ///< of its own format
@@ -106,12 +109,15 @@ struct SessionManager::Node {
   Node& operator=(const Node&) = delete;
 
   bool isPlayback() const { return mediaClass == "Stream/Output/Audio"; }
+  bool isInput() const { return mediaClass == "Stream/Input/Audio" || mediaClass == "Audio/Sink"; }
+  bool isOutput() const { return isPlayback() || mediaClass == "Audio/Source"; }
 
   void info(const pw_node_info& info) {
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) == 0) {
       return;
     }
     wantsLinks = text(info.props, PW_KEY_NODE_AUTOCONNECT) == "true";
+    isKnown = true;
     hasPortsOfItsOwn = !text(info.props, "adapter.auto-port-config").empty();
     target = text(info.props, PW_KEY_TARGET_OBJECT);
     manager.noteChange();
@@ -219,7 +225,7 @@ void SessionManager::addNode(std::uint32_t id, const spa_dict* properties) {
   auto node = std::make_unique<Node>(*this, id);
   node->name = text(properties, PW_KEY_NODE_NAME);
   node->mediaClass = text(properties, PW_KEY_MEDIA_CLASS);
-  if (node->isPlayback() || node->mediaClass == "Stream/Input/Audio") {
+  if (node->isInput() || node->isOutput()) {
     node->proxy = static_cast<pw_proxy*>(
         pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0));
     auto* proxy = reinterpret_cast<pw_node*>(node->proxy);
@@ -289,13 +295,12 @@ std::vector<std::string> SessionManager::inputChannels(std::uint32_t node) const
 }
 
 void SessionManager::givePorts(Node& node) {
-  if (!node.isPlayback() || !node.wantsLinks || node.hasPortsOfItsOwn || node.layout.empty()) {
+  if (!node.isKnown || node.hasPortsOfItsOwn || node.layout.empty()) {
     return;
   }
   const Node* sink = sinkFor(node);
-  const auto wanted = layout_ == PortLayout::ofStream ? node.layout
-                      : sink != nullptr               ? inputChannels(sink->id)
-                                                      : std::vector<std::string>{};
+  const bool takesSinks = node.isPlayback() && layout_ == PortLayout::ofSink && sink != nullptr;
+  const auto wanted = takesSinks ? inputChannels(sink->id) : node.layout;
   if (wanted.empty() || wanted == node.ports) {
     return;
   }
@@ -311,25 +316,38 @@ void SessionManager::givePorts(Node& node) {
   spa_pod* format = spa_format_audio_raw_build(&builder, SPA_PARAM_Format, &info);
   const void* config = spa_pod_builder_add_object(
       &builder, SPA_TYPE_OBJECT_ParamPortConfig, SPA_PARAM_PortConfig,
-      SPA_PARAM_PORT_CONFIG_direction, SPA_POD_Id(SPA_DIRECTION_OUTPUT), SPA_PARAM_PORT_CONFIG_mode,
-      SPA_POD_Id(SPA_PARAM_PORT_CONFIG_MODE_dsp), SPA_PARAM_PORT_CONFIG_format,
-      SPA_POD_Pod(format));
+      SPA_PARAM_PORT_CONFIG_direction,
+      SPA_POD_Id(node.isInput() ? SPA_DIRECTION_INPUT : SPA_DIRECTION_OUTPUT),
+      SPA_PARAM_PORT_CONFIG_mode, SPA_POD_Id(SPA_PARAM_PORT_CONFIG_MODE_dsp),
+      SPA_PARAM_PORT_CONFIG_format, SPA_POD_Pod(format));
   pw_node_set_param(reinterpret_cast<pw_node*>(node.proxy), SPA_PARAM_PortConfig, 0,
                     static_cast<const spa_pod*>(config));
+}
+
+bool SessionManager::areToBeLinked(const Port& output, const Port& input) const {
+  const auto from = nodes_.find(output.node);
+  const auto to = nodes_.find(input.node);
+  if (from == nodes_.end() || to == nodes_.end()) {
+    return false;
+  }
+  if (to->second->mediaClass == SinkMonitor::mediaClass) {
+    return output.isMonitor && input.channel == output.channel &&
+           sinkFor(*to->second) == from->second.get();
+  }
+  if (to->second->mediaClass == "Stream/Input/Audio") {
+    return to->second->wantsLinks && to->second->target == from->second->name &&
+           !output.isMonitor && input.channel == output.channel;
+  }
+  return from->second->isPlayback() && from->second->wantsLinks &&
+         sinkFor(*from->second) == to->second.get() &&
+         (input.channel == output.channel || output.channel == "MONO");
 }
 
 std::set<SessionManager::PortPair> SessionManager::wantedLinks() const {
   std::set<PortPair> wanted;
   for (const auto& [outputId, output] : ports_) {
-    const auto stream = nodes_.find(output.node);
-    if (output.isInput || output.isMonitor || stream == nodes_.end() ||
-        !stream->second->isPlayback() || !stream->second->wantsLinks) {
-      continue;
-    }
-    const Node* sink = sinkFor(*stream->second);
     for (const auto& [inputId, input] : ports_) {
-      if (sink != nullptr && input.node == sink->id && input.isInput &&
-          (input.channel == output.channel || output.channel == "MONO")) {
+      if (!output.isInput && input.isInput && areToBeLinked(output, input)) {
         wanted.insert({outputId, inputId});
       }
     }

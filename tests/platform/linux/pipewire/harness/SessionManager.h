@@ -23,9 +23,10 @@ enum class PortLayout {
   ofStream,  ///< the stream's own channels
 };
 
-/// As much of a session manager as playback needs: it gives playback streams ports and links them
-/// to the default sink, and links them anew when that changes. It also answers what a test asks
-/// about the graph. All calls on the main thread.
+/// As much of a session manager as the tests need: it gives playback streams ports and links them
+/// to the sink they ask for, or to the default one, and links them anew when that changes. It links
+/// capture streams to the source that they ask for, and the default sink to a `SinkMonitor`. It
+/// also answers what a test asks about the graph. All calls on the main thread.
 class SessionManager {
  public:
   SessionManager(const std::string& socketPath, PortLayout layout);
@@ -74,6 +75,7 @@ class SessionManager {
   void noteChange();
   void settle();
   void givePorts(Node& node);
+  bool areToBeLinked(const Port& output, const Port& input) const;
   std::set<PortPair> wantedLinks() const;
   const Node* sinkFor(const Node& stream) const;
   std::vector<std::string> inputChannels(std::uint32_t node) const;
