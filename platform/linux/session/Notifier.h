@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/Log.h"
+#include "platform/linux/session/DesktopBus.h"
+
+namespace audrel::linuxos {
+
+struct Notification {
+  /// As the desktop's protocol numbers them. A critical one stays until the user has seen it.
+  enum class Urgency : std::uint8_t { normal = 1, critical = 2 };
+
+  std::string summary;
+  std::string body;  ///< plain text
+  Urgency urgency = Urgency::normal;
+};
+
+/// Shows the desktop's notifications. Where it has none, their text goes to the log. Main thread.
+class Notifier {
+ public:
+  Notifier(DesktopBus& bus, std::shared_ptr<os::Logger> logger);
+
+  /// Returns at once.
+  void notify(Notification notification);
+
+  /// Whether a notification is still on its way.
+  bool isBusy() const { return onTheirWay_ > 0; }
+
+ private:
+  enum class BodyFormat { plain, markup };
+
+  void show(const Notification& notification, BodyFormat format);
+  void done(const Notification& notification, const std::string& failure);
+
+  DesktopBus& bus_;
+  std::shared_ptr<os::Logger> logger_;
+  int onTheirWay_ = 0;
+};
+
+}  // namespace audrel::linuxos
