@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -14,16 +15,20 @@ class ByteWriter {
  public:
   template <std::unsigned_integral Number>
   void big(Number number) {
-    for (std::size_t i = sizeof(Number); i-- > 0;) {
-      bytes_.push_back(static_cast<std::byte>(number >> (8 * i)));
+    std::array<std::byte, sizeof(Number)> bytes;
+    for (std::size_t i = 0; i < sizeof(Number); ++i) {
+      bytes[sizeof(Number) - 1 - i] = static_cast<std::byte>(number >> (8 * i));
     }
+    add(bytes);
   }
 
   template <std::unsigned_integral Number>
   void little(Number number) {
+    std::array<std::byte, sizeof(Number)> bytes;
     for (std::size_t i = 0; i < sizeof(Number); ++i) {
-      bytes_.push_back(static_cast<std::byte>(number >> (8 * i)));
+      bytes[i] = static_cast<std::byte>(number >> (8 * i));
     }
+    add(bytes);
   }
 
   void zeros(std::size_t count) { bytes_.resize(bytes_.size() + count); }

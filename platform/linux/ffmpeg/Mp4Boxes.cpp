@@ -103,7 +103,8 @@ void handler(ByteWriter& out) {
   out.zeros(4);
   out.text("soun");
   out.zeros(12);
-  out.text(std::string_view("Sound", 6));  // with its terminating zero
+  out.text("Sound");
+  out.zeros(1);
 }
 
 /// The header of an MPEG-4 descriptor whose content has `size` bytes.

@@ -66,7 +66,7 @@ TEST_F(BlockFiles, whatFailedWaitsAndGoesInBeforeTheNext) {
 
 TEST_F(BlockFiles, aTornBlockIsCutOff) {
   append("1");
-  disk_->plan = plans::failHalfWay(2, ENOSPC);
+  disk_->plan = plans::failPartWay(2, ENOSPC);
   EXPECT_EQ(append("2222"), (Failure{ENOSPC, false}));
   EXPECT_EQ(contents(), "1");
   EXPECT_EQ(append("3"), std::nullopt);
@@ -75,9 +75,9 @@ TEST_F(BlockFiles, aTornBlockIsCutOff) {
 
 TEST_F(BlockFiles, aTornBlockThatCannotBeCutOffIsOverwritten) {
   disk_->truncateCode = EIO;
-  disk_->plan = plans::failHalfWay(1, ENOSPC);
+  disk_->plan = plans::failPartWay(1, ENOSPC);
   EXPECT_EQ(append("2222"), (Failure{ENOSPC, false}));
-  EXPECT_EQ(contents(), "22");
+  EXPECT_EQ(contents(), "2");
   EXPECT_EQ(append("3"), std::nullopt);
   EXPECT_EQ(contents(), "22223");
 }
@@ -135,7 +135,7 @@ TEST_F(BlockFiles, overwritingChangesNothingElse) {
 
 TEST_F(BlockFiles, appendOrRemoveKeepsNothingOfWhatFailed) {
   append("1");
-  disk_->plan = plans::failHalfWay(2, ENOSPC);
+  disk_->plan = plans::failPartWay(2, ENOSPC);
   EXPECT_EQ(file_.appendOrRemove(bytesOf("2222")), ENOSPC);
   EXPECT_EQ(contents(), "1");
   EXPECT_EQ(file_.end(), 1U);

@@ -113,10 +113,10 @@ FakeDisk::Plan failOnce(std::size_t number, int code) {
   };
 }
 
-FakeDisk::Plan failHalfWay(std::size_t number, int code) {
+FakeDisk::Plan failPartWay(std::size_t number, int code) {
   return [=](std::size_t n, std::uint64_t, std::size_t size) -> std::optional<FakeDisk::Outcome> {
-    if (n == number && size > 1) {
-      return FakeDisk::Outcome{size / 2, 0};
+    if (n == number && size >= 4) {
+      return FakeDisk::Outcome{size / 4, 0};
     }
     if (n == number + 1) {
       return FakeDisk::Outcome{0, code};

@@ -64,8 +64,8 @@ namespace plans {
 /// The write with this number fails once.
 FakeDisk::Plan failOnce(std::size_t number, int code);
 
-/// The write with this number takes half of its bytes, and the attempt to go on fails.
-FakeDisk::Plan failHalfWay(std::size_t number, int code);
+/// The write with this number takes a quarter of its bytes, and the attempt to go on fails.
+FakeDisk::Plan failPartWay(std::size_t number, int code);
 
 /// From the write with this number on all fail.
 FakeDisk::Plan failFrom(std::size_t number, int code);
