@@ -1,6 +1,7 @@
 #include "tests/cli/ChildProcess.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,14 +37,19 @@ void treatSignalsAsUsual() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-[[noreturn]] void become(std::vector<char*>& arguments,
-                         const ChildProcess::Environment& environment, int output,
-                         int errorOutput) {
+[[noreturn]] void become(std::vector<char*>& arguments, const ChildEnvironment& environment,
+                         int output, int errorOutput) {
   treatSignalsAsUsual();
   for (const auto& [name, value] : environment.set) {
     setenv(name.c_str(), value.c_str(), 1);
   }
-  dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+  if (environment.terminal >= 0) {
+    setsid();
+    ioctl(environment.terminal, TIOCSCTTY, 0);
+    output = errorOutput = environment.terminal;
+  }
+  dup2(environment.terminal >= 0 ? environment.terminal : open("/dev/null", O_RDONLY),
+       STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(errorOutput, STDERR_FILENO);
   for (const int descriptor : environment.closed) {
@@ -56,7 +62,7 @@ void treatSignalsAsUsual() {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
-                           const Environment& environment)
+                           const ChildEnvironment& environment)
     : output_(anonymousFile()), errorOutput_(anonymousFile()) {
   auto words = arguments;
   std::vector<char*> pointers;

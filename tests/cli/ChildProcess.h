@@ -9,18 +9,21 @@
 
 namespace audrel::cli {
 
+/// How a program is run.
+struct ChildEnvironment {
+  std::vector<std::pair<std::string, std::string>> set;
+  std::vector<int> closed;  ///< standard descriptors that are closed
+  /// A terminal for input and all output, which becomes the program's own; -1: none.
+  int terminal = -1;
+};
+
 /// A program that a test runs, its output in files until the test reads it.
 class ChildProcess {
  public:
-  struct Environment {
-    std::vector<std::pair<std::string, std::string>> set;
-    std::vector<int> closed;  ///< standard descriptors that are closed
-  };
-
   /// Starts `arguments`, the program's path first, with every signal treated as usual. Throws
   /// `std::runtime_error` when it cannot.
   explicit ChildProcess(const std::vector<std::string>& arguments,
-                        const Environment& environment = {{}, {}});
+                        const ChildEnvironment& environment = {});
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 

@@ -2,16 +2,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <cstdlib>
 #include <string>
+
+#include "tests/cli/TerminalPair.h"
 
 namespace audrel::cli {
 namespace {
@@ -53,25 +52,6 @@ class ConsoleOutput : public testing::Test {
     return {ends[1], ends[0]};
   }
 
-  /// A terminal whose line feeds stay as they are.
-  static Channel makeTerminal(unsigned short columns) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    EXPECT_EQ(grantpt(master), 0);
-    EXPECT_EQ(unlockpt(master), 0);
-    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
-    termios modes{};
-    tcgetattr(terminal, &modes);
-    modes.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-    tcsetattr(terminal, TCSANOW, &modes);
-    setColumns(terminal, columns);
-    return {terminal, master};
-  }
-
-  static void setColumns(int terminal, unsigned short columns) {
-    const winsize size = {.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
-    ioctl(terminal, TIOCSWINSZ, &size);
-  }
-
   const Channel output_ = makePipe();
 };
 
@@ -95,35 +75,35 @@ TEST_F(ConsoleOutput, withoutATerminalThereIsNoStatusLine) {
 }
 
 TEST_F(ConsoleOutput, theStatusLineIsOverwrittenAndClearedBeforeOtherText) {
-  const Channel terminal = makeTerminal(80);
-  Console console(output_.end(), terminal.end(), Options::Progress::shown);
+  const TerminalPair terminal(80);
+  Console console(output_.end(), terminal.terminal(), Options::Progress::shown);
   ASSERT_TRUE(console.showsStatus());
   console.progress("Recording");
   console.status("0:01");
   console.status("0:02");
   console.result("Saved");
   console.complain("Hm.");
-  EXPECT_EQ(terminal.text(), "Recording\n\r\x1b[K0:01\r\x1b[K0:02\r\x1b[Kaudrel-record: Hm.\n");
+  EXPECT_EQ(terminal.takeText(), "Recording\n\r\x1b[K0:01\r\x1b[K0:02\r\x1b[Kaudrel-record: Hm.\n");
   EXPECT_EQ(output_.text(), "Saved\n");
 }
 
 TEST_F(ConsoleOutput, quietHasNoProgressButComplains) {
-  const Channel terminal = makeTerminal(80);
-  Console console(output_.end(), terminal.end(), Options::Progress::quiet);
+  const TerminalPair terminal(80);
+  Console console(output_.end(), terminal.terminal(), Options::Progress::quiet);
   EXPECT_FALSE(console.showsStatus());
   console.progress("Recording");
   console.status("0:01");
   console.complain("It failed.");
-  EXPECT_EQ(terminal.text(), "audrel-record: It failed.\n");
+  EXPECT_EQ(terminal.takeText(), "audrel-record: It failed.\n");
 }
 
 TEST_F(ConsoleOutput, theStatusLineIsOneNarrowerThanTheWindowAndFollowsIt) {
-  const Channel terminal = makeTerminal(100);
-  const Console console(output_.end(), terminal.end(), Options::Progress::shown);
+  const TerminalPair terminal(100);
+  const Console console(output_.end(), terminal.terminal(), Options::Progress::shown);
   EXPECT_EQ(console.statusWidth(), 99);
-  setColumns(terminal.end(), 7);
+  terminal.setColumns(7);
   EXPECT_EQ(console.statusWidth(), 6);
-  setColumns(terminal.end(), 0);  // unknown
+  terminal.setColumns(0);  // unknown
   EXPECT_EQ(console.statusWidth(), 79);
 }
 

@@ -25,8 +25,8 @@ struct Outcome {
   std::string errors;
 };
 
-ChildProcess::Environment script(const std::string& words) {
-  return {{{"AUDREL_SCRIPT", words}}, {}};
+ChildEnvironment script(const std::string& words) {
+  return {.set = {{"AUDREL_SCRIPT", words}}, .closed = {}};
 }
 
 std::vector<std::string> commandLine(std::vector<std::string> words) {
@@ -34,8 +34,7 @@ std::vector<std::string> commandLine(std::vector<std::string> words) {
   return words;
 }
 
-Outcome run(const std::vector<std::string>& words,
-            const ChildProcess::Environment& environment = {{}, {}}) {
+Outcome run(const std::vector<std::string>& words, const ChildEnvironment& environment = {}) {
   ChildProcess program(commandLine(words), environment);
   const int status = program.wait();
   return {status, program.output(), program.errorOutput()};
@@ -70,11 +69,11 @@ TEST(Program, quietJsonIsTheObjectAlone) {
 }
 
 TEST(Program, namesTheFileAfterSourceAndTime) {
-  const auto all = run({"--duration", "1", "--json"}, {{{"TZ", "UTC"}}, {}});
+  const auto all = run({"--duration", "1", "--json"}, {.set = {{"TZ", "UTC"}}, .closed = {}});
   EXPECT_THAT(all.output,
               StartsWith(R"({"file": "/scripted/audio-SystemMix-2026-11-16-070900.m4a")"));
   const auto one = run({"--duration", "1", "--json", "--app", "web radio", "--format", "wav"},
-                       {{{"TZ", "UTC"}}, {}});
+                       {.set = {{"TZ", "UTC"}}, .closed = {}});
   EXPECT_THAT(one.errors, StartsWith("Recording Web Radio to /scripted/audio-Web-Radio-"));
   EXPECT_THAT(one.output,
               StartsWith(R"({"file": "/scripted/audio-Web-Radio-2026-11-16-070900.wav")"));
@@ -102,7 +101,7 @@ TEST(Program, stopsProperlyWhenCtrlCComesAgainAndAgain) {
 
 TEST(Program, needsNoStandardDescriptors) {
   const auto outcome = run({"--duration", "1", "--output", "take.wav", "--json"},
-                           {{}, {STDIN_FILENO, STDERR_FILENO}});
+                           {.set = {}, .closed = {STDIN_FILENO, STDERR_FILENO}});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\""));
 }
