@@ -57,7 +57,7 @@ TEST_F(M4aFiles, areExactToTheFrameWhateverTheirLength) {
   EXPECT_TRUE(log_.errors.empty());
 }
 
-TEST_F(M4aFiles, lastPacketEndsWithTheRecordingEvenForThoseWhoIgnoreTheEditList) {
+TEST_F(M4aFiles, endWithTheRecordingEvenForThoseWhoIgnoreTheEditList) {
   const ToolResult result =
       runTool({"ffprobe", "-v", "error", "-ignore_editlist", "1", "-show_entries",
                "packet=pts,duration", "-of", "csv=p=0", record(noise(48'000)).string()});
