@@ -21,7 +21,7 @@ struct MenuBuilder {
     bool isRecording = false;
     RecordingSource source = RecordingSource::allSystemAudio();  ///< the selected one
     RecordingFormat format = RecordingFormat::m4a;               ///< the selected one
-    std::vector<RecordingSource> processes;                      ///< in display order
+    std::vector<RecordingSource> processes{};                    ///< in display order
     double elapsed = 0;  ///< seconds since the recording started; no menu shows it
     bool lastRecordingAvailable = false;
 

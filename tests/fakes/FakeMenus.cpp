@@ -76,7 +76,7 @@ ItemContents FakeMenuItem::contents() const {
   return contents;
 }
 
-void FakeMenuItem::choose(std::shared_ptr<FakeMenuItem> item) {
+void FakeMenuItem::choose(const std::shared_ptr<FakeMenuItem>& item) {
   const auto target = item->target_.lock();
   if (!item->isEnabled_ || !item->action_ || !target) {
     throw std::runtime_error("nobody can choose " + inQuotes(item->title_));

@@ -32,9 +32,9 @@ class FakeMenuItem final : public NS::MenuItem {
   const std::shared_ptr<NS::Menu>& submenu() const { return submenu_; }
   void isInAMenuNow() { isInAMenu_ = true; }
 
-  /// The user chooses `item`, which the call alone keeps alive. Throws when nobody could: when it
+  /// The user chooses `item`, which the caller keeps alive. Throws when nobody could: when it
   /// is disabled, has no action, or its target is gone.
-  static void choose(std::shared_ptr<FakeMenuItem> item);
+  static void choose(const std::shared_ptr<FakeMenuItem>& item);
 
  private:
   void changed(const char* what);
