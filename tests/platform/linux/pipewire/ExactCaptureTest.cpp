@@ -26,7 +26,6 @@ constexpr std::uint64_t longEnough = 240'000;  // frames
 constexpr std::uint64_t mostLostByJoining = 2048;  // frames
 // A stream is linked when the server has announced it, which takes time, not frames.
 constexpr std::uint64_t latestPickUp = 192'000;  // frames at twenty times real time
-constexpr std::size_t longestLead = 4096;        // frames
 
 /// What was recorded, without the cycles in which one channel of a stream was not yet linked;
 /// nothing of it may have been dropped on the way.
@@ -35,15 +34,6 @@ Audio recorded(const Recorder& recorder) {
   Audio audio = recorder.samples().audio();
   removeHalfLinkedStarts(audio);
   return audio;
-}
-
-/// A recording may start with a few cycles in which nothing is linked yet.
-std::vector<Segment> segmentsWithoutLead(const Audio& audio) {
-  std::vector<Segment> segments = segmentsOf(audio);
-  if (segments.front().kind == Segment::Kind::silence && segments.front().length <= longestLead) {
-    segments.erase(segments.begin());
-  }
-  return segments;
 }
 
 /// That the recording is one stream from its start to its end, but for cycles that the server

@@ -8,25 +8,19 @@
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/platform/linux/pipewire/harness/Track.h"
 
 namespace audrel::pwtest {
 
 /// An application that plays: a process of its own. See PlayerMain.cpp.
 class Player {
  public:
-  /// When a stream played, by the graph's own count of frames.
-  struct Stretch {
-    std::uint64_t graphPosition = 0;
-    std::uint64_t frame = 0;  ///< of the stream
-
-    bool operator==(const Stretch&) const = default;
-  };
   struct Report {
     std::uint64_t playedFrames = 0;
     std::uint32_t graphRate = 0;  ///< last seen
     std::uint64_t shortestQuantum = 0;
     std::uint64_t longestQuantum = 0;
-    std::vector<Stretch> stretches;  ///< each to the next one's frame
+    std::vector<Stretch> stretches;
   };
 
   /// `properties` ("key=value") are what the application says of itself.
@@ -42,6 +36,8 @@ class Player {
   bool pause(const std::string& name) { return tell("pause " + name); }
   bool resume(const std::string& name) { return tell("resume " + name); }
   bool close(const std::string& name) { return tell("close " + name); }
+  /// Connects to the server anew, without streams.
+  bool reconnect() { return tell("reconnect"); }
   Report report(const std::string& name);
 
   /// Waits until the stream has played `frames` more than it has when called.

@@ -3,6 +3,7 @@
 //
 //   open NAME stamp:STREAM[:FRONTPAIRFRAMES]|tone:HZ s16|f32 CHANNELS RATE [key=value ...]
 //   pause NAME, resume NAME, close NAME
+//   reconnect          to the server, without any stream
 //   report NAME        frames, graph rate, quanta and stretches played so far
 //
 // It ends when its standard input does.
@@ -14,6 +15,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "tests/platform/linux/pipewire/harness/PlayerStream.h"
 
@@ -48,14 +50,28 @@ std::variant<Stamped, Tone> source(const std::string& text) {
 
 class Player {
  public:
-  explicit Player(const Client& client) : client_(client) {}
+  Player(std::string socketPath, std::map<std::string, std::string> properties)
+      : socketPath_(std::move(socketPath)), properties_(std::move(properties)) {}
+
+  ~Player() { disconnect(); }
+  Player(const Player&) = delete;
+  Player& operator=(const Player&) = delete;
+
+  bool connect() {
+    client_ = std::make_unique<Client>(socketPath_, properties_);
+    return client_->isConnected();
+  }
 
   std::string perform(const std::string& line) {
     std::istringstream words(line);
     std::string command;
     std::string name;
     words >> command >> name;
-    const Locked lock(client_.loop());
+    if (command == "reconnect") {
+      disconnect();
+      return connect() ? "ok" : "no server";
+    }
+    const Locked lock(client_->loop());
     if (command == "open") {
       open(name, words);
       return "ok";
@@ -77,6 +93,14 @@ class Player {
   }
 
  private:
+  void disconnect() {
+    if (client_) {
+      client_->stop();
+    }
+    streams_.clear();
+    client_.reset();
+  }
+
   void open(const std::string& name, std::istream& words) {
     PlayerStream::Settings settings;
     settings.name = name;
@@ -86,7 +110,7 @@ class Player {
     settings.source = source(sourceText);
     settings.format = format == "s16" ? SampleFormat::int16 : SampleFormat::float32;
     settings.properties = properties(words);
-    streams_[name] = std::make_unique<PlayerStream>(client_, std::move(settings));
+    streams_[name] = std::make_unique<PlayerStream>(*client_, std::move(settings));
   }
 
   static std::string report(const PlayerStream& stream) {
@@ -99,7 +123,9 @@ class Player {
     return text.str();
   }
 
-  const Client& client_;
+  std::string socketPath_;
+  std::map<std::string, std::string> properties_;
+  std::unique_ptr<Client> client_;
   std::map<std::string, std::unique_ptr<PlayerStream>> streams_;
 };
 
@@ -110,18 +136,16 @@ int run(int count, char** arguments) {
     const auto equals = word.find('=');
     own[word.substr(0, equals)] = word.substr(equals + 1);
   }
-  Client client(count > 1 ? arguments[1] : "", own);
-  if (!client.isConnected()) {
+  Player player(count > 1 ? arguments[1] : "", std::move(own));
+  if (!player.connect()) {
     std::cout << "no server\n" << std::flush;
     return EXIT_FAILURE;
   }
-  Player player(client);
   std::cout << "ready\n" << std::flush;
   std::string line;
   while (std::getline(std::cin, line)) {
     std::cout << player.perform(line) << "\n" << std::flush;
   }
-  client.stop();
   return EXIT_SUCCESS;
 }
 

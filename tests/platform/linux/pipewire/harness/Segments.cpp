@@ -64,6 +64,15 @@ std::vector<Segment> segmentsOf(std::span<const float> audio) {
   return segments;
 }
 
+std::vector<Segment> segmentsWithoutLead(std::span<const float> audio) {
+  std::vector<Segment> segments = segmentsOf(audio);
+  if (!segments.empty() && segments.front().kind == Segment::Kind::silence &&
+      segments.front().length <= longestLead) {
+    segments.erase(segments.begin());
+  }
+  return segments;
+}
+
 bool hasKind(const std::vector<Segment>& segments, Segment::Kind kind) {
   return std::ranges::any_of(segments,
                              [&](const Segment& segment) { return segment.kind == kind; });

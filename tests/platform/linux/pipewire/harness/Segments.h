@@ -40,6 +40,13 @@ struct Segment {
 /// The recording, cut up completely. A stamped segment has at least two frames.
 std::vector<Segment> segmentsOf(std::span<const float> audio);
 
+/// The longest silence, in frames, with which a recording may start: a few cycles in which nothing
+/// is linked yet.
+inline constexpr std::size_t longestLead = 4096;
+
+/// The recording, cut up, without a silence at its start that is no longer than that.
+std::vector<Segment> segmentsWithoutLead(std::span<const float> audio);
+
 bool hasKind(const std::vector<Segment>& segments, Segment::Kind kind);
 
 /// For a test's message.

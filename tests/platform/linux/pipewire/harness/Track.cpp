@@ -6,9 +6,15 @@ namespace audrel::pwtest {
 
 namespace {
 
-/// Where the stream would have begun in a recording that goes back far enough.
-std::uint64_t origin(const Segment& segment) {
-  return segment.begin - segment.first.position;  // wraps around
+/// When a frame of a stream was played, in the graph's count of frames.
+std::uint64_t graphPosition(const std::vector<Stretch>& stretches, std::uint64_t frame) {
+  Stretch last;
+  for (const Stretch& stretch : stretches) {
+    if (stretch.frame <= frame) {
+      last = stretch;
+    }
+  }
+  return last.graphPosition + (frame - last.frame);
 }
 
 bool isHalf(const Audio& audio, std::size_t frame, StampPosition position) {
@@ -26,7 +32,8 @@ bool isHalfLinkedStart(const Audio& audio, const Segment& segment, const Segment
     return false;
   }
   for (std::size_t frame = segment.begin; frame < segment.end(); ++frame) {
-    if (!isHalf(audio, frame, {stream.first.stream, frame - origin(stream)})) {
+    if (!isHalf(audio, frame,
+                {stream.first.stream, stream.first.position - (stream.begin - frame)})) {
       return false;
     }
   }
@@ -36,10 +43,21 @@ bool isHalfLinkedStart(const Audio& audio, const Segment& segment, const Segment
 }  // namespace
 
 std::optional<Track> onlyTrack(const Audio& audio, std::string* problem) {
+  return onlyTrack(audio, {Stretch{}}, problem);
+}
+
+std::uint64_t unplayedFrames(const std::vector<Stretch>& stretches) {
+  return stretches.back().graphPosition - stretches.front().graphPosition -
+         (stretches.back().frame - stretches.front().frame);
+}
+
+std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& stretches,
+                               std::string* problem) {
   const std::vector<Segment> segments = segmentsOf(audio);
   *problem = describe(segments);
   std::optional<Track> track;
-  std::uint64_t trackOrigin = 0;
+  // Where in the recording the graph's count began; wraps around.
+  std::uint64_t origin = 0;
   for (const Segment& segment : segments) {
     if (segment.kind == Segment::Kind::foreign) {
       return std::nullopt;
@@ -47,11 +65,13 @@ std::optional<Track> onlyTrack(const Audio& audio, std::string* problem) {
     if (segment.kind == Segment::Kind::silence) {
       continue;
     }
+    const std::uint64_t segmentOrigin =
+        segment.begin - graphPosition(stretches, segment.first.position);
     if (!track) {
       track = Track{.begin = segment.begin, .end = segment.begin, .first = segment.first};
-      trackOrigin = origin(segment);
+      origin = segmentOrigin;
     }
-    if (segment.first.stream != track->first.stream || origin(segment) != trackOrigin) {
+    if (segment.first.stream != track->first.stream || segmentOrigin != origin) {
       return std::nullopt;
     }
     track->silent += segment.begin - track->end;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 
@@ -18,9 +19,26 @@ struct Track {
   std::size_t silent = 0;  ///< frames in between in whose place there is silence
 };
 
+/// When a stream played: from `frame` of the stream, which played at `graphPosition` of the graph's
+/// own count of frames, to the next stretch, it played without a break.
+struct Stretch {
+  std::uint64_t graphPosition = 0;
+  std::uint64_t frame = 0;
+
+  bool operator==(const Stretch&) const = default;
+};
+
 /// The only stream of a recording that holds nothing else but silence. Nothing, and `problem` set,
 /// when something else is in it, or a frame is not in its place.
 std::optional<Track> onlyTrack(const Audio& audio, std::string* problem);
+
+/// The same of a stream that did not play without a break: every frame must stand at the time when
+/// it was played. What is silent since nothing was played counts among the silent frames.
+std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& stretches,
+                               std::string* problem);
+
+/// Frames of the graph, between the first and the last stretch, in which nothing was played.
+std::uint64_t unplayedFrames(const std::vector<Stretch>& stretches);
 
 /// Takes a track out of a recording. Frames that are silent stay so.
 void remove(const Track& track, Audio& audio);

@@ -1,0 +1,143 @@
+// The few things that only a server in real time can show. On a busy machine cycles are lost for
+// real: a recording is exact, or every gap in it is a reported one.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "tests/platform/linux/pipewire/harness/Player.h"
+#include "tests/platform/linux/pipewire/harness/Recorder.h"
+#include "tests/platform/linux/pipewire/harness/Segments.h"
+#include "tests/platform/linux/pipewire/harness/TestServer.h"
+#include "tests/platform/linux/pipewire/harness/Track.h"
+
+namespace audrel::pwtest {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::HasSubstr;
+
+constexpr double rate = 48000;
+
+ServerOptions realTime() {
+  return {.timesRealTime = std::nullopt};
+}
+
+/// Tells how much audio should have been recorded.
+class Stopwatch {
+ public:
+  double frames() const {
+    return rate * std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+TEST(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
+  TestServer server(realTime());
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
+  const Stopwatch stopwatch;
+  std::this_thread::sleep_for(20s);
+  ASSERT_EQ(recorder.stop(), 0);
+  const double expected = stopwatch.frames();
+  const auto stretches = player.report("music").stretches;
+
+  ASSERT_FALSE(recorder.samples().hasFailed());
+  const Audio audio = recorder.samples().audio();
+  std::string problem;
+  const auto track = onlyTrack(audio, stretches, &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_EQ(track->silent, recorder.lostFrames() + unplayedFrames(stretches)) << problem;
+  EXPECT_NEAR(static_cast<double>(framesOf(audio)), expected, 4096);
+  RecordProperty("lostFrames", static_cast<int>(recorder.lostFrames()));
+}
+
+TEST(RealTime, aServerThatDiesAndComesBackLeavesSilenceOfTheRightLength) {
+  TestServer server(realTime());
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
+  const Stopwatch stopwatch;
+  std::this_thread::sleep_for(1s);
+  const Stopwatch outage;
+  server.crash();
+  std::this_thread::sleep_for(1500ms);
+  server.restart();
+  const double outageFrames = outage.frames();
+  ASSERT_TRUE(server.isRunning());
+  ASSERT_TRUE(player.reconnect());
+  ASSERT_TRUE(player.open("music", 2));
+  ASSERT_TRUE(player.waitForMore("music", 48'000));
+  ASSERT_EQ(recorder.stop(), 0);
+  const double expected = stopwatch.frames();
+
+  ASSERT_FALSE(recorder.samples().hasFailed());
+  Audio audio = recorder.samples().audio();
+  removeHalfLinkedStarts(audio);
+  EXPECT_NEAR(static_cast<double>(framesOf(audio)), expected, 4096);
+  const auto segments = segmentsWithoutLead(audio);
+  EXPECT_FALSE(hasKind(segments, Segment::Kind::foreign)) << describe(segments);
+  EXPECT_EQ(segments.front().first.stream, 1U) << describe(segments);
+  EXPECT_EQ(segments.back().first.stream, 2U) << describe(segments);
+  EXPECT_GE(static_cast<double>(recorder.lostFrames()), outageFrames - 4096);
+  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio server lost")));
+  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Audio server found again")));
+}
+
+TEST(RealTime, changesOfTheDefaultOutputAndItsDriverLoseNothing) {
+  ServerOptions options = realTime();
+  options.sinks = {{"speakers"}, {"headphones"}};
+  TestServer server(options);
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  Recorder recorder(server.socketPath());
+  ASSERT_NE(recorder.waitForProcess(player.pid()), 0U);
+  ASSERT_EQ(recorder.startEverything(), 0);
+  const Stopwatch stopwatch;
+  for (const char* sink : {"headphones", "speakers"}) {
+    ASSERT_TRUE(recorder.waitForMore(24'000));
+    server.session().setDefaultSink(sink);
+  }
+  ASSERT_TRUE(recorder.waitForMore(24'000));
+  ASSERT_EQ(recorder.stop(), 0);
+  const double expected = stopwatch.frames();
+
+  ASSERT_FALSE(recorder.samples().hasFailed());
+  Audio audio = recorder.samples().audio();
+  removeHalfLinkedStarts(audio);
+  // The first cycle of another driver follows the last one's at once: what the application plays
+  // next comes sooner, by up to two cycles.
+  EXPECT_NEAR(static_cast<double>(framesOf(audio)), expected, 2 * 2048 + 4096);
+  const auto segments = segmentsWithoutLead(audio);
+  std::uint64_t next = segments.front().first.position;
+  std::uint64_t silent = 0;
+  for (const Segment& segment : segments) {
+    ASSERT_NE(segment.kind, Segment::Kind::foreign) << describe(segments);
+    if (segment.kind == Segment::Kind::silence) {
+      silent += segment.length;
+      continue;
+    }
+    EXPECT_TRUE(segment.first.position == next || segment.first.position == next + silent)
+        << describe(segments);
+    next = segment.endPosition();
+  }
+  EXPECT_LE(silent, recorder.lostFrames()) << describe(segments);
+}
+
+}  // namespace
+}  // namespace audrel::pwtest
