@@ -10,6 +10,7 @@ runPackages=(
   libpipewire-0.3-dev    # capture
   libavcodec-dev         # AAC encoder, with libavutil-dev
   libglib2.0-dev         # desktop entries: names of applications
+  libgtk-3-dev           # alerts
   libicu-dev             # sorting by the user's language
   libsystemd-dev         # journal
   uuid-dev               # identifiers
@@ -29,6 +30,8 @@ testPackages=(
   libsndfile1-dev        # a reader of WAV that is not FFmpeg
   faad                   # a reader of M4A that is not FFmpeg
   mandoc                 # checks the manual page
+  xvfb                   # a display for alerts
+  xdotool                # the user who answers them
   dbus                   # session bus of the desktop's audio server
   wireplumber            # the desktop's session manager
   pipewire-pulse         # PulseAudio clients

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/AppKit.h"
+#include "platform/Capture.h"
+#include "platform/Log.h"
+#include "platform/linux/session/Notifier.h"
+#include "platform/linux/tray/Application.h"
+
+namespace audrel::linuxos {
+
+/// What alerts are shown with. The references must outlive them.
+struct AlertParts {
+  Application& application;
+  capture::Diagnostics& diagnostics;
+  Notifier& notifier;
+
+  /// The program that shows the window; `alertHelperProgram()`.
+  std::filesystem::path helper;
+  std::shared_ptr<os::Logger> logger;
+};
+
+/// An alert in a window of the helper's, in the desktop's own words. A critical one tells of a
+/// recording that failed, and adds why the system refused.
+///
+/// Escape, closing the window and the end of the application answer with the last button, which
+/// changes nothing. So does, at once, an alert that cannot be shown for want of a display: its text
+/// becomes a notification. Main thread.
+class Alert final : public NS::Alert {
+ public:
+  explicit Alert(AlertParts parts);
+
+  void setMessageText(const std::string& text) override;
+  void setInformativeText(const std::string& text) override;
+  void setAlertStyle(NS::AlertStyle style) override;
+  void addButton(const std::string& title) override;
+
+  /// The application's events go on meanwhile.
+  NS::ModalResponse runModal() override;
+
+ private:
+  std::optional<int> ask();
+  std::optional<int> answerOf(std::optional<int> exitStatus);
+  std::optional<int> notShown(const std::string& reason);
+  std::string text() const;
+  std::vector<std::string> helperArguments() const;
+  int safeButton() const;
+
+  AlertParts parts_;
+  NS::AlertStyle style_ = NS::AlertStyle::warning;
+  std::string message_;
+  std::string informative_;
+  std::vector<std::string> buttons_;
+};
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/tray/GLibHandles.h"
+
+namespace audrel::linuxos {
+
+/// A run of the alert helper, which shows one alert in a process of its own. The alert goes with
+/// this object, and with this process however that ends. Main thread.
+class AlertHelper {
+ public:
+  /// `program` may be empty: there is none. `ended` gets the helper's exit status, nothing when a signal ended it, from the main loop.
+  /// Null when it cannot be started, with the reason.
+  static std::unique_ptr<AlertHelper> start(const std::filesystem::path& program,
+                                            const std::vector<std::string>& arguments,
+                                            std::function<void(std::optional<int>)> ended,
+                                            std::string* outFailure);
+  ~AlertHelper();
+  AlertHelper(const AlertHelper&) = delete;
+  AlertHelper& operator=(const AlertHelper&) = delete;
+
+ private:
+  using ProcessHandle = std::unique_ptr<GSubprocess, Releaser<g_object_unref>>;
+
+  AlertHelper(ProcessHandle process, std::function<void(std::optional<int>)> ended);
+
+  static void onEnded(GObject* process, GAsyncResult* result, gpointer self) noexcept;
+
+  CancellableHandle cancellable_;
+  ProcessHandle process_;
+  std::function<void(std::optional<int>)> ended_;
+};
+
+/// "audrel-alert", beside the running program, as the build leaves it, else where the installed
+/// program has it (the build's option says where, relative to the program). Empty when it is in
+/// neither place.
+std::filesystem::path alertHelperProgram();
+
+}  // namespace audrel::linuxos
