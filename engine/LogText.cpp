@@ -9,11 +9,12 @@
 namespace audrel {
 namespace {
 
-/// The longest double in fixed notation: its sign, all digits before the point, the point and as
-/// many decimals as the smallest one has.
-constexpr auto longestFixedDouble = static_cast<std::size_t>(
-    3 + std::numeric_limits<double>::max_exponent10 - std::numeric_limits<double>::min_exponent10 +
-    std::numeric_limits<double>::max_digits10);
+using Limits = std::numeric_limits<double>;
+
+/// Room for the longest double in fixed notation: its sign, all digits before the point, the point
+/// and as many decimals as the smallest one has.
+constexpr int longestFixedDouble =
+    3 + Limits::max_exponent10 - Limits::min_exponent10 + Limits::max_digits10;
 
 using Digits = std::array<char, longestFixedDouble>;
 

@@ -35,9 +35,13 @@ std::filesystem::path makeOutputURL(NS::FileManager& fileManager, const Recordin
       "audio-" + sourcePart(source) + "-" + FilenameFormatter::timestampString(date);
   const std::string extension = "." + std::string(format.rawValue());
 
-  std::filesystem::path candidate = folder / (base + extension);
+  const auto named = [&](const std::string& suffix) {
+    return folder / (base + suffix + extension);
+  };
+
+  std::filesystem::path candidate = named("");
   for (std::int64_t counter = 2; fileManager.fileExists(candidate); ++counter) {
-    candidate = folder / (base + "-" + std::to_string(counter) + extension);
+    candidate = named("-" + std::to_string(counter));
     if (counter == std::numeric_limits<std::int64_t>::max()) {
       std::abort();
     }

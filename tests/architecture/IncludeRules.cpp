@@ -32,7 +32,7 @@ const std::set<std::string> standardLibraryAlone = {"model", "engine", "discover
 
 std::string room(const std::string& path) {
   const auto slash = path.find('/');
-  const std::string first = path.substr(0, slash);
+  std::string first = path.substr(0, slash);
   if (first != "platform" || slash == std::string::npos) {
     return first;
   }
@@ -91,6 +91,10 @@ std::optional<std::string> objectionToMacro(const std::string& from, const std::
 std::optional<std::string> objectionToLine(const std::string& path, const std::string& line) {
   static const std::regex own(R"(^\s*#\s*(?:include|import)\s*"([^"]*)\".*)");
   static const std::regex foreign(R"(^\s*#\s*(?:include|import)\s*<([^>]*)>.*)");
+  const auto first = line.find_first_not_of(" \t");
+  if (first == std::string::npos || line[first] != '#') {
+    return std::nullopt;
+  }
   std::smatch match;
   if (std::regex_match(line, match, own)) {
     return objectionToOwn(path, match[1].str());
