@@ -1,8 +1,9 @@
 # fish completion for audrel-record
 
+# Names that JSON cannot hold as they are, with quotes or control characters, are left out.
 function __audrel_record_applications
     audrel-record --list --json 2>/dev/null |
-        string match --regex --groups-only '"name": "((?:[^"\\\\]|\\\\.)*)", "bundleIdentifier"'
+        string match --regex --groups-only '"name": "([^"\\\\]*)", "bundleIdentifier"'
 end
 
 complete -c audrel-record -f
