@@ -21,6 +21,7 @@ runPackages=(
 # Beyond those, for everything that CI runs.
 testPackages=(
   clang                  # second compiler, and the sanitizers
+  libclang-rt-dev        # runtimes of the sanitizers
   llvm                   # names in the sanitizers' reports
   clang-format           # layout of the sources
   clang-tidy             # static analysis
@@ -28,7 +29,9 @@ testPackages=(
   libgmock-dev           # tests
   libbenchmark-dev       # benchmarks
   libsndfile1-dev        # a reader of WAV that is not FFmpeg
-  faad                   # a reader of M4A that is not FFmpeg
+  sox                    # another
+  gstreamer1.0-tools     # a reader of M4A that is not FFmpeg
+  gstreamer1.0-plugins-good  # its demuxer
   mandoc                 # checks the manual page
   xvfb                   # a display for alerts
   xdotool                # the user who answers them
