@@ -62,6 +62,7 @@ def record(recorder, stack, player, loop, seconds, path):
         child = processes.start(recorder.command(str(path), seconds), stack.environment, log,
                                 stdout=answer)
     try:
+        _link(recorder.links, stack)
         private_dirty, wake_ups = _watch(child, seconds)
         if recorder.ending is Ending.SIGNAL:
             _wait_for_audio(path, seconds)
@@ -79,6 +80,16 @@ def record(recorder, stack, player, loop, seconds, path):
                reported_lost=_reported_lost(answer_path) if recorder.reports else None,
                fidelity=fidelity.check(audio, loop) if recorder.is_wav else None,
                cycles=player.cycle_lengths())
+
+
+def _link(links, stack):
+    deadline = time.monotonic() + 5
+    for ports in links:
+        while subprocess.run(["pw-link", *ports], env=stack.environment, capture_output=True,
+                             check=False).returncode != 0:
+            if time.monotonic() > deadline:
+                raise RuntimeError(f"{' and '.join(ports)} cannot be linked")
+            time.sleep(0.05)
 
 
 def _watch(child, seconds):

@@ -1,11 +1,14 @@
-"""The programs that are compared, each told to record the same: 48 kHz, stereo, 16-bit WAV or AAC at
-256 kbit/s in M4A."""
+"""The programs that are compared, each told to record the same: 48 kHz, stereo, 16-bit WAV or AAC
+at 256 kbit/s in M4A."""
 
 import dataclasses
 import enum
 from typing import Callable
 
 from .audio_stack import SINK
+from .source import PLAYER
+
+OWN = "audrel-record"
 
 
 class Ending(enum.Enum):
@@ -20,10 +23,17 @@ class Recorder:
     ending: Ending
     command: Callable  # of the file's path and the seconds
     reports: bool = False  # prints a JSON object that tells its length and lost frames
+    links: tuple = ()  # pairs of ports to link once it has started
+    is_peer: bool = True  # is what people use, and so counts for the goals
 
     @property
     def is_wav(self):
         return self.extension == "wav"
+
+
+def _links_to_player():
+    return tuple((f"{PLAYER}:output_{channel}", f"pw-record:input_{channel}")
+                 for channel in ("FL", "FR"))
 
 
 def all_recorders(own):
@@ -34,9 +44,12 @@ def all_recorders(own):
     def record(path, seconds):
         return [own, "--duration", str(seconds), "--output", path, "--json"]
 
-    def pw_record(path, _):
-        return ["pw-record", "--target", SINK, "-P", "{ stream.capture.sink = true }",
-                "--rate", "48000", "--channels", "2", "--format", "s16", path]
+    def pw_record(path, _, target=(SINK, "-P", "{ stream.capture.sink = true }")):
+        return ["pw-record", "--target", *target, "--rate", "48000", "--channels", "2",
+                "--format", "s16", path]
+
+    def pw_record_application(path, seconds):
+        return pw_record(path, seconds, target=("0",))
 
     def parecord(path, _):
         return ["parecord", f"--device={SINK}.monitor", "--rate=48000", "--channels=2",
@@ -49,10 +62,14 @@ def all_recorders(own):
         return [*pulse_input, "-t", str(seconds), "-c:a", "aac", "-b:a", "256k", path]
 
     return [
-        Recorder("audrel-record", "wav", Ending.ITSELF, record, reports=True),
+        Recorder(OWN, "wav", Ending.ITSELF, record, reports=True, is_peer=False),
         Recorder("pw-record", "wav", Ending.SIGNAL, pw_record),
+        # What listening to the applications themselves costs, as audrel-record does for the sake of
+        # exactness, instead of listening to the sink.
+        Recorder("pw-record, linked to the player", "wav", Ending.SIGNAL, pw_record_application,
+                 links=_links_to_player(), is_peer=False),
         Recorder("parecord", "wav", Ending.SIGNAL, parecord),
         Recorder("ffmpeg -f pulse", "wav", Ending.ITSELF, ffmpeg_wav),
-        Recorder("audrel-record", "m4a", Ending.ITSELF, record, reports=True),
+        Recorder(OWN, "m4a", Ending.ITSELF, record, reports=True, is_peer=False),
         Recorder("ffmpeg -f pulse", "m4a", Ending.ITSELF, ffmpeg_m4a),
     ]

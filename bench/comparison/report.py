@@ -3,10 +3,10 @@
 import dataclasses
 from statistics import median
 
+from .recorders import OWN
+
 MILLI = 1000
 MEGA = 1e6
-
-OWN = "audrel-record"
 
 
 @dataclasses.dataclass
@@ -101,7 +101,7 @@ def _verdict(is_met):
 
 def goals(rounds):
     wav, m4a = rounds[0].own("wav"), rounds[0].own("m4a")
-    peers = [r for r in rounds[0].runs if r.is_wav and r.name != OWN]
+    peers = [r for r in rounds[0].runs if r.is_wav and r.is_peer]
     cheapest = min(peers, key=lambda peer: median(one.cpu(peer) for one in rounds))
     wav_ratio = median(one.cpu(wav) / one.cpu(cheapest) for one in rounds)
     by_encoder = median(one.cpu(m4a) / (one.cpu(wav) + one.encoding.encoder) for one in rounds)

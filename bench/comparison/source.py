@@ -10,6 +10,7 @@ from . import processes
 
 RATE = 48000
 FRAME_BYTES = 4
+PLAYER = "loop-player"  # its node's name
 _SECONDS = 20
 _NOTES = (220.0, 277.18, 329.63, 440.0, 369.99, 293.66, 246.94, 329.63)  # Hz
 _VOICES = ((1.0, 0.9, 0.3), (1.5, 0.6, 0.6), (2.0, 0.3, 0.9))  # pitch, left, right
