@@ -1,0 +1,158 @@
+// Whole recordings: from an application on an audio server, through the engine, into a file that
+// another library reads.
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/RecordingEngine.h"
+#include "model/RecordingFormat.h"
+#include "model/RecordingSource.h"
+#include "platform/linux/desktop/Dispatch.h"
+#include "platform/linux/ffmpeg/AudioFramework.h"
+#include "tests/fakes/World.h"
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/platform/linux/pipewire/harness/Player.h"
+#include "tests/platform/linux/pipewire/harness/Recorder.h"
+#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/platform/linux/pipewire/harness/TestServer.h"
+#include "tests/platform/linux/pipewire/harness/ToneReading.h"
+#include "tests/platform/linux/pipewire/harness/Track.h"
+
+namespace audrel::pwtest {
+namespace {
+
+/// An engine on a real server, real files and a real queue. What has nothing to do with audio is
+/// fake.
+class FileRecorder {
+ public:
+  explicit FileRecorder(const std::string& socketPath) : capture_(socketPath) {}
+
+  void start(pid_t pid, RecordingFormat format, const std::filesystem::path& path) {
+    engine_->start(RecordingSource::process(capture_.waitForProcess(pid), "", {}), format, path);
+  }
+  void stop() { engine_->stop(); }
+
+  std::uint64_t lostFrames() { return capture_.lostFrames(); }
+  std::int64_t underruns() const { return engine_->underrunCount(); }
+
+ private:
+  fakes::World world_;
+  Recorder capture_;
+  LogKeeper log_;
+  linuxos::Dispatch dispatch_;
+  linuxos::AudioFramework framework_{log_};
+  std::shared_ptr<RecordingEngine> engine_ = RecordingEngine::make({
+      .audioHardware = capture_.hardware(),
+      .audioFramework = framework_,
+      .captureAccess = world_.captureAccess,
+      .clock = world_.clock,
+      .collation = world_.collation,
+      .fileManager = world_.fileManager,
+      .runningApplications = capture_.captureHardware(),
+      .uuids = world_.uuids,
+      .dispatch = dispatch_,
+      .log = log_,
+      .diagnostics = capture_.captureHardware(),
+  });
+};
+
+/// A sound file of two channels; empty when it is none.
+Audio readFile(const std::filesystem::path& path) {
+  SF_INFO info{};
+  const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(sf_open(path.c_str(), SFM_READ, &info),
+                                                         sf_close);
+  if (!file || info.channels != 2 || info.samplerate != 48000) {
+    return {};
+  }
+  Audio audio(2 * static_cast<std::size_t>(info.frames));
+  EXPECT_EQ(sf_readf_float(file.get(), audio.data(), info.frames), info.frames);
+  return audio;
+}
+
+void expectWholeTrack(const std::filesystem::path& path, std::uint32_t stream,
+                      std::uint64_t leastFrames) {
+  Audio audio = readFile(path);
+  removeHalfLinkedStarts(audio);
+  std::string problem;
+  const auto track = onlyTrack(audio, &problem);
+  ASSERT_TRUE(track) << path << ": " << problem;
+  EXPECT_EQ(track->first.stream, stream);
+  EXPECT_LE(track->begin, longestLead);
+  EXPECT_EQ(track->silent, 0U) << problem;
+  EXPECT_EQ(track->end, framesOf(audio)) << problem;
+  EXPECT_GE(framesOf(audio), leastFrames);
+}
+
+TEST(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
+  const TemporaryFolder folder;
+  TestServer server({.timesRealTime = 10});
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", "stamp:1 s16 2 48000"));
+  FileRecorder recorder(server.socketPath());
+  recorder.start(player.pid(), RecordingFormat::wav, folder.path() / "music.wav");
+  ASSERT_TRUE(player.waitForMore("music", 480'000));
+  recorder.stop();
+
+  expectWholeTrack(folder.path() / "music.wav", 1, 480'000);
+  EXPECT_EQ(recorder.lostFrames(), 0U);
+  EXPECT_EQ(recorder.underruns(), 0);
+}
+
+TEST(WholeRecording, twoAtOnceHoldOneApplicationEach) {
+  const TemporaryFolder folder;
+  TestServer server({.timesRealTime = 10});
+  ASSERT_TRUE(server.isRunning());
+  Player one(server.socketPath());
+  Player other(server.socketPath());
+  ASSERT_TRUE(one.open("music", 1));
+  ASSERT_TRUE(other.open("call", 2));
+  FileRecorder ofOne(server.socketPath());
+  FileRecorder ofOther(server.socketPath());
+  ofOne.start(one.pid(), RecordingFormat::wav, folder.path() / "one.wav");
+  ofOther.start(other.pid(), RecordingFormat::wav, folder.path() / "other.wav");
+  ASSERT_TRUE(other.waitForMore("call", 240'000));
+  ofOther.stop();
+  ofOne.stop();
+
+  expectWholeTrack(folder.path() / "one.wav", 1, 240'000);
+  expectWholeTrack(folder.path() / "other.wav", 2, 240'000);
+}
+
+TEST(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
+  constexpr double frequency = 1000;  // Hz
+  constexpr double level = 0.5;       // as the player plays it
+  const TemporaryFolder folder;
+  TestServer server({.timesRealTime = 4});
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", "tone:1000 f32 2 48000"));
+  FileRecorder recorder(server.socketPath());
+  recorder.start(player.pid(), RecordingFormat::m4a, folder.path() / "tone.m4a");
+  ASSERT_TRUE(player.waitForMore("music", 480'000));
+  recorder.stop();
+
+  const auto decoder = ChildProcess::start(
+      {.arguments = {"ffmpeg", "-nostdin", "-v", "error", "-i", folder.path() / "tone.m4a", "-c:a",
+                     "pcm_f32le", folder.path() / "tone.wav"},
+       .environment = {}});
+  ASSERT_TRUE(decoder && waitFor([&] { return !decoder->isRunning(); }));
+  const Audio audio = readFile(folder.path() / "tone.wav");
+  EXPECT_GE(framesOf(audio), 480'000U);
+  for (const Channel channel : {Channel::left, Channel::right}) {
+    const ToneReading tone = readTone(audio, channel, longestLead, 48000, frequency);
+    EXPECT_NEAR(tone.frequency, frequency, 0.01);
+    EXPECT_NEAR(tone.lowestLevel, level, 0.005);
+    EXPECT_NEAR(tone.highestLevel, level, 0.005);
+    EXPECT_LT(tone.phaseError, 0.01) << "cycles; a break in the tone shows here";
+  }
+}
+
+}  // namespace
+}  // namespace audrel::pwtest
