@@ -15,8 +15,8 @@ namespace audrel::linuxos {
 /// this object, and with this process however that ends. Main thread.
 class AlertHelper {
  public:
-  /// `program` may be empty: there is none. `ended` gets the helper's exit status, nothing when a signal ended it, from the main loop.
-  /// Null when it cannot be started, with the reason.
+  /// `program` may be empty: there is none. `ended` gets the helper's exit status, nothing when a
+  /// signal ended it, from the main loop. Null when it cannot be started, with the reason.
   static std::unique_ptr<AlertHelper> start(const std::filesystem::path& program,
                                             const std::vector<std::string>& arguments,
                                             std::function<void(std::optional<int>)> ended,

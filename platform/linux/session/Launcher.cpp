@@ -10,8 +10,7 @@ namespace audrel::linuxos {
 
 namespace {
 
-template <typename Info>
-using InfoHandle = std::unique_ptr<Info, Releaser<g_object_unref>>;
+using EntryHandle = std::unique_ptr<GDesktopAppInfo, Releaser<g_object_unref>>;
 
 /// GIO's own connection to the session bus, which it tells of what it starts. By default that ends
 /// the process when the bus does, recordings and all: so it is ours before GIO takes it.
@@ -33,13 +32,9 @@ std::optional<std::string> openUri(const std::string& uri) {
   return isOpened == TRUE ? std::nullopt : std::optional(messageOf(error));
 }
 
-bool canOpenScheme(const std::string& scheme) {
-  return InfoHandle<GAppInfo>(g_app_info_get_default_for_uri_scheme(scheme.c_str())) != nullptr;
-}
-
 bool startDesktopEntry(const std::string& id) {
   const ConnectionHandle connection = harmlessBusConnection();
-  const InfoHandle<GDesktopAppInfo> entry(g_desktop_app_info_new(id.c_str()));
+  const EntryHandle entry(g_desktop_app_info_new(id.c_str()));
   return entry != nullptr &&
          g_app_info_launch(G_APP_INFO(entry.get()), nullptr, nullptr, nullptr) == TRUE;
 }

@@ -10,9 +10,6 @@ namespace audrel::linuxos {
 /// Opens `uri` with the user's program for it. Why not, if not.
 std::optional<std::string> openUri(const std::string& uri);
 
-/// Whether the user has a program for URIs that begin with "`scheme`:".
-bool canOpenScheme(const std::string& scheme);
-
 /// Starts the program of a desktop entry, by the entry's file name; whether there is one that
 /// starts.
 bool startDesktopEntry(const std::string& id);

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Log.h"
+#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/session/Notifier.h"
+#include "platform/linux/tray/Application.h"
+#include "platform/linux/tray/ExportedObject.h"
+#include "platform/linux/tray/LoopSource.h"
+
+namespace audrel::linuxos {
+
+/// What the desktop asks of the running program through the actions of its desktop entry.
+class ApplicationCommands {
+ public:
+  virtual ~ApplicationCommands() = default;
+
+  /// Nothing while it records.
+  virtual void startRecording() = 0;
+
+  /// Nothing while it does not.
+  virtual void stopRecording() = 0;
+  virtual void quit() = 0;
+};
+
+/// The program on the session bus, as desktops know applications: it owns its identifier as a name,
+/// so that there is one of it in a session, and offers org.freedesktop.Application with the actions
+/// "start-recording", "stop-recording" and "quit". To be activated while it runs, as a second start
+/// does, makes it say so by a notification.
+///
+/// When the bus is lost, name and object are there again once the bus is. Main thread.
+class ApplicationService {
+ public:
+  enum class Claim {
+    first,        ///< this one is to run; also where there is no bus, or it does not answer
+    runsAlready,  ///< another one does, and the user was told
+  };
+
+  /// The references must outlive it.
+  ApplicationService(Application& application, DesktopBus& bus, Notifier& notifier,
+                     std::shared_ptr<os::Logger> logger);
+  ~ApplicationService();
+  ApplicationService(const ApplicationService&) = delete;
+  ApplicationService& operator=(const ApplicationService&) = delete;
+
+  /// Before the application runs, once. The main loop's events go on meanwhile: for three seconds
+  /// at most, beside the time that the desktop takes to show the notification.
+  Claim claim();
+
+  /// Actions that came before are performed then, from the main loop. While an alert is up only
+  /// quit is honoured, and while nobody is there nothing.
+  void setCommands(const std::weak_ptr<ApplicationCommands>& commands);
+
+  /// The interface's methods, as the bus calls them. An unknown action is refused.
+  void activate();
+  bool activateAction(const std::string& name);
+
+ private:
+  using Command = void (ApplicationCommands::*)();
+
+  void connect();
+  void requestName(GDBusConnection* connection);
+  void nameAnswered(const DesktopBus::Answer& answer);
+  void activateOther();
+  void notifyRunning();
+  void decide(Claim claim);
+  void giveUpWaiting();
+  void connectionLost();
+  void tryAgain();
+  void performCommands();
+
+  Application& application_;
+  DesktopBus& bus_;
+  Notifier& notifier_;
+  std::shared_ptr<os::Logger> logger_;
+  std::optional<ExportedObject> object_;
+  std::optional<Claim> claim_;  ///< nothing until it is decided
+  bool otherHasName_ = false;
+
+  /// Until then the first activation is the one for which the bus started this process, and no
+  /// second start.
+  std::chrono::microseconds activationExpectedUntil_;
+
+  std::optional<std::weak_ptr<ApplicationCommands>> commands_;
+  std::deque<Command> waiting_;
+  LoopSource perform_;
+  LoopSource retry_;
+  std::chrono::milliseconds retryDelay_;
+};
+
+}  // namespace audrel::linuxos
