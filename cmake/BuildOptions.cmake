@@ -33,6 +33,9 @@ function(audrel_library name)
   target_link_libraries(${name} PUBLIC audrel_options ${ARG_LINKS})
 endfunction()
 
+# What the thread sanitizer has something to say about.
+add_custom_target(audrel_threads_tests)
+
 # audrel_test(name SOURCES... LINKS... [LABELS...] [SERIAL] [TIMEOUT seconds]): one GoogleTest
 # program, one test of CTest. SERIAL: it measures real time, so nothing else may run beside it.
 function(audrel_test name)
@@ -46,5 +49,8 @@ function(audrel_test name)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
   if(ARG_SERIAL)
     set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(audrel_threads_tests ${name})
   endif()
 endfunction()
