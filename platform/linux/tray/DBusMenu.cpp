@@ -164,7 +164,7 @@ void onMethodCall(GDBusConnection* /*connection*/, const char* sender, const cha
                   const char* /*interface*/, const char* name, GVariant* arguments,
                   GDBusMethodInvocation* invocation, gpointer data) noexcept {
   // Its owner may drop it while the program is told that the menu opens.
-  const auto presenter = static_cast<MenuPresenter*>(data)->shared_from_this();
+  const auto presenter = static_cast<MenuPresenter*>(data)->weak_from_this().lock();
   const Call call{*presenter, sender == nullptr ? "" : sender, arguments};
   for (const Method& method : methods) {
     if (method.name != name) {

@@ -49,12 +49,6 @@ bool hasIcon(const fs::path& folder, const std::string& name) {
   return false;
 }
 
-fs::path programFolder() {
-  std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  return error ? fs::path() : program.parent_path();
-}
-
 }  // namespace
 
 IconTheme::IconTheme(fs::path folder) : folder_(std::move(folder)) {
@@ -65,10 +59,14 @@ IconTheme::IconTheme(fs::path folder) : folder_(std::move(folder)) {
   }
 }
 
-IconTheme IconTheme::besideProgram() {
-  const fs::path program = programFolder();
+IconTheme IconTheme::ofThisProgram() {
+  std::error_code error;
+  return ofProgramIn(fs::read_symlink("/proc/self/exe", error).parent_path());
+}
+
+IconTheme IconTheme::ofProgramIn(const fs::path& folder) {
   for (const char* place : {"share/icons", AUDREL_ICONS_FROM_PROGRAM}) {
-    IconTheme theme((program / place).lexically_normal());
+    IconTheme theme((folder / place).lexically_normal());
     if (!theme.names_.empty()) {
       return theme;
     }

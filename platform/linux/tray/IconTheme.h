@@ -16,10 +16,13 @@ class IconTheme {
   /// `folder` is the one that holds `hicolor`; empty when there is none. Looks at the files once.
   explicit IconTheme(std::filesystem::path folder);
 
-  /// Looks beside the running program: `share/icons` in its own folder, as the build leaves it,
-  /// then where the installed program has it (the build's option says where, relative to the
-  /// program). Neither names a place of the machine that built it, so both trees may be moved.
-  static IconTheme besideProgram();
+  /// The tree of the running program.
+  static IconTheme ofThisProgram();
+
+  /// Looks for `share/icons` in the program's own folder, as the build leaves it, then where the
+  /// installed program has it (AUDREL_ICONS_FROM_PROGRAM, a path from that folder). Neither names a
+  /// place of the machine that built it, so both trees may be moved.
+  static IconTheme ofProgramIn(const std::filesystem::path& folder);
 
   /// The folder, for panels. Empty when there is none.
   const std::filesystem::path& folder() const { return folder_; }

@@ -37,10 +37,9 @@ bool MenuItem::isEnabled(bool autoenables) const {
 }
 
 void MenuItem::perform(const std::shared_ptr<MenuItem>& item) {
-  const std::shared_ptr<MenuItem> sender = item;
-  const std::shared_ptr<NS::Target> target = sender->target_.lock();
-  if (target != nullptr && sender->action_) {
-    target->perform(*sender->action_, sender);
+  const std::shared_ptr<NS::Target> target = item->target_.lock();
+  if (target != nullptr && item->action_) {
+    target->perform(*item->action_, item);
   }
 }
 

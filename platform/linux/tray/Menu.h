@@ -34,7 +34,8 @@ class MenuItem final : public NS::MenuItem {
   /// What was set; with automatic enabling, whether choosing it has an effect.
   bool isEnabled(bool autoenables) const;
 
-  /// Sends the action of `item` to its target, if it has both. Both live on until it returns.
+  /// Sends the action of `item` to its target, if it has both. The target lives on until it
+  /// returns; the caller sees to it that this very pointer does.
   static void perform(const std::shared_ptr<MenuItem>& item);
 
  private:

@@ -111,8 +111,9 @@ Pixmap drawPixmap(const Picture& picture, int side) {
     for (int column = 0; column < side; ++column) {
       Dot dot;
       for (int sample = 0; sample < samplesPerSide * samplesPerSide; ++sample) {
+        const int sampleRow = sample / samplesPerSide;
         const double x = column * samplesPerSide + sample % samplesPerSide + 0.5;
-        const double y = row * samplesPerSide + sample / samplesPerSide + 0.5;
+        const double y = row * samplesPerSide + sampleRow + 0.5;
         const Ink ink = inkAt(picture, left + x * pointsPerSample, bottom + y * pointsPerSample);
         dot.add(ink && picture.isTemplate ? Ink(templateGrey) : ink);
       }

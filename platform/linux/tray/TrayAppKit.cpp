@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
+#include "platform/linux/desktop/Wording.h"
 #include "platform/linux/tray/Menu.h"
 #include "platform/linux/tray/StatusItem.h"
 #include "platform/linux/tray/Symbols.h"
@@ -24,7 +25,7 @@ std::shared_ptr<NS::Menu> TrayAppKit::makeMenu() {
 std::shared_ptr<NS::MenuItem> TrayAppKit::makeMenuItem(const std::string& title,
                                                        const std::optional<NS::Selector>& action,
                                                        const std::string& keyEquivalent) {
-  return std::make_shared<MenuItem>(MenuItem::Kind::command, parts_.wording(title), action,
+  return std::make_shared<MenuItem>(MenuItem::Kind::command, desktopWording(title), action,
                                     keyEquivalent);
 }
 

@@ -18,9 +18,6 @@ struct TrayParts {
   NS::Workspace& workspace;
   std::function<std::unique_ptr<NS::Alert>()> makeAlert;
 
-  /// The desktop's own words for a menu item's title.
-  std::function<std::string(const std::string& title)> wording;
-
   /// The one action that is honoured while an alert is up.
   NS::Selector quitAction;
   IconTheme icons;
@@ -39,6 +36,8 @@ class TrayAppKit final : public NS::AppKit {
   /// The panel decides on the length.
   std::shared_ptr<NS::StatusItem> makeStatusItem(double length) override;
   std::shared_ptr<NS::Menu> makeMenu() override;
+
+  /// The item shows its title in the desktop's own words.
   std::shared_ptr<NS::MenuItem> makeMenuItem(const std::string& title,
                                              const std::optional<NS::Selector>& action,
                                              const std::string& keyEquivalent) override;

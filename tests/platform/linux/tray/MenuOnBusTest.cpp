@@ -1,0 +1,150 @@
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/tray/TrayTest.h"
+
+namespace audrel::traytest {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr const char* invalid = "org.freedesktop.DBus.Error.InvalidArgs";
+
+using MenuOnBus = TrayTest;
+
+TEST_F(MenuOnBus, isSentWholeWithUnderscoresDoubled) {
+  EXPECT_EQ(panel.menuText(),
+            "'Start' shortcut=[['Control', 'r']]\n"
+            " type='separator'\n"
+            "'From' children-display='submenu'\n"
+            "  'Everything' toggle-state=1 toggle-type='checkmark'\n"
+            "  'some__player ____x' toggle-state=0 toggle-type='checkmark'\n"
+            "'Reveal' enabled=false\n"
+            "'Ask'\n"
+            "'Quit' shortcut=[['Control', 'q']]\n");
+  EXPECT_EQ(panel.layout().properties.at("children-display"), "'submenu'");
+}
+
+TEST_F(MenuOnBus, isSentAsDeepAndAsDetailedAsAsked) {
+  EXPECT_THAT(panel.callMenu("GetLayout", "(0, 0, ['label'])").value,
+              HasSubstr("(0, @a{sv} {}, @av [])"));
+  const Answer oneLevel = panel.callMenu("GetLayout", "(0, 1, ['label'])");
+  EXPECT_THAT(oneLevel.value, HasSubstr("{'label': <'From'>}, @av [])"));
+  EXPECT_THAT(oneLevel.value, Not(HasSubstr("Everything")));
+  EXPECT_THAT(oneLevel.value, Not(HasSubstr("shortcut")));
+  const std::string submenu = std::to_string(idOf("From"));
+  EXPECT_THAT(panel.callMenu("GetLayout", "(" + submenu + ", -1, ['toggle-state'])").value,
+              HasSubstr("(" + submenu + ", @a{sv} {}, [<("));
+}
+
+TEST_F(MenuOnBus, itemsThatAreNotThereAreRefused) {
+  EXPECT_EQ(panel.callMenu("GetLayout", "(9999, -1, @as [])").error, invalid);
+  EXPECT_EQ(panel.callMenu("GetProperty", "(9999, 'label')").error, invalid);
+  EXPECT_EQ(panel.callMenu("GetProperty", "(0, 'no-such-property')").error, invalid);
+  EXPECT_EQ(sendEvent(9999, "clicked").error, invalid);
+  EXPECT_EQ(sendEvent(-1, "hovered").error, invalid);
+}
+
+TEST_F(MenuOnBus, singlePropertiesComeWithTheProtocolsDefaults) {
+  const auto property = [this](const std::string& label, const std::string& name) {
+    const std::string id = std::to_string(idOf(label));
+    return panel.callMenu("GetProperty", "(" + id + ", '" + name + "')").value;
+  };
+  EXPECT_EQ(property("some__player ____x", "label"), "(<'some__player ____x'>,)");
+  EXPECT_EQ(property("Everything", "toggle-state"), "(<1>,)");
+  EXPECT_EQ(property("Reveal", "enabled"), "(<false>,)");
+  EXPECT_EQ(property("Quit", "enabled"), "(<true>,)");
+  EXPECT_EQ(property("Quit", "visible"), "(<true>,)");
+  EXPECT_EQ(property("Quit", "type"), "(<'standard'>,)");
+  EXPECT_EQ(panel.callMenu("GetProperty", "(0, 'label')").value, "(<''>,)");
+}
+
+TEST_F(MenuOnBus, groupsOfPropertiesLeaveOutUnknownItems) {
+  const std::string id = std::to_string(idOf("Reveal"));
+  EXPECT_EQ(panel.callMenu("GetGroupProperties", "([" + id + ", 9999], ['enabled'])").value,
+            "([(" + id + ", {'enabled': <false>})],)");
+  const std::string all = panel.callMenu("GetGroupProperties", "(@ai [], @as ['label'])").value;
+  for (const char* label : {"'Start'", "'From'", "'Everything'", "'Quit'"}) {
+    EXPECT_THAT(all, HasSubstr(label));
+  }
+}
+
+TEST_F(MenuOnBus, aboutToShowTellsTheProgramAndAnswersTrueAfterTheRebuild) {
+  const std::string before = panel.callMenu("GetLayout", "(0, -1, ['label'])").value;
+  EXPECT_EQ(panel.callMenu("AboutToShow", "(0,)").value, "(true,)");
+  EXPECT_NE(panel.callMenu("GetLayout", "(0, -1, ['label'])").value, before);
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
+}
+
+TEST_F(MenuOnBus, everyAnnouncementIsAnOpening) {
+  panel.callMenu("AboutToShow", "(0,)");
+  panel.callMenu("AboutToShow", "(0,)");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open", "menu will open"));
+}
+
+TEST_F(MenuOnBus, announcementAndReportOfOneOpeningTellTheProgramOnce) {
+  panel.callMenu("AboutToShow", "(0,)");
+  sendEvent(0, "opened");
+  sendEvent(0, "closed");
+  sendEvent(0, "opened");
+  panel.callMenu("AboutToShow", "(0,)");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open", "menu will open"));
+}
+
+TEST_F(MenuOnBus, panelsThatOnlyReportAnOpeningAreToldToReadTheMenuAgain) {
+  panel.takeSignals();
+  EXPECT_EQ(sendEvent(0, "opened").error, "");
+  EXPECT_THAT(panel.takeSignals(), ElementsAre("LayoutUpdated(uint32 3, 0)"));
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
+}
+
+TEST_F(MenuOnBus, submenusComeWithTheirMenu) {
+  const std::string id = std::to_string(idOf("From"));
+  EXPECT_EQ(panel.callMenu("AboutToShow", "(" + id + ",)").value, "(false,)");
+  EXPECT_EQ(sendEvent(idOf("From"), "opened").error, "");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), IsEmpty());
+}
+
+TEST_F(MenuOnBus, groupsOfAnnouncementsTellWhichChangedAndWhichAreUnknown) {
+  const std::string id = std::to_string(idOf("From"));
+  EXPECT_EQ(panel.callMenu("AboutToShowGroup", "([9999, " + id + ", 0],)").value, "([0], [9999])");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
+}
+
+TEST_F(MenuOnBus, aMenuThatIsKeptWhenItOpensIsReadAgain) {
+  ASSERT_TRUE(program.command("keep-menu"));
+  const std::string menu = panel.menuText();
+  const int id = idOf("Start");
+  EXPECT_EQ(panel.callMenu("AboutToShow", "(0,)").value, "(true,)");
+  EXPECT_EQ(panel.menuText(), menu);
+  EXPECT_NE(idOf("Start"), id);
+}
+
+TEST_F(MenuOnBus, everyMenuHasIdsOfItsOwnAndIsAnnounced) {
+  const int id = idOf("Quit");
+  panel.takeSignals();
+  ASSERT_TRUE(program.command("rebuild"));
+  EXPECT_THAT(panel.takeSignals(), ElementsAre("LayoutUpdated(uint32 3, 0)"));
+  EXPECT_GT(idOf("Start"), id);
+  EXPECT_THAT(panel.callMenu("GetLayout", "(0, 0, @as [])").value, HasSubstr("(uint32 3, "));
+}
+
+TEST_F(MenuOnBus, withoutAMenuItIsEmpty) {
+  ASSERT_TRUE(program.command("no-menu"));
+  EXPECT_EQ(panel.menuText(), "");
+  EXPECT_EQ(panel.callMenu("AboutToShow", "(0,)").value, "(false,)");
+}
+
+}  // namespace
+}  // namespace audrel::traytest

@@ -1,0 +1,94 @@
+#include "platform/linux/tray/WatcherRegistration.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/platform/linux/tray/harness/Panel.h"
+#include "tests/platform/linux/tray/harness/PrivateBus.h"
+
+namespace audrel::linuxos {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class KeepingLogger final : public os::Logger {
+ public:
+  void log(os::LogLevel /*level*/, std::string_view line) noexcept override {
+    lines.emplace_back(line);
+  }
+
+  std::vector<std::string> lines;
+};
+
+class WatcherRegistrationTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(bus.isRunning());
+    constexpr int flags = G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+    connection.reset(g_dbus_connection_new_for_address_sync(
+        bus.address().c_str(), static_cast<GDBusConnectionFlags>(flags), nullptr, nullptr,
+        nullptr));
+    ASSERT_NE(connection, nullptr);
+  }
+
+  void startRegistration() { registration.emplace(connection.get(), logger, 200ms); }
+
+  traytest::PrivateBus bus;
+  traytest::Panel panel{bus.address()};
+  ConnectionHandle connection;
+  std::shared_ptr<KeepingLogger> logger = std::make_shared<KeepingLogger>();
+  std::optional<WatcherRegistration> registration;
+};
+
+TEST_F(WatcherRegistrationTest, tellsOnceOfADesktopWithoutAWatcher) {
+  startRegistration();
+  panel.runFor(600ms);
+  EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
+}
+
+TEST_F(WatcherRegistrationTest, tellsOfAWatcherWithoutAPanel) {
+  panel.startWatcher(false);
+  startRegistration();
+  panel.runFor(400ms);
+  EXPECT_THAT(panel.registrations(), testing::SizeIs(1));
+  EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
+}
+
+TEST_F(WatcherRegistrationTest, tellsNothingWhereThereIsAPanel) {
+  panel.startWatcher();
+  startRegistration();
+  panel.runFor(400ms);
+  EXPECT_THAT(logger->lines, IsEmpty());
+}
+
+TEST_F(WatcherRegistrationTest, waitsForAPanelThatComesLater) {
+  panel.startWatcher(false);
+  startRegistration();
+  ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
+  panel.addHost();
+  panel.runFor(400ms);
+  EXPECT_THAT(logger->lines, IsEmpty());
+}
+
+TEST_F(WatcherRegistrationTest, mayGoWhileAnAnswerIsOnItsWay) {
+  panel.startWatcher();
+  startRegistration();
+  ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
+  registration.reset();
+  panel.runFor(300ms);
+  EXPECT_THAT(logger->lines, IsEmpty());
+}
+
+}  // namespace
+}  // namespace audrel::linuxos

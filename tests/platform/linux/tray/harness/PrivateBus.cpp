@@ -1,0 +1,42 @@
+#include "tests/platform/linux/tray/harness/PrivateBus.h"
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <system_error>
+
+namespace audrel::traytest {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+}  // namespace
+
+PrivateBus::PrivateBus() {
+  std::ofstream(folder_.path() / "bus.conf")
+      << "<busconfig><type>session</type><keep_umask/><listen>" << address()
+      << "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+         "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>\n";
+  restart();
+}
+
+void PrivateBus::crash() {
+  daemon_->end(SIGKILL);
+  daemon_.reset();
+  isListening_ = false;
+  std::error_code error;
+  std::filesystem::remove(socket(), error);
+}
+
+void PrivateBus::restart() {
+  daemon_ = pwtest::ChildProcess::start(
+      {.arguments = {"dbus-daemon", "--nofork", "--nopidfile", "--nosyslog", "--print-address=1",
+                     "--config-file=" + (folder_.path() / "bus.conf").string()},
+       .environment = {},
+       .showsErrors = false});
+  // It tells its address once it listens.
+  isListening_ = daemon_ != nullptr && daemon_->readLine(10s).has_value();
+}
+
+}  // namespace audrel::traytest

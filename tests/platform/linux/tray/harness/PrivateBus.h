@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+
+namespace audrel::traytest {
+
+/// A session bus of the test's own, that starts no services. Made and used on the main thread.
+class PrivateBus {
+ public:
+  PrivateBus();
+
+  /// Whether the bus listens; the first thing that a test asserts.
+  bool isRunning() const { return isListening_; }
+
+  std::string address() const { return "unix:path=" + socket().string(); }
+
+  /// Ends the bus without notice.
+  void crash();
+
+  /// Starts it again, at the same address.
+  void restart();
+
+ private:
+  std::filesystem::path socket() const { return folder_.path() / "bus"; }
+
+  pwtest::TemporaryFolder folder_;
+  std::unique_ptr<pwtest::ChildProcess> daemon_;
+  bool isListening_ = false;
+};
+
+}  // namespace audrel::traytest
