@@ -41,7 +41,7 @@ std::uint32_t channelNumber(std::string_view name) {
   while (info->name != nullptr && name != shortName(*info)) {
     ++info;
   }
-  return info->name != nullptr ? info->type : SPA_AUDIO_CHANNEL_UNKNOWN;
+  return info->name != nullptr ? info->type : std::uint32_t{SPA_AUDIO_CHANNEL_UNKNOWN};
 }
 
 std::string channelName(std::uint32_t channel) {
