@@ -1,5 +1,4 @@
 #include "platform/NativePlatform.h"
-#include "platform/linux/desktop/CaptureAccess.h"
 #include "platform/linux/desktop/Clock.h"
 #include "platform/linux/desktop/Collation.h"
 #include "platform/linux/desktop/Dispatch.h"
@@ -7,6 +6,7 @@
 #include "platform/linux/desktop/Log.h"
 #include "platform/linux/desktop/UUIDFactory.h"
 #include "platform/linux/ffmpeg/AudioFramework.h"
+#include "platform/linux/pipewire/CaptureAccess.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/pipewire/MelodyPlayer.h"
 #include "platform/linux/pipewire/PrivateServer.h"
@@ -42,6 +42,7 @@ class LinuxPlatform final : public NativePlatform {
       return "The demo's audio server started, but does not play: the machine may be overloaded; "
              "try again.";
     }
+    captureAccess_.useServer(demoServer_->socketPath());
     demoServer_->removeFolder();
     return std::nullopt;
   }
@@ -53,7 +54,7 @@ class LinuxPlatform final : public NativePlatform {
   UUIDFactory uuids_;
   Collation collation_{userCollationLocale()};
   FileManager fileManager_;
-  CaptureAccess captureAccess_;
+  CaptureAccess captureAccess_{log_};
   Dispatch dispatch_;
   AudioFramework audioFramework_{log_};
   std::unique_ptr<PrivateServer> demoServer_;

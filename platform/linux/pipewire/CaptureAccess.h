@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/CoreGraphics.h"
+#include "platform/Log.h"
+
+namespace audrel::linuxos {
+
+/// Refused where a PipeWire server is there that does not give this process the streams: for its
+/// user, by the server's list of programs, for want of a permission that the session manager has
+/// not given (a sandbox), or without the means to link to streams. Granted otherwise: when there is
+/// no server, starting a recording fails with that reason.
+///
+/// A request asks nobody. PipeWire and its session manager decide by their configuration, and no
+/// portal has a question for the audio of other programs: that for screen casts gives pictures
+/// alone, and that for devices is there for microphones and cameras, to be asked by audio servers.
+class CaptureAccess final : public CG::CaptureAccess {
+ public:
+  explicit CaptureAccess(os::Log& log);
+
+  /// From now on the server at that socket is meant.
+  void useServer(const std::string& socketPath) { remote_ = socketPath; }
+
+  /// Asks the server, which takes some milliseconds, and two seconds when it does not answer.
+  /// A refusal is logged with its reason.
+  bool preflightScreenCaptureAccess() override;
+  bool requestScreenCaptureAccess() override;
+
+ private:
+  std::shared_ptr<os::Logger> logger_;
+  std::string remote_;  ///< empty for the server that the environment names
+};
+
+/// Why the server at the socket `remote` refuses; nothing when it does not, or is not there.
+std::optional<std::string> captureRefusal(const std::string& remote);
+
+}  // namespace audrel::linuxos
