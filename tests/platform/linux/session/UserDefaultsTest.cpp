@@ -14,7 +14,7 @@
 
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
-#include "tests/platform/linux/session/MemoryLog.h"
+#include "tests/platform/linux/session/harness/MemoryLogger.h"
 
 namespace audrel::linuxos {
 namespace {

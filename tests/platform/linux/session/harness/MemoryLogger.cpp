@@ -1,4 +1,4 @@
-#include "tests/platform/linux/session/MemoryLog.h"
+#include "tests/platform/linux/session/harness/MemoryLogger.h"
 
 namespace audrel::sessiontest {
 

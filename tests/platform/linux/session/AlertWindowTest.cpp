@@ -1,0 +1,127 @@
+#include "platform/linux/alert/AlertWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <vector>
+
+#include "platform/linux/alert/ExitStatus.h"
+#include "tests/platform/linux/session/harness/XServer.h"
+
+namespace audrel::alerthelper {
+namespace {
+
+using testing::ElementsAre;
+
+using PixbufHandle = std::unique_ptr<GdkPixbuf, linuxos::Releaser<g_object_unref>>;
+
+/// A widget and all that is in it, in the order in which they show.
+void collect(GtkWidget* widget, std::vector<GtkWidget*>& all) {
+  all.push_back(widget);
+  if (GTK_IS_CONTAINER(widget)) {
+    GList* children = gtk_container_get_children(GTK_CONTAINER(widget));
+    for (GList* child = children; child != nullptr; child = child->next) {
+      collect(static_cast<GtkWidget*>(child->data), all);
+    }
+    g_list_free(children);
+  }
+}
+
+class AlertWindow : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    static sessiontest::XServer xServer;
+    ASSERT_TRUE(xServer.isRunning());
+    ASSERT_EQ(gtk_init_check(nullptr, nullptr), TRUE);
+  }
+
+  void show(const std::string& style) {
+    window = makeAlertWindow({.icon = iconOfStyle(style),
+                              .message = "Message",
+                              .informative = "Text & <more> caf\xE9",
+                              .buttons = buttons});
+    gtk_widget_show(window.get());
+    widgets.clear();
+    collect(window.get(), widgets);
+  }
+
+  /// What is read, icons by their names.
+  std::vector<std::string> shown() const {
+    std::vector<std::string> texts;
+    for (GtkWidget* widget : widgets) {
+      if (GTK_IS_BUTTON(widget)) {
+        texts.push_back(std::string("[") + gtk_button_get_label(GTK_BUTTON(widget)) + "]");
+      } else if (GTK_IS_IMAGE(widget)) {
+        const char* name = nullptr;
+        gtk_image_get_icon_name(GTK_IMAGE(widget), &name, nullptr);
+        texts.emplace_back(name);
+      } else if (GTK_IS_LABEL(widget) && !GTK_IS_BUTTON(gtk_widget_get_parent(widget))) {
+        texts.emplace_back(gtk_label_get_text(GTK_LABEL(widget)));
+      }
+      EXPECT_EQ(gtk_widget_get_mapped(widget), gtk_widget_get_visible(widget));
+    }
+    return texts;
+  }
+
+  const std::vector<std::string> buttons = {"First", "Second"};
+  DialogHandle window;
+  std::vector<GtkWidget*> widgets;
+};
+
+TEST_F(AlertWindow, showsItsIconItsTextsAndItsButtonsInOrder) {
+  show("warning");
+  EXPECT_THAT(shown(), ElementsAre("dialog-warning", "Message", "Text & <more> caf\xEF\xBF\xBD",
+                                   "[First]", "[Second]"));
+  EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(window.get())), "Audrel");
+}
+
+TEST_F(AlertWindow, hasTheFirstButtonAsDefaultWithTheFocus) {
+  show("informational");
+  GtkWidget* focused = gtk_window_get_focus(GTK_WINDOW(window.get()));
+  ASSERT_TRUE(GTK_IS_BUTTON(focused));
+  EXPECT_STREQ(gtk_button_get_label(GTK_BUTTON(focused)), "First");
+  EXPECT_EQ(gtk_window_get_default_widget(GTK_WINDOW(window.get())), focused);
+}
+
+TEST_F(AlertWindow, drawsThreeStylesThatDiffer) {
+  std::map<std::string, std::string> pictures;
+  for (const char* style : {"informational", "warning", "critical"}) {
+    const char* name = iconOfStyle(style);
+    ASSERT_NE(name, nullptr);
+    constexpr int size = 48;
+    const PixbufHandle picture(gtk_icon_theme_load_icon(gtk_icon_theme_get_default(), name, size,
+                                                        GTK_ICON_LOOKUP_FORCE_SIZE, nullptr));
+    ASSERT_NE(picture, nullptr) << name;
+    const auto* bytes = reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(picture.get()));
+    pictures[std::string(bytes, gdk_pixbuf_get_byte_length(picture.get()))] = style;
+  }
+  EXPECT_EQ(pictures.size(), 3U);
+}
+
+TEST_F(AlertWindow, staysOnTheScreenWithALongText) {
+  std::string text(500, 'a');
+  for (int i = 0; i < 40; ++i) {
+    text += " words that break";
+  }
+  window = makeAlertWindow(
+      {.icon = "dialog-error", .message = "Message", .informative = text, .buttons = buttons});
+  gtk_widget_show(window.get());
+  int width = 0;
+  int height = 0;
+  gtk_window_get_size(GTK_WINDOW(window.get()), &width, &height);
+  EXPECT_LE(width, 800);
+  EXPECT_LE(height, 600);
+}
+
+TEST(AlertStyle, isOneOfThree) {
+  EXPECT_EQ(iconOfStyle("dialog-warning"), nullptr);
+  EXPECT_EQ(iconOfStyle(""), nullptr);
+}
+
+TEST(AlertExitStatus, hasRoomForAllButtonsBeforeTheOthers) {
+  EXPECT_LE(firstButton + mostButtons, closed);
+}
+
+}  // namespace
+}  // namespace audrel::alerthelper

@@ -1,0 +1,252 @@
+#include "platform/linux/session/ApplicationService.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/platform/linux/session/harness/SessionTest.h"
+
+namespace audrel::linuxos {
+namespace {
+
+using namespace std::chrono_literals;
+using Claim = ApplicationService::Claim;
+using sessiontest::runLoopUntil;
+using sessiontest::TestService;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* name = "io.github.audrel.Audrel";
+constexpr const char* path = "/io/github/audrel/Audrel";
+
+class Program final : public ApplicationCommands {
+ public:
+  std::vector<std::string> calls;
+
+  void startRecording() override { calls.emplace_back("start"); }
+  void stopRecording() override { calls.emplace_back("stop"); }
+  void quit() override { calls.emplace_back("quit"); }
+};
+
+/// A second start of the program, with a bus connection of its own.
+struct SecondStart {
+  explicit SecondStart(const std::shared_ptr<os::Logger>& log)
+      : notifier(bus, log), service(application, bus, notifier, log) {}
+
+  Application application;
+  DesktopBus bus;
+  Notifier notifier;
+  ApplicationService service;
+};
+
+class ApplicationServiceTest : public sessiontest::SessionTest {
+ protected:
+  /// What a call of the desktop's is answered: "" or an error.
+  std::string call(const char* member, GVariant* arguments) {
+    return callTo({name, path, "org.freedesktop.Application", member}, arguments);
+  }
+
+  std::string callTo(const DesktopBus::Method& method, GVariant* arguments) {
+    std::optional<std::string> failure;
+    desktop.call(method, arguments,
+                 [&](const DesktopBus::Answer& answer) { failure = answer.failure; });
+    runLoopUntil([&] { return failure.has_value(); });
+    return failure.value_or("no answer");
+  }
+
+  std::string callAction(const char* action) {
+    return call("ActivateAction", g_variant_new("(sava{sv})", action, nullptr, nullptr));
+  }
+
+  std::string activate() { return call("Activate", g_variant_new("(a{sv})", nullptr)); }
+
+  std::string ownerOfName() {
+    return callTo(
+        {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner"},
+        g_variant_new("(s)", name));
+  }
+
+  /// Lets waiting events happen.
+  static void settle() {
+    runLoopUntil([] { return false; }, 50ms);
+  }
+
+  DesktopBus desktop;
+  Application application;
+  ApplicationService service{application, bus, notifier, log};
+  std::shared_ptr<Program> program = std::make_shared<Program>();
+};
+
+TEST_F(ApplicationServiceTest, theFirstStartHasTheName) {
+  EXPECT_NE(ownerOfName(), "");
+  EXPECT_EQ(service.claim(), Claim::first);
+  EXPECT_EQ(ownerOfName(), "");
+}
+
+TEST_F(ApplicationServiceTest, aSecondStartMakesTheFirstSayThatItRuns) {
+  auto desktopsNotifications = notifications();
+  ASSERT_TRUE(desktopsNotifications.isRunning());
+  ASSERT_EQ(service.claim(), Claim::first);
+  SecondStart second(log);
+  EXPECT_EQ(second.service.claim(), Claim::runsAlready);
+  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
+  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty()) << "one says it";
+}
+
+TEST_F(ApplicationServiceTest, aSecondStartSaysSoItselfWhenTheFirstFails) {
+  auto desktopsNotifications = notifications();
+  ASSERT_TRUE(desktopsNotifications.isRunning());
+  const TestService broken(privateBus.address(), name, path, {});
+  ASSERT_TRUE(broken.isRunning());
+  EXPECT_EQ(service.claim(), Claim::runsAlready);
+  EXPECT_FALSE(notifier.isBusy()) << "it was told before the process may end";
+  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
+}
+
+TEST_F(ApplicationServiceTest, aSecondStartSaysSoItselfWhenTheFirstHangs) {
+  const TestService hanging(privateBus.address(), name, path, {{"Activate", "-"}});
+  ASSERT_TRUE(hanging.isRunning());
+  EXPECT_EQ(service.claim(), Claim::runsAlready);
+  EXPECT_THAT(log->lines, ElementsAre(HasSubstr("error: Audrel is already running: ")));
+}
+
+TEST_F(ApplicationServiceTest, withoutABusEveryStartIsTheFirst) {
+  const fakes::ScopedVariable noAddress("DBUS_SESSION_BUS_ADDRESS", "");
+  const fakes::ScopedVariable noRuntimeFolder("XDG_RUNTIME_DIR", "/nonexistent");
+  EXPECT_EQ(service.claim(), Claim::first);
+}
+
+TEST_F(ApplicationServiceTest, withABusThatIsGoneEveryStartIsTheFirst) {
+  privateBus.crash();
+  EXPECT_EQ(service.claim(), Claim::first);
+}
+
+TEST_F(ApplicationServiceTest, theDesktopsActionsArePerformedInOrder) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  for (const char* action : {"start-recording", "stop-recording", "quit"}) {
+    EXPECT_EQ(callAction(action), "");
+  }
+  settle();
+  EXPECT_THAT(program->calls, ElementsAre("start", "stop", "quit"));
+}
+
+TEST_F(ApplicationServiceTest, anUnknownActionIsRefused) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  EXPECT_EQ(callAction("explode"), "There is no such action");
+  settle();
+  EXPECT_THAT(program->calls, IsEmpty());
+}
+
+TEST_F(ApplicationServiceTest, actionsBeforeTheLaunchWaitForIt) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  EXPECT_EQ(callAction("start-recording"), "");
+  settle();
+  service.setCommands(program);
+  EXPECT_THAT(program->calls, IsEmpty()) << "not from here";
+  settle();
+  EXPECT_THAT(program->calls, ElementsAre("start"));
+}
+
+TEST_F(ApplicationServiceTest, actionsAreAnsweredBeforeTheyArePerformed) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  EXPECT_TRUE(service.activateAction("start-recording"));
+  EXPECT_THAT(program->calls, IsEmpty());
+}
+
+TEST_F(ApplicationServiceTest, onlyQuitIsHonouredWhileAnAlertIsUp) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  {
+    const ModalSession alert(application);
+    for (const char* action : {"start-recording", "stop-recording", "quit"}) {
+      EXPECT_EQ(callAction(action), "");
+    }
+    settle();
+  }
+  settle();
+  EXPECT_THAT(program->calls, ElementsAre("quit"));
+}
+
+TEST_F(ApplicationServiceTest, aCommandThatWaitsInAnAlertDelaysNoQuit) {
+  struct Asking final : ApplicationCommands {
+    Asking(Application& owner, ApplicationService& called) : application(owner), service(called) {}
+    void startRecording() override {
+      ModalSession session(application);
+      alert = &session;
+      service.activateAction("quit");
+      session.wait();
+      isAnswered = true;
+    }
+    void stopRecording() override {}
+    void quit() override { alert->finish(); }
+
+    Application& application;
+    ApplicationService& service;
+    ModalSession* alert = nullptr;
+    bool isAnswered = false;
+  };
+  ASSERT_EQ(service.claim(), Claim::first);
+  const auto asking = std::make_shared<Asking>(application, service);
+  service.setCommands(asking);
+  LoopSource tooLate([this] { application.terminate(); });
+  tooLate.callAfter(10s);
+  EXPECT_EQ(callAction("start-recording"), "");
+  EXPECT_TRUE(runLoopUntil([&] { return asking->isAnswered; }));
+  EXPECT_FALSE(application.isTerminating()) << "nobody quit";
+}
+
+TEST_F(ApplicationServiceTest, commandsOfAProgramThatHasGoneAreDropped) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  program.reset();
+  EXPECT_EQ(callAction("quit"), "");
+  settle();
+}
+
+TEST_F(ApplicationServiceTest, beingActivatedSaysThatItRuns) {
+  auto desktopsNotifications = notifications();
+  ASSERT_TRUE(desktopsNotifications.isRunning());
+  ASSERT_EQ(service.claim(), Claim::first);
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
+}
+
+TEST_F(ApplicationServiceTest, theActivationThatStartedItIsNoSecondStart) {
+  const fakes::ScopedVariable startedByBus("DBUS_STARTER_ADDRESS", privateBus.address().c_str());
+  auto desktopsNotifications = notifications();
+  ASSERT_TRUE(desktopsNotifications.isRunning());
+  SecondStart started(log);
+  ASSERT_EQ(started.service.claim(), Claim::first);
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty());
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
+}
+
+TEST_F(ApplicationServiceTest, theNameIsThereAgainAfterTheBusWasRestarted) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  service.setCommands(program);
+  privateBus.crash();
+  settle();
+  privateBus.restart();
+  ASSERT_TRUE(runLoopUntil([this] { return ownerOfName().empty(); }));
+  EXPECT_EQ(callAction("stop-recording"), "");
+  settle();
+  EXPECT_THAT(program->calls, ElementsAre("stop"));
+}
+
+TEST_F(ApplicationServiceTest, aRecordingGoesOnWhenAnotherStartedWhileTheBusWasAway) {
+  ASSERT_EQ(service.claim(), Claim::first);
+  privateBus.crash();
+  settle();
+  privateBus.restart();
+  const TestService other(privateBus.address(), name, path, {});
+  ASSERT_TRUE(other.isRunning());
+  EXPECT_TRUE(runLoopUntil([this] { return !log->lines.empty(); }));
+  EXPECT_THAT(log->lines, ElementsAre("Another Audrel was started while the session bus was away"));
+}
+
+}  // namespace
+}  // namespace audrel::linuxos

@@ -1,0 +1,145 @@
+#include "platform/linux/pipewire/CaptureAccess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/platform/linux/session/harness/MemoryLogger.h"
+
+namespace audrel::linuxos {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* linkFactory = "{ name = libpipewire-module-link-factory }";
+
+/// The user without any rights, if this process has them all.
+class Nobody {
+ public:
+  Nobody() {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0 && seteuid(nobody) != 0) {
+      ADD_FAILURE() << "cannot become nobody";
+    }
+  }
+  ~Nobody() {
+    if (getuid() != geteuid() && seteuid(getuid()) != 0) {
+      ADD_FAILURE() << "cannot become root again";
+    }
+  }
+  Nobody(const Nobody&) = delete;
+  Nobody& operator=(const Nobody&) = delete;
+};
+
+struct SharedLog final : os::Log {
+  std::shared_ptr<sessiontest::MemoryLogger> logger = std::make_shared<sessiontest::MemoryLogger>();
+
+  std::shared_ptr<os::Logger> makeLogger(const std::string&, const std::string&) override {
+    return logger;
+  }
+};
+
+class LinuxCaptureAccess : public testing::Test {
+ protected:
+  /// The name by which the server's lists know this process.
+  static std::string ownName() {
+    std::ifstream stream("/proc/self/cmdline");
+    std::string name;
+    std::getline(stream, name, '\0');
+    return name;
+  }
+
+  /// A server with those settings of its access module and those other modules, which listens.
+  void startServer(const std::string& access, const std::string& others) {
+    std::ofstream(folder.path() / "pipewire.conf")
+        << "context.properties = { core.daemon = true core.name = pipewire-0 support.dbus = false "
+           "}\ncontext.spa-libs = { support.* = support/libspa-support }\n"
+           "context.modules = [ { name = libpipewire-module-protocol-native }\n"
+           "{ name = libpipewire-module-access args = { "
+        << access << " } }\n"
+        << others << " ]\n";
+    const std::string path = folder.path().string();
+    server = pwtest::ChildProcess::start({.arguments = {"pipewire", "-c", "pipewire.conf"},
+                                          .environment = {{"PIPEWIRE_CONFIG_DIR", path},
+                                                          {"PIPEWIRE_RUNTIME_DIR", path},
+                                                          {"XDG_RUNTIME_DIR", path}},
+                                          .showsErrors = false});
+    ASSERT_NE(server, nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (!std::filesystem::is_socket(socket()) && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(5ms);
+    }
+    ASSERT_TRUE(std::filesystem::is_socket(socket()));
+    access_.useServer(socket());
+  }
+
+  std::string socket() const { return folder.path() / "pipewire-0"; }
+
+  void expectRefusal(const std::string& reason) {
+    EXPECT_FALSE(access_.preflightScreenCaptureAccess());
+    EXPECT_THAT(log.logger->lines,
+                ElementsAre("error: The audio server refuses to be captured — " + reason));
+  }
+
+  pwtest::TemporaryFolder folder;
+  std::unique_ptr<pwtest::ChildProcess> server;
+  SharedLog log;
+  CaptureAccess access_{log};
+};
+
+TEST_F(LinuxCaptureAccess, isGrantedByAServerThatLetsThisProgramLink) {
+  startServer("", linkFactory);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_TRUE(access_.requestScreenCaptureAccess());
+  EXPECT_THAT(log.logger->lines, IsEmpty());
+}
+
+TEST_F(LinuxCaptureAccess, isGrantedWhereThereIsNoServer) {
+  access_.useServer(socket());
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_TRUE(access_.requestScreenCaptureAccess());
+}
+
+TEST_F(LinuxCaptureAccess, isGrantedWhereNothingIsKnownAboutTheServer) {
+  startServer("", linkFactory);
+  kill(server->pid(), SIGSTOP);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+}
+
+TEST_F(LinuxCaptureAccess, isRefusedByAServerThatRejectsThisProgram) {
+  startServer("access.rejected = [ \"" + ownName() + "\" ]", linkFactory);
+  expectRefusal("it rejects this program");
+  EXPECT_FALSE(access_.requestScreenCaptureAccess());
+}
+
+TEST_F(LinuxCaptureAccess, isRefusedWhileNobodyGivesThePermission) {
+  startServer("access.restricted = [ \"" + ownName() + "\" ]", linkFactory);
+  expectRefusal("it waits for a permission that its session manager has not given");
+}
+
+TEST_F(LinuxCaptureAccess, isRefusedByAServerThatShowsNoLinks) {
+  startServer("", "");
+  expectRefusal("it does not let this program link to streams");
+}
+
+TEST_F(LinuxCaptureAccess, isRefusedByAnotherUsersServer) {
+  startServer("", linkFactory);
+  ASSERT_EQ(chmod(socket().c_str(), 0), 0);
+  const Nobody nobody;
+  expectRefusal("it is another user's");
+}
+
+}  // namespace
+}  // namespace audrel::linuxos

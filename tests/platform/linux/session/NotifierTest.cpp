@@ -1,0 +1,116 @@
+#include "platform/linux/session/Notifier.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/platform/linux/session/harness/SessionTest.h"
+
+namespace audrel::linuxos {
+namespace {
+
+using sessiontest::runLoopUntil;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class NotifierTest : public sessiontest::SessionTest {
+ protected:
+  bool settle() {
+    return runLoopUntil([this] { return !notifier.isBusy(); });
+  }
+};
+
+TEST_F(NotifierTest, sendsPlainTextToADesktopThatKnowsNoMarkup) {
+  auto service = notifications("['body', 'actions']");
+  ASSERT_TRUE(service.isRunning());
+  notifier.notify({.summary = "a < b", .body = "\"c\" & d"});
+  EXPECT_EQ(nextNotification(service),
+            "Notify ('Audrel', 0, 'io.github.audrel.Audrel', 'a < b', '\"c\" & d', [], "
+            "{'urgency': <byte 0x01>, 'desktop-entry': <'io.github.audrel.Audrel'>}, -1)");
+  EXPECT_TRUE(settle());
+  EXPECT_THAT(log->lines, IsEmpty());
+}
+
+TEST_F(NotifierTest, escapesTheBodyForADesktopThatReadsMarkup) {
+  auto service = notifications("['body', 'body-markup']");
+  ASSERT_TRUE(service.isRunning());
+  notifier.notify(
+      {.summary = "a < b", .body = "<b>c</b> & d", .urgency = Notification::Urgency::critical});
+  EXPECT_EQ(nextNotification(service),
+            "Notify ('Audrel', 0, 'io.github.audrel.Audrel', 'a < b', "
+            "'&lt;b&gt;c&lt;/b&gt; &amp; d', [], "
+            "{'urgency': <byte 0x02>, 'desktop-entry': <'io.github.audrel.Audrel'>}, -1)");
+}
+
+TEST_F(NotifierTest, makesTextsOfBytesThatAreNone) {
+  auto service = notifications();
+  ASSERT_TRUE(service.isRunning());
+  notifier.notify({.summary = "caf\xE9", .body = "\xFF"});
+  EXPECT_THAT(nextNotification(service), HasSubstr("'caf\xEF\xBF\xBD', '\xEF\xBF\xBD'"));
+}
+
+TEST_F(NotifierTest, logsTheTextWhereNobodyShowsNotifications) {
+  notifier.notify({.summary = "Recording failed", .body = "No space."});
+  EXPECT_TRUE(notifier.isBusy());
+  ASSERT_TRUE(settle());
+  EXPECT_THAT(log->lines, ElementsAre(StartsWith("error: Recording failed: No space. (no "
+                                                 "notification could be shown: ")));
+}
+
+TEST_F(NotifierTest, logsTheTextThatTheDesktopRefuses) {
+  const sessiontest::TestService service(
+      privateBus.address(), "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+      {{"GetCapabilities", "(@as [],)"}, {"Notify", "!org.freedesktop.DBus.Error.LimitsExceeded"}});
+  ASSERT_TRUE(service.isRunning());
+  notifier.notify({.summary = "Title", .body = "Text"});
+  ASSERT_TRUE(settle());
+  EXPECT_THAT(log->lines, ElementsAre("error: Title: Text (no notification could be shown: refused "
+                                      "by the test)"));
+}
+
+TEST_F(NotifierTest, logsTheTextAtOnceWhereThereIsNoBus) {
+  const fakes::ScopedVariable noAddress("DBUS_SESSION_BUS_ADDRESS", "");
+  const fakes::ScopedVariable noRuntimeFolder("XDG_RUNTIME_DIR", "/nonexistent");
+  notifier.notify({.summary = "Title", .body = "Text"});
+  EXPECT_THAT(log->lines, ElementsAre("error: Title: Text (no notification could be shown: this "
+                                      "session has no bus)"));
+}
+
+TEST_F(NotifierTest, logsTheTextWhereTheBusHasCrashed) {
+  privateBus.crash();
+  notifier.notify({.summary = "Title", .body = "Text"});
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(log->lines.size(), 1U);
+}
+
+TEST_F(NotifierTest, findsABusThatWasStartedAgain) {
+  notifier.notify({.summary = "first", .body = ""});
+  ASSERT_TRUE(settle());
+  bool isLost = false;
+  bus.setLossObserver([&] { isLost = true; });
+  privateBus.crash();
+  ASSERT_TRUE(runLoopUntil([&] { return isLost; }));
+  privateBus.restart();
+  auto service = notifications();
+  ASSERT_TRUE(service.isRunning());
+  notifier.notify({.summary = "second", .body = ""});
+  EXPECT_THAT(nextNotification(service), HasSubstr("'second'"));
+}
+
+TEST_F(NotifierTest, callsNobodyBackOnceTheBusObjectHasGone) {
+  auto local = std::make_unique<DesktopBus>();
+  int answers = 0;
+  const auto count = [&answers](const DesktopBus::Answer&) { ++answers; };
+  constexpr DesktopBus::Method unknown{"org.nobody", "/", "org.nobody", "Nothing"};
+  local->call(unknown, nullptr, count);
+  local.reset();
+  auto second = std::make_unique<DesktopBus>();
+  second->call(unknown, nullptr, count);
+  ASSERT_TRUE(runLoopUntil([&] { return answers == 1; }));
+  second->call(unknown, nullptr, count);
+  second.reset();
+  EXPECT_FALSE(runLoopUntil([&] { return answers > 1; }, std::chrono::milliseconds(100)));
+}
+
+}  // namespace
+}  // namespace audrel::linuxos

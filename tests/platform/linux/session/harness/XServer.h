@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tests/fakes/ScopedVariable.h"
+#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+
+namespace audrel::sessiontest {
+
+/// An X server without a screen, as this process's display. GTK programs find no desktop there but
+/// what the test has.
+class XServer {
+ public:
+  XServer();
+
+  /// The first thing that a test asserts.
+  bool isRunning() const { return display_.has_value(); }
+
+  /// Ends it without notice.
+  void crash();
+
+ private:
+  std::unique_ptr<pwtest::ChildProcess> server_;
+  std::optional<fakes::ScopedVariable> display_;
+  fakes::ScopedVariable backend_{"GDK_BACKEND", "x11"};
+  fakes::ScopedVariable accessibility_{"NO_AT_BRIDGE", "1"};
+  fakes::ScopedVariable settings_{"GSETTINGS_BACKEND", "memory"};
+
+  /// Fonts and themes are kept until the process ends, which the leak check takes for leaks.
+  fakes::ScopedVariable leaks_{"ASAN_OPTIONS", "detect_leaks=0"};
+};
+
+/// The user at the keyboard: waits until a window called "Audrel" shows, then presses the keys in
+/// it. Works beside this process until this object goes.
+std::unique_ptr<pwtest::ChildProcess> pressKeysInAlert(const std::string& keys);
+
+}  // namespace audrel::sessiontest
