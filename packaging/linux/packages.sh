@@ -28,6 +28,7 @@ testPackages=(
   libgtest-dev           # tests
   libgmock-dev           # tests
   libbenchmark-dev       # benchmarks
+  python3                # the comparison with other recorders
   libsndfile1-dev        # a reader of WAV that is not FFmpeg
   sox                    # another
   gstreamer1.0-tools     # a reader of M4A that is not FFmpeg
