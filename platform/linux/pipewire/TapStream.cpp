@@ -68,8 +68,8 @@ TapStream::TapStream(Connection& connection, double rate, IsTapped isTapped, Tim
 }
 
 TapStream::~TapStream() {
-  // Destroying the stream emits a last state, which nobody needs. It also waits for the data thread,
-  // which uses the pointer until then: so no reset(), which would clear it first.
+  // Destroying the stream emits a last state, which nobody needs. It also waits for the data
+  // thread, which uses the pointer until then: so no reset(), which would clear it first.
   streamHook_.remove();
 }
 
