@@ -112,7 +112,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   setpgid(0, 0);
   sigset_t none;
   sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   const int quiet = open("/dev/null", O_RDWR | O_CLOEXEC);
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     dup2(quiet, descriptor);

@@ -62,7 +62,9 @@ const ProcessTable::Process& ProcessTable::processOf(const GraphNode& node,
   if (const auto known = idsByKey_.find(owner.key); known != idsByKey_.end()) {
     return processes_.at(known->second);
   }
-  Process process{.id = newID(owner.key), .owner = std::move(owner), .name = {}, .bundleID = {}};
+  Process process;
+  process.id = newID(owner.key);
+  process.owner = std::move(owner);
   describe(process, node, client);
   idsByKey_[process.owner.key] = process.id;
   return processes_[process.id] = std::move(process);
