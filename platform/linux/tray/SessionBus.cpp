@@ -79,7 +79,7 @@ void SessionBus::connectionMade(ConnectionHandle connection) {
 }
 
 void SessionBus::connectionFailed(const std::string& reason) {
-  if (!failureIsLogged_) {
+  if (logger_ != nullptr && !failureIsLogged_) {
     failureIsLogged_ = true;
     logger_->error("No session bus, so no status item for now (recording goes on; trying again): " +
                    reason);

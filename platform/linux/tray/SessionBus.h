@@ -25,7 +25,8 @@ class SessionBus {
     std::function<void()> disconnected;
   };
 
-  /// The listener is called from the main loop only, never from here.
+  /// The listener is called from the main loop only, never from here. Without a logger nothing is
+  /// logged: one bus object tells enough.
   SessionBus(Listener listener, std::shared_ptr<os::Logger> logger);
   ~SessionBus();
   SessionBus(const SessionBus&) = delete;

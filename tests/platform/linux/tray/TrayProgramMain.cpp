@@ -15,6 +15,7 @@
 
 #include "platform/Log.h"
 #include "platform/linux/tray/Application.h"
+#include "platform/linux/tray/LogoutWatch.h"
 #include "platform/linux/tray/RunLoop.h"
 #include "platform/linux/tray/TrayAppKit.h"
 
@@ -34,6 +35,7 @@ namespace {
 
 using audrel::linuxos::Application;
 using audrel::linuxos::IconTheme;
+using audrel::linuxos::LogoutWatch;
 using audrel::linuxos::ModalSession;
 using audrel::linuxos::RunLoop;
 using audrel::linuxos::TrayAppKit;
@@ -296,6 +298,7 @@ int main(int argc, char** argv) {
   auto program = std::make_shared<Program>(application, appKit);
   application.setDelegate(program);
   CommandReader reader(*program);
+  const LogoutWatch logout(application);
   application.run();
   program.reset();
   say("ended");
