@@ -2,8 +2,6 @@
 
 #include <sys/types.h>
 
-#include <atomic>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -79,9 +77,6 @@ class Recorder {
   const SampleStore& samples() const { return samples_; }
   bool waitForMore(std::size_t frames) const { return samples_.waitForMore(frames); }
 
-  /// Holds up the next cycle for so long.
-  void stall(std::chrono::milliseconds duration) { stall_ = duration; }
-
   double rate() const { return format_.mSampleRate; }
   std::uint64_t lostFrames() { return hardware_.lostFrames(); }
 
@@ -98,7 +93,6 @@ class Recorder {
   CA::AudioObjectID device_ = 0;
   CA::AudioDeviceIOProcID procedure_ = nullptr;
   SampleStore samples_;
-  std::atomic<std::chrono::milliseconds> stall_ = std::chrono::milliseconds(0);
 };
 
 }  // namespace audrel::pwtest
