@@ -121,9 +121,7 @@ void RecordingEngine::start(const RecordingSource& source, RecordingFormat forma
 }
 
 void RecordingEngine::tearDownCore() {
-  if (ioProcID_ != nullptr) {
-    removeIOProc();
-  }
+  removeIOProc();
   destroyCaptureObjects();
   audioFile_ = nullptr;
   writerFormat_ = nullptr;

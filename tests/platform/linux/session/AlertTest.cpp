@@ -171,6 +171,17 @@ TEST_F(ShownAlert, whoseDisplayDiesBecomesANotification) {
   EXPECT_THAT(nextNotification(service), HasSubstr("'Permission needed', 'Allow it.'"));
 }
 
+TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
+  // What holds the other end of its input ends as soon as the window is there.
+  const auto shell = pwtest::ChildProcess::start(
+      {.arguments = {"sh", "-c",
+                     "xdotool search --sync --onlyvisible --name '^Audrel$' >/dev/null | '" +
+                         helper.string() + "' warning Message Text OK; echo $?"},
+       .environment = {}});
+  ASSERT_NE(shell, nullptr);
+  EXPECT_EQ(shell->readLine(20s), "100");
+}
+
 TEST_F(AlertTest, givesTheHelperItsTextsInTheDesktopsWords) {
   useScript("exit 10");
   EXPECT_EQ(run(*permissionAlert()), first);

@@ -90,6 +90,11 @@ TEST_F(LinuxUserDefaults, areAFileThatPeopleCanRead) {
   EXPECT_EQ(content(), "[Defaults]\nformat=\"wav\"\nsourceName=\"Rhythmbox — Größe\"\n");
 }
 
+TEST_F(LinuxUserDefaults, areUtf8WhateverBytesATextHas) {
+  defaults.setString("/music/caf\xE9\n.wav", "lastRecordingPath");
+  EXPECT_EQ(content(), "[Defaults]\nlastRecordingPath=\"/music/caf\\351\\n.wav\"\n");
+}
+
 class AnyText : public LinuxUserDefaults, public testing::WithParamInterface<std::string> {};
 
 TEST_P(AnyText, isReadBackAsItWasByAnotherProcess) {
