@@ -1,5 +1,6 @@
 // What is recorded is what was played, to the sample, on a server that loses no cycle.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -275,6 +276,31 @@ TEST(ExactCapture, aProcessWithoutStreamsIsTappedAndHeardWhenItPlaysAgain) {
   ASSERT_EQ(segments.size(), 2U) << describe(segments);
   EXPECT_EQ(segments[0].kind, Segment::Kind::silence) << describe(segments);
   EXPECT_EQ(segments[1].first.stream, 2U) << describe(segments);
+}
+
+TEST(ExactCapture, cyclesThatARecorderIsTooSlowForAreSilentAndReported) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
+  ASSERT_TRUE(recorder.waitForMore(longEnough));
+  recorder.stall(std::chrono::milliseconds(1000));
+  ASSERT_TRUE(recorder.waitForMore(longEnough));
+  ASSERT_EQ(recorder.stop(), 0);
+
+  const std::uint64_t lostFrames = recorder.lostFrames();
+  EXPECT_GE(lostFrames, 1024U);
+  EXPECT_EQ(lostFrames % 1024, 0U);
+  EXPECT_LE(lostFrames, 10U * 1024);
+  std::string problem;
+  const auto track = onlyTrack(recorded(recorder), player.report("music").stretches, &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_TRUE(isExactButFor(*track, lostFrames)) << problem;
+  EXPECT_THAT(recorder.log().lines(),
+              testing::Contains(testing::StartsWith("error: Frames lost by the audio server — " +
+                                                    std::to_string(lostFrames) + ";")));
 }
 
 TEST(ExactCapture, anotherQuantumMakesNoDifference) {

@@ -1,17 +1,15 @@
-// The few things that only a server in real time can show. On a busy machine cycles are lost for
-// real: a recording is exact, or every gap in it is a reported one.
+// What only a server in real time can show.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <thread>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
+#include "tests/platform/linux/pipewire/harness/RealTime.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
@@ -23,46 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::HasSubstr;
-
-constexpr double rate = 48000;
-
-ServerOptions realTime() {
-  return {.timesRealTime = std::nullopt};
-}
-
-/// Tells how much audio should have been recorded.
-class Stopwatch {
- public:
-  double frames() const {
-    return rate * std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
-TEST(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
-  TestServer server(realTime());
-  ASSERT_TRUE(server.isRunning());
-  Player player(server.socketPath());
-  ASSERT_TRUE(player.open("music", 1));
-  Recorder recorder(server.socketPath());
-  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
-  const Stopwatch stopwatch;
-  std::this_thread::sleep_for(20s);
-  ASSERT_EQ(recorder.stop(), 0);
-  const double expected = stopwatch.frames();
-  const auto stretches = player.report("music").stretches;
-
-  ASSERT_FALSE(recorder.samples().hasFailed());
-  const Audio audio = recorder.samples().audio();
-  std::string problem;
-  const auto track = onlyTrack(audio, stretches, &problem);
-  ASSERT_TRUE(track) << problem;
-  EXPECT_EQ(track->silent, recorder.lostFrames() + unplayedFrames(stretches)) << problem;
-  EXPECT_NEAR(static_cast<double>(framesOf(audio)), expected, 4096);
-  RecordProperty("lostFrames", static_cast<int>(recorder.lostFrames()));
-}
 
 TEST(RealTime, aServerThatDiesAndComesBackLeavesSilenceOfTheRightLength) {
   TestServer server(realTime());

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/Stamp.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
@@ -101,6 +104,29 @@ TEST(Track, anotherStreamOrAForeignFrameIsNone) {
   std::string problem;
   EXPECT_FALSE(onlyTrack(other, &problem));
   EXPECT_FALSE(onlyTrack(foreign, &problem));
+}
+
+TEST(Track, whatStandsWhenItWasPlayedIsExactThoughThePlayerPaused) {
+  Audio audio = stamped({.stream = 5, .position = 1000}, 100);
+  appendSilence(audio, 30);
+  append(audio, {.stream = 5, .position = 1100}, 100);
+  std::string problem;
+  EXPECT_FALSE(onlyTrack(audio, {{.graphPosition = 0, .frame = 0}}, &problem));
+  const std::vector<Stretch> paused = {{.graphPosition = 7000, .frame = 0},
+                                       {.graphPosition = 8130, .frame = 1100}};
+  const auto track = onlyTrack(audio, paused, &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_EQ(track->silent, 30U);
+  EXPECT_EQ(track->unplayed, 30U);
+  EXPECT_TRUE(isExactButFor(*track, 0));
+  EXPECT_TRUE(isExactButFor(*track, 30)) << "they may have been lost while nothing was played";
+  EXPECT_FALSE(isExactButFor(*track, 31));
+}
+
+TEST(Track, aGapThatWasNotReportedIsNotExact) {
+  EXPECT_TRUE(isExactButFor({.silent = 1024}, 1024));
+  EXPECT_FALSE(isExactButFor({.silent = 1024}, 0));
+  EXPECT_FALSE(isExactButFor({.silent = 0}, 1024));
 }
 
 TEST(Track, oneThatIsTakenOutOfASumLeavesTheOther) {

@@ -14,6 +14,11 @@ namespace {
 constexpr std::int64_t second = 1'000'000'000;
 constexpr std::int64_t patience = 3 * second / 10;
 
+// After a cycle that was given up, nodes may still finish it, which would count as finishing a
+// later one: the next cycles each leave time for that before they are followed by another.
+constexpr int unsettledCycles = 5;
+constexpr std::int64_t settlingTime = second / 100;
+
 std::int64_t now() {
   return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
@@ -133,6 +138,10 @@ void PacedDriver::startCycle() {
   clock->rate_diff = 1;
   clock->next_nsec = clock->nsec;
   setTimer(start + patience);
+  if (isCycleOpen_) {
+    cyclesToSettle_ = unsettledCycles;
+  }
+  isCycleOpen_ = true;
   isStartingCycle_ = true;
   spa_node_call_ready(&callbacks_, SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA);
   isStartingCycle_ = false;
@@ -140,9 +149,15 @@ void PacedDriver::startCycle() {
 
 /// Also called, at once, when a cycle is started before the last one has finished.
 int PacedDriver::cycleFinished() {
-  if (!isStartingCycle_ && isRunning_) {
-    setTimer(std::max(due_, now()));
+  if (isStartingCycle_ || !isRunning_) {
+    return SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA;
   }
+  if (isCycleOpen_ && cyclesToSettle_ > 0) {
+    --cyclesToSettle_;
+    due_ = now() + settlingTime;
+  }
+  isCycleOpen_ = false;
+  setTimer(std::max(due_, now()));
   return SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA;
 }
 

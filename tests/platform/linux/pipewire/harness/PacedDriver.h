@@ -42,8 +42,10 @@ class PacedDriver {
   spa_callbacks callbacks_{};
   std::atomic<spa_io_clock*> clock_ = nullptr;
   std::atomic<bool> isRunning_ = false;
-  bool isStartingCycle_ = false;  ///< on the data thread
-  std::int64_t due_ = 0;          ///< of the next cycle, monotonic nanoseconds
+  bool isStartingCycle_ = false;  ///< this and what follows: on the data thread
+  bool isCycleOpen_ = false;      ///< started and not finished
+  int cyclesToSettle_ = 0;
+  std::int64_t due_ = 0;  ///< of the next cycle, monotonic nanoseconds
   pw_impl_node* graphNode_ = nullptr;
 };
 

@@ -1,5 +1,7 @@
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 
+#include <thread>
+
 namespace audrel::pwtest {
 
 namespace {
@@ -164,6 +166,7 @@ CA::OSStatus Recorder::stop() {
 }
 
 void Recorder::take(const CA::AudioBufferList& input) noexcept {
+  std::this_thread::sleep_for(stall_.exchange(std::chrono::milliseconds(0)));
   const CA::AudioBuffer& buffer = input.mBuffers[0];
   if (input.mNumberBuffers != 1 || buffer.mNumberChannels != 2) {
     samples_.fail();

@@ -2,6 +2,8 @@
 
 #include <sys/types.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -77,6 +79,9 @@ class Recorder {
   const SampleStore& samples() const { return samples_; }
   bool waitForMore(std::size_t frames) const { return samples_.waitForMore(frames); }
 
+  /// Holds up the next cycle for so long.
+  void stall(std::chrono::milliseconds duration) { stall_ = duration; }
+
   double rate() const { return format_.mSampleRate; }
   std::uint64_t lostFrames() { return hardware_.lostFrames(); }
 
@@ -93,6 +98,7 @@ class Recorder {
   CA::AudioObjectID device_ = 0;
   CA::AudioDeviceIOProcID procedure_ = nullptr;
   SampleStore samples_;
+  std::atomic<std::chrono::milliseconds> stall_ = std::chrono::milliseconds(0);
 };
 
 }  // namespace audrel::pwtest

@@ -1,5 +1,6 @@
 #include "tests/platform/linux/pipewire/harness/Track.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace audrel::pwtest {
@@ -46,9 +47,9 @@ std::optional<Track> onlyTrack(const Audio& audio, std::string* problem) {
   return onlyTrack(audio, {Stretch{}}, problem);
 }
 
-std::uint64_t unplayedFrames(const std::vector<Stretch>& stretches) {
-  return stretches.back().graphPosition - stretches.front().graphPosition -
-         (stretches.back().frame - stretches.front().frame);
+bool isExactButFor(const Track& track, std::uint64_t lostFrames) {
+  return track.silent >= std::max(lostFrames, track.unplayed) &&
+         track.silent <= lostFrames + track.unplayed;
 }
 
 std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& stretches,
@@ -76,6 +77,9 @@ std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& s
     }
     track->silent += segment.begin - track->end;
     track->end = segment.end();
+    track->unplayed = graphPosition(stretches, segment.endPosition() - 1) -
+                      graphPosition(stretches, track->first.position) -
+                      (segment.endPosition() - 1 - track->first.position);
   }
   return track;
 }

@@ -17,6 +17,8 @@ struct Track {
   std::size_t end = 0;     ///< after its last frame
   StampPosition first;     ///< what stands at `begin`
   std::size_t silent = 0;  ///< frames in between in whose place there is silence
+  /// Frames of the graph in between in which the stream did not play.
+  std::uint64_t unplayed = 0;
 };
 
 /// When a stream played: from `frame` of the stream, which played at `graphPosition` of the graph's
@@ -33,12 +35,13 @@ struct Stretch {
 std::optional<Track> onlyTrack(const Audio& audio, std::string* problem);
 
 /// The same of a stream that did not play without a break: every frame must stand at the time when
-/// it was played. What is silent since nothing was played counts among the silent frames.
+/// it was played.
 std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& stretches,
                                std::string* problem);
 
-/// Frames of the graph, between the first and the last stretch, in which nothing was played.
-std::uint64_t unplayedFrames(const std::vector<Stretch>& stretches);
+/// Whether all that is missing of the track was not played, or is part of the frames that were
+/// reported as lost (which may be of cycles in which nothing was played).
+bool isExactButFor(const Track& track, std::uint64_t lostFrames);
 
 /// Takes a track out of a recording. Frames that are silent stay so.
 void remove(const Track& track, Audio& audio);
