@@ -17,6 +17,7 @@ namespace audrel::pwtest {
 namespace {
 
 using namespace std::chrono_literals;
+
 TEST(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
   TestServer server(realTime());
   ASSERT_TRUE(server.isRunning());

@@ -15,7 +15,7 @@ namespace audrel::pwtest {
 struct Track {
   std::size_t begin = 0;   ///< its first frame, in frames of the recording
   std::size_t end = 0;     ///< after its last frame
-  StampPosition first;     ///< what stands at `begin`
+  StampPosition first{};   ///< what stands at `begin`
   std::size_t silent = 0;  ///< frames in between in whose place there is silence
   /// Frames of the graph in between in which the stream did not play.
   std::uint64_t unplayed = 0;
