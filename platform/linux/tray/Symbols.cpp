@@ -9,16 +9,18 @@ namespace audrel::linuxos {
 namespace {
 
 constexpr double outerRadius = 0.47;
-constexpr double innerRadius = 0.40;
+constexpr double innerRadius = 0.41;
 
 struct Bar {
   double x;           ///< of its middle
   double halfHeight;  ///< without the round ends
 };
 
-constexpr double barHalfWidth = 0.035;
-constexpr std::array bars = {Bar{0.26, 0.02}, Bar{0.38, 0.12}, Bar{0.50, 0.20}, Bar{0.62, 0.09},
-                             Bar{0.74, 0.04}};
+// Far enough from each other to stay apart in 16 dots. The icons in packaging/linux/icons have the
+// same shapes.
+constexpr double barHalfWidth = 0.04;
+constexpr std::array bars = {Bar{0.19, 0.02}, Bar{0.345, 0.14}, Bar{0.50, 0.24}, Bar{0.655, 0.11},
+                             Bar{0.81, 0.04}};
 
 bool waveformCovers(double x, double y) {
   return std::ranges::any_of(bars, [x, y](const Bar& bar) {
