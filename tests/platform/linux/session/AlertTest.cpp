@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <optional>
 #include <system_error>
 
 #include "platform/linux/session/AlertHelper.h"
@@ -17,7 +18,7 @@ namespace audrel::linuxos {
 namespace {
 
 using namespace std::chrono_literals;
-using sessiontest::pressKeysInAlert;
+using sessiontest::KeyPresses;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -120,7 +121,7 @@ TEST_F(ShownAlert, isAnsweredByTheKeyboard) {
     NS::ModalResponse answer;
   } cases[] = {{"Return", first}, {"Tab Return", second}, {"Tab space", second}};
   for (const auto& [keys, answer] : cases) {
-    const auto user = pressKeysInAlert(keys);
+    const KeyPresses user(keys);
     EXPECT_EQ(run(*permissionAlert()), answer) << keys;
   }
   EXPECT_THAT(log->lines, IsEmpty());
@@ -128,21 +129,21 @@ TEST_F(ShownAlert, isAnsweredByTheKeyboard) {
 
 TEST_F(ShownAlert, isAnsweredWithItsLastButtonByEscape) {
   {
-    const auto user = pressKeysInAlert("Escape");
+    const KeyPresses user("Escape");
     EXPECT_EQ(run(*permissionAlert()), second);
   }
-  const auto user = pressKeysInAlert("Escape");
+  const KeyPresses user("Escape");
   EXPECT_EQ(run(*failureAlert()), first);
   EXPECT_THAT(log->lines, IsEmpty()) << "it was seen: no notification";
 }
 
 TEST_F(ShownAlert, letsTheApplicationsEventsGoOn) {
   int ticks = 0;
-  std::unique_ptr<pwtest::ChildProcess> user;
+  std::optional<KeyPresses> user;
   LoopSource timer([&] {
     if (++ticks == 5) {
       EXPECT_TRUE(application.isModal());
-      user = pressKeysInAlert("Return");
+      user.emplace("Return");
     } else {
       timer.callAfter(20ms);
     }
@@ -174,9 +175,10 @@ TEST_F(ShownAlert, whoseDisplayDiesBecomesANotification) {
 TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
   // What holds the other end of its input ends as soon as the window is there.
   const auto shell = pwtest::ChildProcess::start(
-      {.arguments = {"sh", "-c",
-                     "xdotool search --sync --onlyvisible --name '^Audrel$' >/dev/null | '" +
-                         helper.string() + "' warning Message Text OK; echo $?"},
+      {.arguments =
+           {"sh", "-c",
+            "{ xdotool search --sync --onlyvisible --name '^Audrel$' >/dev/null; :; } | '" +
+                helper.string() + "' warning Message Text OK; echo $?"},
        .environment = {}});
   ASSERT_NE(shell, nullptr);
   EXPECT_EQ(shell->readLine(20s), "100");

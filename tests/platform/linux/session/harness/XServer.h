@@ -33,7 +33,16 @@ class XServer {
 };
 
 /// The user at the keyboard: waits until a window called "Audrel" shows, then presses the keys in
-/// it. Works beside this process until this object goes.
-std::unique_ptr<pwtest::ChildProcess> pressKeysInAlert(const std::string& keys);
+/// it. Works beside this process; when this object goes, the keys are up again.
+class KeyPresses {
+ public:
+  explicit KeyPresses(const std::string& keys);
+  ~KeyPresses();
+  KeyPresses(const KeyPresses&) = delete;
+  KeyPresses& operator=(const KeyPresses&) = delete;
+
+ private:
+  std::unique_ptr<pwtest::ChildProcess> user_;
+};
 
 }  // namespace audrel::sessiontest
