@@ -51,8 +51,4 @@ class Console {
   bool hasStatus_ = false;
 };
 
-/// Opens /dev/null for each of the three standard descriptors that is closed: else the first file
-/// that is opened takes its number, and what is meant for the terminal goes into the recording.
-void openStandardDescriptors();
-
 }  // namespace audrel::cli

@@ -61,7 +61,6 @@ int run(std::span<char*> arguments) {
 
 int main(int argumentCount, char** arguments) {
   using audrel::cli::ExitStatus;
-  audrel::cli::openStandardDescriptors();
   try {
     return audrel::cli::run({arguments, static_cast<std::size_t>(argumentCount)});
   } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/Desktop.h"
 #include "platform/Platform.h"
 
 /// The operating system that the program was built for. Only a process entry makes one.
@@ -13,6 +14,10 @@ class NativePlatform {
   virtual ~NativePlatform() = default;
 
   virtual Platform interfaces() = 0;
+
+  /// What the menu-bar program needs besides; made on the first call. Nothing when that program
+  /// runs already in this session, which the user was told.
+  virtual std::optional<Desktop> desktop() = 0;
 
   /// Starts a private audio server that plays a melody and turns the hardware layer to it, for as
   /// long as the platform lives. Before anything was asked of the hardware layer. Nothing on

@@ -1,9 +1,13 @@
+#include "platform/Identity.h"
 #include "platform/NativePlatform.h"
+#include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/desktop/Clock.h"
 #include "platform/linux/desktop/Collation.h"
 #include "platform/linux/desktop/Dispatch.h"
 #include "platform/linux/desktop/FileManager.h"
 #include "platform/linux/desktop/Log.h"
+#include "platform/linux/desktop/StandardDescriptors.h"
+#include "platform/linux/desktop/SuspendInhibitor.h"
 #include "platform/linux/desktop/UUIDFactory.h"
 #include "platform/linux/ffmpeg/AudioFramework.h"
 #include "platform/linux/pipewire/CaptureAccess.h"
@@ -17,6 +21,12 @@ namespace {
 
 class LinuxPlatform final : public NativePlatform {
  public:
+  LinuxPlatform() {
+    hardware_.setRunObserver([this](CaptureHardware::Running running) {
+      running == CaptureHardware::Running::yes ? inhibitor_.hold() : inhibitor_.release();
+    });
+  }
+
   Platform interfaces() override {
     return {.audioHardware = hardware_,
             .audioFramework = audioFramework_,
@@ -29,6 +39,16 @@ class LinuxPlatform final : public NativePlatform {
             .dispatch = dispatch_,
             .log = log_,
             .diagnostics = hardware_};
+  }
+
+  std::optional<Desktop> desktop() override {
+    if (!desktop_) {
+      desktop_.emplace(hardware_, fileManager_, log_);
+      if (!desktop_->claimSession()) {
+        return std::nullopt;
+      }
+    }
+    return desktop_->interfaces();
   }
 
   std::optional<std::string> startDemo() override {
@@ -57,9 +77,11 @@ class LinuxPlatform final : public NativePlatform {
   CaptureAccess captureAccess_{log_};
   Dispatch dispatch_;
   AudioFramework audioFramework_{log_};
+  SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
   std::unique_ptr<PrivateServer> demoServer_;
   CaptureHardware hardware_{log_, uuids_};
   std::unique_ptr<MelodyPlayer> demoPlayer_;
+  std::optional<LinuxDesktop> desktop_;
 };
 
 }  // namespace
@@ -67,5 +89,6 @@ class LinuxPlatform final : public NativePlatform {
 }  // namespace audrel::linuxos
 
 std::unique_ptr<NativePlatform> NativePlatform::make() {
+  audrel::linuxos::openStandardDescriptors();
   return std::make_unique<audrel::linuxos::LinuxPlatform>();
 }

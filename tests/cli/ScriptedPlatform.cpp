@@ -68,6 +68,8 @@ class ScriptedPlatform final : public NativePlatform {
             .diagnostics = world_.diagnostics};
   }
 
+  std::optional<Desktop> desktop() override { return std::nullopt; }
+
   std::optional<std::string> startDemo() override {
     if (scriptSays("no-demo")) {
       return "The demo's server is not installed: install it.";

@@ -290,6 +290,7 @@ CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
     return fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure));
   }
   running_ = found->second.get();
+  tellRunning(Running::yes);
   return CA::kAudioHardwareNoError;
 }
 
@@ -308,8 +309,19 @@ CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
     installed->running.reset();
     running_ = nullptr;
     logLostFrames();
+    tellRunning(Running::no);
   }
   return CA::kAudioHardwareNoError;
+}
+
+void CaptureHardware::setRunObserver(std::function<void(Running)> observer) {
+  runObserver_ = std::move(observer);
+}
+
+void CaptureHardware::tellRunning(Running running) const {
+  if (runObserver_) {
+    runObserver_(running);
+  }
 }
 
 void CaptureHardware::logLostFrames() {

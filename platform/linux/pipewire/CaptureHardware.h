@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,6 +34,15 @@ class CaptureHardware final : public CA::AudioHardware,
   /// Connects to the server at that socket, which is the only one from now on; whether it answers.
   /// Before anything else was asked.
   bool useServer(const std::string& socketPath);
+
+  enum class Running { no, yes };
+
+  /// `observer` is called, on the thread of the call that did it, when a device has started and
+  /// when it has stopped. It must not call back.
+  void setRunObserver(std::function<void(Running)> observer);
+
+  /// Whether a device runs, started and not yet stopped.
+  bool isRunning() const { return running_ != nullptr; }
 
   CA::OSStatus AudioHardwareCreateProcessTap(const CA::TapDescription& description,
                                              CA::AudioObjectID* outTapID) override;
@@ -89,6 +99,7 @@ class CaptureHardware final : public CA::AudioHardware,
   CA::AudioObjectID objectOfSink(const GraphNode& sink);
   CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);
   void logLostFrames();
+  void tellRunning(Running running) const;
 
   std::shared_ptr<os::Logger> log_;
   NS::UUIDFactory& uuids_;
@@ -99,6 +110,7 @@ class CaptureHardware final : public CA::AudioHardware,
   std::map<CA::AudioObjectID, std::string> sinkNames_;
   std::map<CA::AudioObjectID, std::unique_ptr<Device>> devices_;
   Device* running_ = nullptr;
+  std::function<void(Running)> runObserver_;
   std::uint64_t lostFramesOfLastRun_ = 0;
   std::string diagnosis_;
 };

@@ -80,6 +80,10 @@ void Application::end(ModalSession& session) {
 }
 
 void Application::installSignalHandlers() {
+  // A terminal that is gone and a file-size limit are failures of a write, no reason to end.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    std::signal(signal, SIG_IGN);
+  }
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
     SourceHandle source(g_unix_signal_source_new(signal));
     g_source_set_callback(source.get(), terminateOnSignal, this, nullptr);

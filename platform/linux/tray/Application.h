@@ -13,7 +13,8 @@ class ModalSession;
 /// The application on a GLib main loop of the thread that makes it. Opens no display.
 ///
 /// SIGTERM, SIGINT and SIGHUP, from `run` on, end it as `terminate` does: the delegate is told
-/// first and has all the time it needs. More of them meanwhile change nothing.
+/// first and has all the time it needs. More of them meanwhile change nothing. SIGPIPE and SIGXFSZ
+/// are ignored.
 class Application final : public NS::Application {
  public:
   Application();
@@ -48,7 +49,7 @@ class Application final : public NS::Application {
   void end(ModalSession& session);
   void installSignalHandlers();
 
-  ContextHandle context_;
+  MainContextHandle context_;
   MainLoopHandle loop_;
   std::vector<SourceHandle> signalSources_;
   std::weak_ptr<NS::ApplicationDelegate> delegate_;

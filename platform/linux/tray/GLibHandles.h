@@ -16,7 +16,7 @@ struct Releaser {
   }
 };
 
-using ContextHandle = std::unique_ptr<GMainContext, Releaser<g_main_context_unref>>;
+using MainContextHandle = std::unique_ptr<GMainContext, Releaser<g_main_context_unref>>;
 using MainLoopHandle = std::unique_ptr<GMainLoop, Releaser<g_main_loop_unref>>;
 using SourceHandle = std::unique_ptr<GSource, Releaser<g_source_unref>>;
 using VariantHandle = std::unique_ptr<GVariant, Releaser<g_variant_unref>>;
@@ -27,8 +27,8 @@ using ConnectionHandle = std::unique_ptr<GDBusConnection, Releaser<g_object_unre
 using CancellableHandle = std::unique_ptr<GCancellable, Releaser<g_object_unref>>;
 
 /// The main context of this thread, which everything of ours runs on.
-inline ContextHandle mainContext() {
-  return ContextHandle(g_main_context_ref_thread_default());
+inline MainContextHandle mainContext() {
+  return MainContextHandle(g_main_context_ref_thread_default());
 }
 
 /// An error's text; a default where a library gave none.

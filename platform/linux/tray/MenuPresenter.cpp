@@ -76,6 +76,18 @@ bool MenuPresenter::click(std::int32_t id) {
   return true;
 }
 
+void MenuPresenter::choose(const NS::Selector& action) {
+  const MenuNode* chosen = nullptr;
+  tree_.forEach([&](const MenuNode& node) {
+    if (chosen == nullptr && node.item != nullptr && node.item->action() == action) {
+      chosen = &node;
+    }
+  });
+  if (chosen != nullptr) {
+    click(chosen->id);
+  }
+}
+
 void MenuPresenter::performNextClick() {
   const auto self = shared_from_this();
   const std::shared_ptr<MenuItem> item = std::move(clicked_.front());

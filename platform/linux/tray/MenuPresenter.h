@@ -49,6 +49,13 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   /// item that is not known.
   bool click(std::int32_t id);
 
+  /// As if the first item with that action was chosen; nothing when there is none, or it is
+  /// disabled.
+  void choose(const NS::Selector& action);
+
+  /// Reads the menu again: what is honoured has changed.
+  void refresh() { readMenu(); }
+
  private:
   MenuPresenter(const Application& application, NS::Selector quitAction);
 

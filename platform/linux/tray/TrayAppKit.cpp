@@ -10,12 +10,30 @@
 
 namespace audrel::linuxos {
 
-TrayAppKit::TrayAppKit(TrayParts parts) : parts_(std::move(parts)) {}
+TrayAppKit::TrayAppKit(TrayParts parts) : parts_(std::move(parts)) {
+  parts_.application.setModalObserver([this] {
+    if (const auto item = statusItem_.lock()) {
+      item->refreshMenu();
+    }
+  });
+}
+
+TrayAppKit::~TrayAppKit() {
+  parts_.application.setModalObserver({});
+}
 
 std::shared_ptr<NS::StatusItem> TrayAppKit::makeStatusItem(double /*length*/) {
-  return std::make_shared<StatusItem>(
-      parts_.application, parts_.quitAction, parts_.icons,
-      parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"));
+  const auto item =
+      std::make_shared<StatusItem>(parts_.application, parts_.quitAction, parts_.icons,
+                                   parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"));
+  statusItem_ = item;
+  return item;
+}
+
+void TrayAppKit::chooseMenuItem(const NS::Selector& action) {
+  if (const auto item = statusItem_.lock()) {
+    item->choose(action);
+  }
 }
 
 std::shared_ptr<NS::Menu> TrayAppKit::makeMenu() {

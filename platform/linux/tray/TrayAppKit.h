@@ -12,6 +12,8 @@
 
 namespace audrel::linuxos {
 
+class StatusItem;
+
 /// What the tray's AppKit is put together from. The references must outlive it.
 struct TrayParts {
   Application& application;
@@ -29,6 +31,9 @@ struct TrayParts {
 class TrayAppKit final : public NS::AppKit {
  public:
   explicit TrayAppKit(TrayParts parts);
+  ~TrayAppKit() override;
+  TrayAppKit(const TrayAppKit&) = delete;
+  TrayAppKit& operator=(const TrayAppKit&) = delete;
 
   NS::Application& sharedApplication() override { return parts_.application; }
   NS::Workspace& sharedWorkspace() override { return parts_.workspace; }
@@ -52,8 +57,12 @@ class TrayAppKit final : public NS::AppKit {
   std::shared_ptr<NS::Font> monospacedDigitSystemFont(double size, double weight) override;
   std::unique_ptr<NS::Alert> makeAlert() override { return parts_.makeAlert(); }
 
+  /// Chooses the first item with that action in the status item's menu, as a click on it does.
+  void chooseMenuItem(const NS::Selector& action);
+
  private:
   TrayParts parts_;
+  std::weak_ptr<StatusItem> statusItem_;  ///< the last one that was made
   std::shared_ptr<DrawingContext> drawing_ = std::make_shared<DrawingContext>();
 };
 

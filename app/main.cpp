@@ -1,0 +1,91 @@
+#include <cstddef>
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "app/RunApplication.h"
+#include "platform/Identity.h"
+#include "platform/NativePlatform.h"
+
+namespace audrel {
+
+namespace {
+
+constexpr int success = 0;
+constexpr int failure = 1;
+constexpr int usageError = 2;
+
+constexpr const char* helpText =
+    R"(Usage: audrel [OPTION]
+
+Records what the computer plays, from an icon in the panel (the menu bar): its
+menu starts and stops a recording, and chooses source and format. Recordings go
+to the Downloads folder.
+
+Runs until "Quit" in that menu, or until Ctrl-C; a recording that runs is
+completed first.
+
+  --demo       start a private audio server that plays a melody, and record that
+  --help       show this help
+  --version    show the version
+
+To record from a terminal, see audrel-record.
+)";
+
+int complain(const std::string& text, int status) {
+  std::cerr << "audrel: " << text << '\n';
+  return status;
+}
+
+enum class Server { system, demo };
+
+int runOnPlatform(Server server) {
+  const auto native = NativePlatform::make();
+  if (server == Server::demo) {
+    if (const auto problem = native->startDemo()) {
+      return complain(*problem, failure);
+    }
+  }
+  const auto desktop = native->desktop();
+  if (!desktop) {
+    return complain("It is running already; its icon is in the panel.", failure);
+  }
+  return runApplication(native->interfaces(), *desktop);
+}
+
+int run(std::span<char*> arguments) {
+  if (arguments.size() < 2) {
+    return runOnPlatform(Server::system);
+  }
+  const std::string_view argument = arguments[1];
+  if (arguments.size() > 2) {
+    return complain("It takes one option at most. Try audrel --help.", usageError);
+  }
+  if (argument == "--demo") {
+    return runOnPlatform(Server::demo);
+  }
+  if (argument == "--help") {
+    std::cout << helpText;
+    return success;
+  }
+  if (argument == "--version") {
+    std::cout << "audrel " << identity::version << '\n';
+    return success;
+  }
+  return complain("\"" + std::string(argument) + "\" is not known. Try audrel --help.", usageError);
+}
+
+}  // namespace
+
+}  // namespace audrel
+
+int main(int argumentCount, char** arguments) {
+  try {
+    return audrel::run({arguments, static_cast<std::size_t>(argumentCount)});
+  } catch (const std::exception& error) {
+    return audrel::complain(std::string("The program failed: ") + error.what(), audrel::failure);
+  }
+}

@@ -1,0 +1,73 @@
+#include "platform/linux/LinuxDesktop.h"
+
+#include "platform/Identity.h"
+#include "platform/linux/session/AlertHelper.h"
+#include "platform/linux/tray/IconTheme.h"
+
+namespace audrel::linuxos {
+
+namespace {
+
+// Two of the program's menu actions.
+const NS::Selector toggleRecording("toggleRecording:");
+const NS::Selector quitAction("quit:");
+
+}  // namespace
+
+LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManager, os::Log& log)
+    : hardware_(hardware),
+      logger_(log.makeLogger(identity::bundleIdentifier, "desktop")),
+      notifier_(bus_, logger_),
+      workspace_(bus_, notifier_),
+      userDefaults_(userDefaultsFile(fileManager.homeDirectoryForCurrentUser()), logger_),
+      updates_([this] { return makeAlert(); }),
+      appKit_({.application = application_,
+               .workspace = workspace_,
+               .makeAlert = [this] { return makeAlert(); },
+               .quitAction = quitAction,
+               .icons = IconTheme::ofThisProgram(),
+               .log = log}),
+      service_(application_, bus_, notifier_, logger_),
+      logout_(application_) {}
+
+bool LinuxDesktop::claimSession() {
+  if (service_.claim() == ApplicationService::Claim::runsAlready) {
+    return false;
+  }
+  service_.setCommands(commands_);
+  return true;
+}
+
+Desktop LinuxDesktop::interfaces() {
+  return {.appKit = appKit_,
+          .runLoop = runLoop_,
+          .urlParser = urlParser_,
+          .userDefaults = userDefaults_,
+          .updateFramework = updates_};
+}
+
+std::unique_ptr<NS::Alert> LinuxDesktop::makeAlert() {
+  return std::make_unique<Alert>(AlertParts{.application = application_,
+                                            .diagnostics = hardware_,
+                                            .notifier = notifier_,
+                                            .helper = alertHelperProgram(),
+                                            .logger = logger_});
+}
+
+void LinuxDesktop::Commands::startRecording() {
+  if (!desktop_.hardware_.isRunning()) {
+    desktop_.appKit_.chooseMenuItem(toggleRecording);
+  }
+}
+
+void LinuxDesktop::Commands::stopRecording() {
+  if (desktop_.hardware_.isRunning()) {
+    desktop_.appKit_.chooseMenuItem(toggleRecording);
+  }
+}
+
+void LinuxDesktop::Commands::quit() {
+  desktop_.application_.terminate();
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/AppKit.h"
+#include "platform/Desktop.h"
+#include "platform/Foundation.h"
+#include "platform/Log.h"
+#include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/session/Alert.h"
+#include "platform/linux/session/ApplicationService.h"
+#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/session/Notifier.h"
+#include "platform/linux/session/SoftwareUpdates.h"
+#include "platform/linux/session/URLParser.h"
+#include "platform/linux/session/UserDefaults.h"
+#include "platform/linux/session/Workspace.h"
+#include "platform/linux/tray/Application.h"
+#include "platform/linux/tray/LogoutWatch.h"
+#include "platform/linux/tray/RunLoop.h"
+#include "platform/linux/tray/TrayAppKit.h"
+
+namespace audrel::linuxos {
+
+/// The desktop session's part of the platform: bus, panel, alerts, settings. Main thread.
+class LinuxDesktop {
+ public:
+  /// The references must outlive it.
+  LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManager, os::Log& log);
+
+  /// Makes this process the session's one Audrel; whether it is. If it is not, the user was told.
+  bool claimSession();
+
+  Desktop interfaces();
+
+ private:
+  /// What the launcher's entry can ask for, as choices from the menu: so they do what the menu
+  /// does, and only where the menu offers it.
+  class Commands final : public ApplicationCommands {
+   public:
+    explicit Commands(LinuxDesktop& desktop) : desktop_(desktop) {}
+    void startRecording() override;
+    void stopRecording() override;
+    void quit() override;
+
+   private:
+    LinuxDesktop& desktop_;
+  };
+
+  std::unique_ptr<NS::Alert> makeAlert();
+
+  CaptureHardware& hardware_;
+  std::shared_ptr<os::Logger> logger_;
+  Application application_;
+  DesktopBus bus_;
+  Notifier notifier_;
+  Workspace workspace_;
+  UserDefaults userDefaults_;
+  URLParser urlParser_;
+  RunLoop runLoop_;
+  SoftwareUpdates updates_;
+  TrayAppKit appKit_;
+  ApplicationService service_;
+  LogoutWatch logout_;
+  std::shared_ptr<Commands> commands_ = std::make_shared<Commands>(*this);
+};
+
+}  // namespace audrel::linuxos
