@@ -3,11 +3,24 @@ include(GNUInstallDirs)
 
 if(AUDREL_PLATFORM STREQUAL "linux")
   install(TARGETS audrel-record)
-  install(FILES packaging/linux/audrel-record.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  if(TARGET audrel)
+    install(TARGETS audrel)
+  endif()
+  install(FILES packaging/linux/audrel.1 packaging/linux/audrel-record.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES packaging/linux/completions/audrel-record.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME audrel-record)
   install(FILES packaging/linux/completions/_audrel-record
     DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
   install(FILES packaging/linux/completions/audrel-record.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+
+  set(application io.github.audrel.Audrel)
+  install(FILES packaging/linux/${application}.desktop
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES ${PROJECT_BINARY_DIR}/packaging/linux/${application}.service
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
+  install(FILES packaging/linux/${application}.metainfo.xml
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+  install(DIRECTORY packaging/linux/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
 endif()
