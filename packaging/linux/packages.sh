@@ -33,7 +33,11 @@ testPackages=(
   sox                    # another
   gstreamer1.0-tools     # a reader of M4A that is not FFmpeg
   gstreamer1.0-plugins-good  # its demuxer
-  mandoc                 # checks the manual page
+  mandoc                 # checks the manual pages
+  desktop-file-utils     # checks the desktop entry
+  appstream              # checks the metainfo
+  libxml2-utils          # checks the icons' drawings
+  librsvg2-bin           # renders them
   xvfb                   # a display for alerts
   xdotool                # the user who answers them
   dbus                   # session bus of the desktop's audio server
