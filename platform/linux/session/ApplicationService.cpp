@@ -1,6 +1,7 @@
 #include "platform/linux/session/ApplicationService.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -56,6 +57,17 @@ constexpr DesktopBus::Method activateMethod = {.service = identity::bundleIdenti
                                                .interface = "org.freedesktop.Application",
                                                .member = "Activate"};
 
+struct Action {
+  std::string_view name;
+  void (ApplicationCommands::*command)();
+};
+
+constexpr Action actions[] = {
+    {"start-recording", &ApplicationCommands::startRecording},
+    {"stop-recording", &ApplicationCommands::stopRecording},
+    {"quit", &ApplicationCommands::quit},
+};
+
 void onMethodCall(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*path*/,
                   const gchar* /*interface*/, const gchar* method, GVariant* arguments,
                   GDBusMethodInvocation* invocation, gpointer self) noexcept {
@@ -107,7 +119,7 @@ ApplicationService::Claim ApplicationService::claim() {
   connect();
   LoopSource timeout([this] { giveUpWaiting(); });
   timeout.callAfter(claimTimeout);
-  const ContextHandle context = mainContext();
+  const MainContextHandle context = mainContext();
   while (!claim_ || (claim_ == Claim::runsAlready && notifier_.isBusy())) {
     g_main_context_iteration(context.get(), TRUE);
   }
@@ -200,17 +212,21 @@ void ApplicationService::notifyRunning() {
                             "launcher's entry for Audrel has its commands."});
 }
 
+std::vector<std::string> ApplicationService::actionNames() {
+  std::vector<std::string> names;
+  for (const Action& action : actions) {
+    names.emplace_back(action.name);
+  }
+  return names;
+}
+
 bool ApplicationService::activateAction(const std::string& name) {
   activationExpectedUntil_ = 0us;
-  if (name == "start-recording") {
-    waiting_.push_back(&ApplicationCommands::startRecording);
-  } else if (name == "stop-recording") {
-    waiting_.push_back(&ApplicationCommands::stopRecording);
-  } else if (name == "quit") {
-    waiting_.push_back(&ApplicationCommands::quit);
-  } else {
+  const auto* const action = std::ranges::find(actions, name, &Action::name);
+  if (action == std::end(actions)) {
     return false;
   }
+  waiting_.push_back(action->command);
   // Never from here: the caller may wait for its answer, and the command for an alert's.
   perform_.callSoon();
   return true;

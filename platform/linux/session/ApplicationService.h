@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Log.h"
 #include "platform/linux/session/DesktopBus.h"
@@ -56,6 +57,9 @@ class ApplicationService {
   /// Actions that came before are performed then, from the main loop. While an alert is up only
   /// quit is honoured, and while nobody is there nothing.
   void setCommands(const std::weak_ptr<ApplicationCommands>& commands);
+
+  /// What the desktop entry offers.
+  static std::vector<std::string> actionNames();
 
   /// The interface's methods, as the bus calls them. An unknown action is refused.
   void activate();
