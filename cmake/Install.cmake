@@ -2,10 +2,7 @@
 include(GNUInstallDirs)
 
 if(AUDREL_PLATFORM STREQUAL "linux")
-  install(TARGETS audrel-record)
-  if(TARGET audrel)
-    install(TARGETS audrel)
-  endif()
+  install(TARGETS audrel audrel-record)
   install(FILES packaging/linux/audrel.1 packaging/linux/audrel-record.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES packaging/linux/completions/audrel-record.bash

@@ -13,10 +13,13 @@ using namespace std::chrono_literals;
 
 }  // namespace
 
-PrivateBus::PrivateBus() {
+PrivateBus::PrivateBus(const std::filesystem::path& services) {
+  const std::string serviceFolder =
+      services.empty() ? "" : "<servicedir>" + services.string() + "</servicedir>";
   std::ofstream(folder_.path() / "bus.conf")
-      << "<busconfig><type>session</type><keep_umask/><listen>" << address()
-      << "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+      << "<busconfig><type>session</type><keep_umask/><listen>" << address() << "</listen>"
+      << serviceFolder
+      << "<policy context='default'><allow send_destination='*' eavesdrop='true'/>"
          "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>\n";
   restart();
 }

@@ -9,10 +9,11 @@
 
 namespace audrel::traytest {
 
-/// A session bus of the test's own, that starts no services. Made and used on the main thread.
+/// A session bus of the test's own. Made and used on the main thread.
 class PrivateBus {
  public:
-  PrivateBus();
+  /// A bus that starts no services, or those of a folder.
+  explicit PrivateBus(const std::filesystem::path& services = {});
 
   /// Whether the bus listens; the first thing that a test asserts.
   bool isRunning() const { return isListening_; }
