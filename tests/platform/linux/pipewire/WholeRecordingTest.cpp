@@ -2,7 +2,6 @@
 // another library reads.
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -16,13 +15,11 @@
 #include "platform/linux/desktop/Dispatch.h"
 #include "platform/linux/ffmpeg/AudioFramework.h"
 #include "tests/fakes/World.h"
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
+#include "tests/platform/linux/pipewire/harness/RecordedFile.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
-#include "tests/platform/linux/pipewire/harness/ToneReading.h"
-#include "tests/platform/linux/pipewire/harness/Track.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -62,33 +59,6 @@ class FileRecorder {
   });
 };
 
-/// A sound file of two channels; empty when it is none.
-Audio readFile(const std::filesystem::path& path) {
-  SF_INFO info{};
-  const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(sf_open(path.c_str(), SFM_READ, &info),
-                                                         sf_close);
-  if (!file || info.channels != 2 || info.samplerate != 48000) {
-    return {};
-  }
-  Audio audio(2 * static_cast<std::size_t>(info.frames));
-  EXPECT_EQ(sf_readf_float(file.get(), audio.data(), info.frames), info.frames);
-  return audio;
-}
-
-void expectWholeTrack(const std::filesystem::path& path, std::uint32_t stream,
-                      std::uint64_t leastFrames) {
-  Audio audio = readFile(path);
-  removeHalfLinkedStarts(audio);
-  std::string problem;
-  const auto track = onlyTrack(audio, &problem);
-  ASSERT_TRUE(track) << path << ": " << problem;
-  EXPECT_EQ(track->first.stream, stream);
-  EXPECT_LE(track->begin, longestLead);
-  EXPECT_EQ(track->silent, 0U) << problem;
-  EXPECT_EQ(track->end, framesOf(audio)) << problem;
-  EXPECT_GE(framesOf(audio), leastFrames);
-}
-
 TEST(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
   const TemporaryFolder folder;
   TestServer server({.timesRealTime = 10});
@@ -126,8 +96,6 @@ TEST(WholeRecording, twoAtOnceHoldOneApplicationEach) {
 }
 
 TEST(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
-  constexpr double frequency = 1000;  // Hz
-  constexpr double level = 0.5;       // as the player plays it
   const TemporaryFolder folder;
   TestServer server({.timesRealTime = 4});
   ASSERT_TRUE(server.isRunning());
@@ -138,20 +106,9 @@ TEST(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
   ASSERT_TRUE(player.waitForMore("music", 480'000));
   recorder.stop();
 
-  const auto decoder = ChildProcess::start(
-      {.arguments = {"ffmpeg", "-nostdin", "-v", "error", "-i", folder.path() / "tone.m4a", "-c:a",
-                     "pcm_f32le", folder.path() / "tone.wav"},
-       .environment = {}});
-  ASSERT_TRUE(decoder && waitFor([&] { return !decoder->isRunning(); }));
-  const Audio audio = readFile(folder.path() / "tone.wav");
-  EXPECT_GE(framesOf(audio), 480'000U);
-  for (const Channel channel : {Channel::left, Channel::right}) {
-    const ToneReading tone = readTone(audio, channel, longestLead, 48000, frequency);
-    EXPECT_NEAR(tone.frequency, frequency, 0.01);
-    EXPECT_NEAR(tone.lowestLevel, level, 0.005);
-    EXPECT_NEAR(tone.highestLevel, level, 0.005);
-    EXPECT_LT(tone.phaseError, 0.01) << "cycles; a break in the tone shows here";
-  }
+  const Audio audio = readM4a(folder.path() / "tone.m4a");
+  ASSERT_GE(framesOf(audio), 480'000U);
+  expectUnbrokenTone(audio, longestLead, framesOf(audio), 1000);
 }
 
 }  // namespace

@@ -192,12 +192,13 @@ void Panel::runFor(std::chrono::milliseconds duration) {
   runUntil([end] { return std::chrono::steady_clock::now() >= end; });
 }
 
-std::unique_ptr<Panel::Reply> Panel::request(const std::string& path, const std::string& interface,
+std::unique_ptr<Panel::Reply> Panel::request(const std::string& program, const std::string& path,
+                                             const std::string& interface,
                                              const std::string& method,
                                              const std::string& arguments) {
   auto reply = std::make_unique<Reply>();
   g_dbus_connection_call(
-      connection_, item_.c_str(), path.c_str(), interface.c_str(), method.c_str(),
+      connection_, program.c_str(), path.c_str(), interface.c_str(), method.c_str(),
       parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, 10'000, nullptr,
       [](GObject* source, GAsyncResult* result, gpointer data) {
         auto* answered = static_cast<Reply*>(data);
@@ -222,7 +223,13 @@ std::unique_ptr<Panel::Reply> Panel::request(const std::string& path, const std:
 
 Answer Panel::call(const std::string& path, const std::string& interface, const std::string& method,
                    const std::string& arguments) {
-  const auto reply = request(path, interface, method, arguments);
+  return callTo(item_, path, interface, method, arguments);
+}
+
+Answer Panel::callTo(const std::string& program, const std::string& path,
+                     const std::string& interface, const std::string& method,
+                     const std::string& arguments) {
+  const auto reply = request(program, path, interface, method, arguments);
   return {reply->value == nullptr ? "" : textOf(reply->value), reply->error};
 }
 
@@ -233,7 +240,7 @@ Answer Panel::callMenu(const std::string& method, const std::string& arguments) 
 std::map<std::string, std::string> Panel::properties(const std::string& path,
                                                      const std::string& interface) {
   const auto reply =
-      request(path, "org.freedesktop.DBus.Properties", "GetAll", "('" + interface + "',)");
+      request(item_, path, "org.freedesktop.DBus.Properties", "GetAll", "('" + interface + "',)");
   if (reply->value == nullptr) {
     return {};
   }
@@ -250,7 +257,8 @@ std::optional<std::string> Panel::itemProperty(const std::string& name) {
 }
 
 ItemInMenu Panel::layout() {
-  const auto reply = request("/MenuBar", "com.canonical.dbusmenu", "GetLayout", "(0, -1, @as [])");
+  const auto reply =
+      request(item_, "/MenuBar", "com.canonical.dbusmenu", "GetLayout", "(0, -1, @as [])");
   if (reply->value == nullptr) {
     return {};
   }

@@ -62,6 +62,10 @@ class Panel {
               const std::string& arguments);
   Answer callMenu(const std::string& method, const std::string& arguments);
 
+  /// A call to any program, by its name on the bus.
+  Answer callTo(const std::string& program, const std::string& path, const std::string& interface,
+                const std::string& method, const std::string& arguments);
+
   /// All properties of an interface, by name, values in GVariant's text format.
   std::map<std::string, std::string> properties(const std::string& path,
                                                 const std::string& interface);
@@ -84,8 +88,9 @@ class Panel {
 
  private:
   struct Reply;
-  std::unique_ptr<Reply> request(const std::string& path, const std::string& interface,
-                                 const std::string& method, const std::string& arguments);
+  std::unique_ptr<Reply> request(const std::string& program, const std::string& path,
+                                 const std::string& interface, const std::string& method,
+                                 const std::string& arguments);
   void registerItem(GDBusMethodInvocation* invocation, const std::string& name);
   void emitFromWatcher(const char* signal, const std::string& argument);
 

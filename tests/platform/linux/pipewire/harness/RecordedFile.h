@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+
+#include "tests/platform/linux/pipewire/harness/Segments.h"
+
+/// Recordings as other people's programs read them.
+namespace audrel::pwtest {
+
+/// A WAV of two channels at 48 kHz, whole and in order; empty when it is none.
+Audio readWav(const std::filesystem::path& path);
+
+/// What an M4A of that kind sounds like, without its encoder's delay; empty when it is none.
+Audio readM4a(const std::filesystem::path& path);
+
+/// That a WAV is one stamped stream from its start to its end, and has so many frames at least.
+void expectWholeTrack(const std::filesystem::path& wav, std::uint32_t stream,
+                      std::uint64_t leastFrames);
+
+/// That there is one tone at half of full scale in both channels from frame `begin` to frame
+/// `end`, without a break.
+void expectUnbrokenTone(const Audio& audio, std::size_t begin, std::size_t end, double frequency);
+
+}  // namespace audrel::pwtest
