@@ -38,6 +38,7 @@ testPackages=(
   appstream              # checks the metainfo
   libxml2-utils          # checks the icons' drawings
   librsvg2-bin           # renders them
+  hicolor-icon-theme     # the folders in which desktops look for icons
   xvfb                   # a display for alerts
   xdotool                # the user who answers them
   dbus                   # session bus of the desktop's audio server

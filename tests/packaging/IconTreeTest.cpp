@@ -1,19 +1,23 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <optional>
+#include <memory>
 #include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Pixmap.h"
 #include "platform/linux/tray/Symbols.h"
 #include "tests/packaging/InstalledTree.h"
+#include "tests/packaging/KeyFile.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
 
 namespace audrel::packaging {
@@ -23,10 +27,11 @@ namespace fs = std::filesystem;
 using linuxos::IconTheme;
 using linuxos::Picture;
 
-constexpr NS::Size size{18, 18};
+constexpr NS::Size pictureSize{18, 18};
 
 Picture symbol(std::string_view name) {
-  return {.size = size, .isTemplate = false, .steps = {linuxos::SymbolStep{std::string(name)}}};
+  return {
+      .size = pictureSize, .isTemplate = false, .steps = {linuxos::SymbolStep{std::string(name)}}};
 }
 
 Picture idle() {
@@ -36,9 +41,9 @@ Picture idle() {
 }
 
 Picture disc(linuxos::Rgb color) {
-  const NS::Rect whole{0, 0, size};
+  const NS::Rect whole{0, 0, pictureSize};
   const auto inBlack = std::make_shared<const Picture>(symbol(linuxos::waveformInDisc));
-  return {.size = size,
+  return {.size = pictureSize,
           .isTemplate = false,
           .steps = {linuxos::PictureStep{inBlack, whole}, linuxos::FillStep{color, whole}}};
 }
@@ -70,6 +75,38 @@ std::set<std::string> namesFoundBy(const IconTheme& theme) {
     names.insert(theme.iconFor(picture).value_or("none"));
   }
   return names;
+}
+
+/// Those with icons, as "scalable/status".
+std::set<std::string> foldersOf(const fs::path& hicolor) {
+  std::set<std::string> folders;
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(hicolor, error)) {
+    if (entry.is_regular_file(error)) {
+      folders.insert(entry.path().parent_path().lexically_relative(hicolor));
+    }
+  }
+  return folders;
+}
+
+/// Desktops look into no other folders of the theme, whatever is there.
+std::set<std::string> foldersThatDesktopsKnow() {
+  std::stringstream list(
+      KeyFile("/usr/share/icons/hicolor/index.theme").text("Icon Theme", "Directories"));
+  std::set<std::string> folders;
+  for (std::string folder; std::getline(list, folder, ',');) {
+    folders.insert(folder);
+  }
+  return folders;
+}
+
+TEST(IconTree, isWhereDesktopsLook) {
+  const auto known = foldersThatDesktopsKnow();
+  const auto ours = foldersOf(builtIcons() / "hicolor");
+  EXPECT_FALSE(ours.empty());
+  for (const std::string& folder : ours) {
+    EXPECT_TRUE(known.contains(folder)) << folder;
+  }
 }
 
 TEST(IconTree, theProgramOfABuildFindsItsIconsBesideItself) {
@@ -154,7 +191,7 @@ TEST_F(StatusIconTest, hasTheShapeThatIsDrawnWhereThereAreNoIcons) {
     const char* file;
     Picture picture;
   } icons[] = {
-      {"symbolic/status/io.github.audrel.Audrel-idle-symbolic.svg", idle()},
+      {"scalable/status/io.github.audrel.Audrel-idle-symbolic.svg", idle()},
       {"scalable/status/io.github.audrel.Audrel-recording.svg", disc(linuxos::systemRed)},
       {"scalable/status/io.github.audrel.Audrel-warning.svg", disc(linuxos::systemOrange)},
   };
@@ -170,9 +207,11 @@ TEST_F(StatusIconTest, hasTheShapeThatIsDrawnWhereThereAreNoIcons) {
 TEST_F(StatusIconTest, hasTheColorOfItsState) {
   const auto recording = icon("scalable/status/io.github.audrel.Audrel-recording.svg");
   const auto warning = icon("scalable/status/io.github.audrel.Audrel-warning.svg");
-  ASSERT_FALSE(recording.empty() || warning.empty());
+  const auto idleInGrey = icon("scalable/status/io.github.audrel.Audrel-idle-symbolic.svg");
+  ASSERT_FALSE(recording.empty() || warning.empty() || idleInGrey.empty());
   EXPECT_EQ(dotsOfOtherColor(recording, linuxos::systemRed), 0);
   EXPECT_EQ(dotsOfOtherColor(warning, linuxos::systemOrange), 0);
+  EXPECT_EQ(dotsOfOtherColor(idleInGrey, {0x80, 0x80, 0x80}), 0) << "for any panel";
   EXPECT_GT(dotsOfOtherColor(warning, linuxos::systemRed), 0);
 }
 
