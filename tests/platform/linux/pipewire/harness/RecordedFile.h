@@ -19,8 +19,8 @@ Audio readM4a(const std::filesystem::path& path);
 void expectWholeTrack(const std::filesystem::path& wav, std::uint32_t stream,
                       std::uint64_t leastFrames);
 
-/// That there is one tone at half of full scale in both channels from frame `begin` to frame
-/// `end`, without a break.
-void expectUnbrokenTone(const Audio& audio, std::size_t begin, std::size_t end, double frequency);
+/// That a tone is in both channels from frame `begin` on, without a break, at half of full scale
+/// to within `tolerance`.
+void expectUnbrokenTone(const Audio& audio, std::size_t begin, double frequency, double tolerance);
 
 }  // namespace audrel::pwtest
