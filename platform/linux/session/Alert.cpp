@@ -1,5 +1,7 @@
 #include "platform/linux/session/Alert.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/alert/ExitStatus.h"
@@ -107,6 +109,12 @@ std::vector<std::string> Alert::helperArguments() const {
 }
 
 int Alert::safeButton() const {
+  for (const std::string_view title : {"Cancel", "OK"}) {
+    const auto found = std::ranges::find(buttons_, title);
+    if (found != buttons_.end()) {
+      return static_cast<int>(found - buttons_.begin());
+    }
+  }
   return static_cast<int>(buttons_.size()) - 1;
 }
 

@@ -28,9 +28,9 @@ struct AlertParts {
 /// An alert in a window of the helper's, in the desktop's own words. A critical one tells of a
 /// recording that failed, and adds why the system refused.
 ///
-/// Escape, closing the window and the end of the application answer with the last button, which
-/// changes nothing. So does, at once, an alert that cannot be shown for want of a display: its text
-/// becomes a notification. Main thread.
+/// Escape, closing the window and the end of the application answer with the button that changes
+/// nothing: "Cancel", else "OK", else the last one. So does, at once, an alert that cannot be shown
+/// for want of a display: its text becomes a notification. Main thread.
 class Alert final : public NS::Alert {
  public:
   explicit Alert(AlertParts parts);

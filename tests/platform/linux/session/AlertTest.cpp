@@ -62,6 +62,16 @@ class AlertTest : public sessiontest::SessionTest {
     return alert;
   }
 
+  /// Its last button leads somewhere.
+  std::unique_ptr<NS::Alert> aboutAlert() {
+    auto alert = makeAlert();
+    alert->setMessageText("Audrel 1.0.0");
+    alert->setAlertStyle(NS::AlertStyle::informational);
+    alert->addButton("OK");
+    alert->addButton("Open Privacy Settings");
+    return alert;
+  }
+
   /// The answer, as a menu command gets it. An alert that nobody answers ends with the
   /// application, long after.
   NS::ModalResponse run(NS::Alert& alert) {
@@ -127,10 +137,14 @@ TEST_F(ShownAlert, isAnsweredByTheKeyboard) {
   EXPECT_THAT(log->lines, IsEmpty());
 }
 
-TEST_F(ShownAlert, isAnsweredWithItsLastButtonByEscape) {
+TEST_F(ShownAlert, isAnsweredWithTheButtonThatChangesNothingByEscape) {
   {
     const KeyPresses user("Escape");
     EXPECT_EQ(run(*permissionAlert()), second);
+  }
+  {
+    const KeyPresses user("Escape");
+    EXPECT_EQ(run(*aboutAlert()), first);
   }
   const KeyPresses user("Escape");
   EXPECT_EQ(run(*failureAlert()), first);
@@ -240,6 +254,8 @@ TEST_F(AlertTest, becomesANotificationWithoutItsHelper) {
     EXPECT_EQ(run(*permissionAlert()), second);
     EXPECT_THAT(nextNotification(service), AllOf(HasSubstr("'Permission needed', 'Allow it.'"),
                                                  HasSubstr("'urgency': <byte 0x01>")));
+    EXPECT_EQ(run(*aboutAlert()), first);
+    EXPECT_THAT(nextNotification(service), HasSubstr("'Audrel 1.0.0'"));
   }
 }
 
@@ -267,7 +283,7 @@ TEST_F(AlertTest, saysWhereUpdatesComeFromWithoutASoftwareCenter) {
   ASSERT_TRUE(sessiontest::runLoopUntil([this] { return !application.isModal(); }));
 }
 
-TEST_F(AlertTest, goesWithTheApplicationAndAnswersWithItsLastButton) {
+TEST_F(AlertTest, goesWithTheApplicationAndAnswersWithTheButtonThatChangesNothing) {
   const auto pidFile = folder.path() / "pid";
   useScript("echo $$ >'" + pidFile.string() + ".new'; mv '" + pidFile.string() + ".new' '" +
             pidFile.string() + "'; exec sleep 60");
