@@ -1,0 +1,142 @@
+// What the desktop and its user ask of the menu-bar program beside recording, and what it tells
+// them.
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "tests/platform/linux/pipewire/harness/RecordedFile.h"
+#include "tests/platform/linux/program/harness/Session.h"
+#include "tests/platform/linux/session/harness/XServer.h"
+
+namespace audrel::programtest {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+using Desktop = Session;
+
+TEST_F(Desktop, withoutADisplayGetsAboutAsANotification) {
+  auto shown = notifications();
+  ASSERT_TRUE(shown.isRunning());
+  startProgram();
+  choose("About Audrel…");
+  EXPECT_THAT(nextCall(shown, "Notify"),
+              HasSubstr("'Audrel 1.0.0', \"Records your computer's audio output — no microphone, "
+                        "no virtual drivers.\\nBuilt on PipeWire.\\n\\nPermission to capture: "
+                        "granted\""));
+  EXPECT_THAT(shown.furtherCalls(), IsEmpty()) << "nobody asked for settings";
+}
+
+TEST_F(Desktop, withoutASoftwareCenterIsToldWhereUpdatesComeFrom) {
+  auto shown = notifications();
+  ASSERT_TRUE(shown.isRunning());
+  startProgram();
+  choose("Check for Updates in Software Center…");
+  EXPECT_THAT(nextCall(shown, "Notify"),
+              AllOf(HasSubstr("'Updates come with your system'"), HasSubstr("package manager")));
+}
+
+TEST_F(Desktop, withoutAnAudioServerIsToldWhyNothingIsRecorded) {
+  auto shown = notifications();
+  ASSERT_TRUE(shown.isRunning());
+  environment["PIPEWIRE_REMOTE"] = (home.path() / "nobody").string();
+  startProgram();
+  choose("Start Recording");
+  EXPECT_THAT(nextCall(shown, "Notify"),
+              AllOf(HasSubstr("'Recording failed'"),
+                    HasSubstr("PipeWire is not running: no server answers at " +
+                              environment["PIPEWIRE_REMOTE"])));
+  EXPECT_TRUE(waitForIcon("idle-symbolic"));
+  EXPECT_THAT(recordings(), IsEmpty());
+  EXPECT_THAT(openMenu(), AllOf(HasSubstr("'Start Recording'"), HasSubstr("'No audible apps'")));
+}
+
+TEST_F(Desktop, isToldWhenTheProgramRunsAlready) {
+  auto shown = notifications();
+  ASSERT_TRUE(shown.isRunning());
+  startProgram();
+  startRecording();
+  const auto second = startAgain();
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second->waitForEnd(), 1);
+  EXPECT_THAT(nextCall(shown, "Notify"), HasSubstr("'Audrel is already running'"));
+  EXPECT_EQ(panel->registrations().size(), 1U);
+  stopRecording();
+}
+
+TEST_F(Desktop, startsStopsAndQuitsThroughTheLaunchersActions) {
+  startProgram();
+  EXPECT_EQ(performAction("stop-recording"), "");
+  EXPECT_EQ(performAction("start-recording"), "");
+  ASSERT_TRUE(waitForIcon("recording"));
+  EXPECT_EQ(performAction("start-recording"), "");
+  ASSERT_TRUE(hearASecond());
+  EXPECT_THAT(openMenu(), HasSubstr("'Recording from: All System Audio'"));
+  EXPECT_EQ(performAction("stop-recording"), "");
+  ASSERT_TRUE(waitForIcon("idle-symbolic"));
+  EXPECT_GE(pwtest::framesOf(pwtest::readM4a(recording())), 48'000U);
+
+  EXPECT_EQ(performAction("start-recording"), "");
+  ASSERT_TRUE(waitForIcon("recording"));
+  ASSERT_TRUE(hearASecond());
+  performAction("quit");
+  EXPECT_EQ(waitForEnd(), 0);
+  ASSERT_EQ(recordings().size(), 2U);
+  EXPECT_GE(pwtest::framesOf(pwtest::readM4a(recordings().back())), 48'000U);
+}
+
+/// A desktop with a display, on which "About" is up.
+class Alert : public Session {
+ protected:
+  void SetUp() override {
+    Session::SetUp();
+    ASSERT_TRUE(xServer.isRunning());
+    environment.erase("DISPLAY");
+    environment.erase("XDG_DATA_DIRS");  // the window system's icons
+    startProgram();
+    openMenu();
+    choose("About Audrel…");
+    ASSERT_TRUE(panel->runUntil([this] { return isUp(); }));
+  }
+
+  /// Whether the menu says so.
+  bool isUp() { return openMenu().find("'Start Recording' enabled=false") != std::string::npos; }
+
+  sessiontest::XServer xServer;
+};
+
+TEST_F(Alert, leavesOnlyQuitToChoose) {
+  const std::string menu = openMenu();
+  for (const std::string title :
+       {"Start Recording", "About Audrel…", "Check for Updates in Software Center…",
+        "WAV (48 kHz / 16-bit)", "Web Radio"}) {
+    EXPECT_THAT(menu, HasSubstr("'" + title + "' enabled=false"));
+  }
+  EXPECT_THAT(menu, HasSubstr("'Quit Audrel' shortcut"));
+  EXPECT_EQ(performAction("start-recording"), "");
+  const auto start = panel->idOf("Start Recording");
+  ASSERT_TRUE(start);
+  clickOn(*start);
+  panel->runFor(100ms);
+  EXPECT_TRUE(isUp());
+  EXPECT_THAT(recordings(), IsEmpty());
+  choose("Quit Audrel");
+  EXPECT_EQ(waitForEnd(), 0);
+}
+
+TEST_F(Alert, givesTheMenuBackOnceItIsAnswered) {
+  const sessiontest::KeyPresses user("Return");
+  ASSERT_TRUE(panel->runUntil([this] { return !isUp(); }));
+  startRecording();
+  stopRecording();
+}
+
+}  // namespace
+}  // namespace audrel::programtest
