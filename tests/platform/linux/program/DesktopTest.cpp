@@ -132,10 +132,13 @@ TEST_F(Alert, leavesOnlyQuitToChoose) {
 }
 
 TEST_F(Alert, givesTheMenuBackOnceItIsAnswered) {
+  // It is a window of its helper's: the program has none.
+  ASSERT_TRUE(panel->runUntil([this] { return xServer.connections() == 1; }));
   const sessiontest::KeyPresses user("Return");
   ASSERT_TRUE(panel->runUntil([this] { return !isUp(); }));
   startRecording();
   stopRecording();
+  EXPECT_TRUE(panel->runUntil([this] { return xServer.connections() == 0; }));
 }
 
 }  // namespace

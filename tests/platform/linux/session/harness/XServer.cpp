@@ -1,6 +1,9 @@
 #include "tests/platform/linux/session/harness/XServer.h"
 
 #include <csignal>
+#include <fstream>
+#include <sstream>
+#include <string>
 
 namespace audrel::sessiontest {
 
@@ -14,12 +17,33 @@ XServer::XServer()
                                        .showsErrors = false})) {
   const auto number = server_ == nullptr ? std::nullopt : server_->readLine(20s);
   if (number) {
+    number_ = *number;
     display_.emplace("DISPLAY", (":" + *number).c_str());
   }
 }
 
 void XServer::crash() {
   server_->end(SIGKILL);
+}
+
+std::size_t XServer::connections() const {
+  // Of the sockets that the kernel tells of, with state and path among the words of a line, those
+  // of the server's side of a connection have the path that it listens at.
+  constexpr int connectedState = 3;
+  const std::string path = "/tmp/.X11-unix/X" + number_;
+  std::ifstream sockets("/proc/net/unix");
+  std::size_t count = 0;
+  for (std::string line; std::getline(sockets, line);) {
+    std::istringstream words(line);
+    std::string skipped;
+    std::string name;
+    int state = 0;
+    words >> skipped >> skipped >> skipped >> skipped >> skipped >> state >> skipped >> name;
+    if (state == connectedState && (name == path || name == "@" + path)) {
+      ++count;
+    }
+  }
+  return count;
 }
 
 KeyPresses::KeyPresses(const std::string& keys) {

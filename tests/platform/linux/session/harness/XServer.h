@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,8 +22,12 @@ class XServer {
   /// Ends it without notice.
   void crash();
 
+  /// How many connections programs have to it now.
+  std::size_t connections() const;
+
  private:
   std::unique_ptr<pwtest::ChildProcess> server_;
+  std::string number_;
   std::optional<fakes::ScopedVariable> display_;
   fakes::ScopedVariable backend_{"GDK_BACKEND", "x11"};
   fakes::ScopedVariable accessibility_{"NO_AT_BRIDGE", "1"};
