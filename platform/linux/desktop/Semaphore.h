@@ -3,6 +3,8 @@
 #include <semaphore.h>
 
 #include <cerrno>
+#include <chrono>
+#include <ctime>
 
 namespace audrel::linuxos {
 
@@ -21,6 +23,18 @@ class Semaphore {
   void wait() noexcept {
     while (sem_wait(&semaphore_) != 0 && errno == EINTR) {
     }
+  }
+
+  /// Waits no longer than that; whether a `post` ended it.
+  bool waitFor(std::chrono::nanoseconds duration) noexcept {
+    const auto end = std::chrono::steady_clock::now().time_since_epoch() + duration;
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(end);
+    const timespec deadline{.tv_sec = seconds.count(), .tv_nsec = (end - seconds).count()};
+    int result = 0;
+    do {
+      result = sem_clockwait(&semaphore_, CLOCK_MONOTONIC, &deadline);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
   }
 
  private:

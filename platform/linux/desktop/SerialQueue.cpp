@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <string_view>
@@ -30,6 +31,11 @@ std::string threadName(std::string_view label) {
   return std::string(label);
 }
 
+/// How long items are gathered, once the first has run, before they are performed together: a
+/// recording's file then costs a tenth of the wake-ups of one for each cycle, and its encoder works
+/// on warm caches.
+constexpr auto gathering = std::chrono::milliseconds(100);
+
 /// Blocks every signal on the calling thread, and so on the threads that it makes.
 class AllSignalsBlocked {
  public:
@@ -52,6 +58,12 @@ class AllSignalsBlocked {
 /// empty, one for the end. The worker empties the list once a wake-up, so an empty list is the end.
 class SerialQueue::Inbox {
  public:
+  /// Somebody waits for the item, or for the end.
+  void submitUrgent(dispatch::WorkItem& item) noexcept {
+    submit(item);
+    hurry_.post();
+  }
+
   void submit(dispatch::WorkItem& item) noexcept {
     auto* newest = newest_.load(std::memory_order_relaxed);
     do {
@@ -63,7 +75,10 @@ class SerialQueue::Inbox {
     }
   }
 
-  void close() noexcept { wakeUps_.post(); }
+  void close() noexcept {
+    wakeUps_.post();
+    hurry_.post();
+  }
 
   void runUntilClosed() noexcept {
     while (auto* item = takeOldest()) {
@@ -72,6 +87,7 @@ class SerialQueue::Inbox {
         item->perform();
         item = following;
       }
+      gather();
     }
   }
 
@@ -90,8 +106,17 @@ class SerialQueue::Inbox {
     return oldest;
   }
 
+  void gather() noexcept {
+    if (hurry_.waitFor(gathering)) {
+      while (hurry_.waitFor(std::chrono::nanoseconds(0))) {
+      }
+    }
+  }
+
   std::atomic<dispatch::WorkItem*> newest_ = nullptr;
   Semaphore wakeUps_;
+  /// Cuts the gathering short, this one or else the next.
+  Semaphore hurry_;
 };
 
 SerialQueue::SerialQueue(const std::string& label) : inbox_(std::make_shared<Inbox>()) {
@@ -123,7 +148,7 @@ void SerialQueue::sync(std::function<void()> work) {
     work = nullptr;
     done.post();
   });
-  inbox_->submit(item);
+  inbox_->submitUrgent(item);
   done.wait();
 }
 

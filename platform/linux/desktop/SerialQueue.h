@@ -15,6 +15,9 @@ namespace audrel::linuxos {
 /// producers. Whoever finds the list empty wakes the worker by a semaphore; so submitting costs no
 /// system call while the worker is behind. The number of waiting items has no bound.
 ///
+/// An item that comes soon after another may wait a tenth of a second, so that the worker wakes
+/// less often; `sync` and the destructor never wait for that.
+///
 /// Callers hold a reference to the queue for as long as `async` or `sync` runs, save that the work
 /// given to `sync` may drop it.
 class SerialQueue final : public dispatch::Queue {
