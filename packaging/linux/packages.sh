@@ -18,6 +18,20 @@ runPackages=(
   ffmpeg                 # facts and waveform of the recording
 )
 
+# For a private desktop session, where there is no desktop.
+panelPackages=(
+  xvfb                   # a display that nobody sees
+  dbus                   # its session bus
+  xfce4-panel            # a panel with a status area
+  librsvg2-common        # its reader of icons
+  hicolor-icon-theme     # the folders in which it looks for ours
+  adwaita-icon-theme     # icons of the alerts
+  fonts-dejavu-core      # letters
+  xdotool                # the user
+  libglib2.0-bin         # calls on the bus
+  python3                # the scripts that bring it all together
+)
+
 # Beyond those, for everything that CI runs.
 testPackages=(
   clang                  # second compiler, and the sanitizers
@@ -28,7 +42,6 @@ testPackages=(
   libgtest-dev           # tests
   libgmock-dev           # tests
   libbenchmark-dev       # benchmarks
-  python3                # the comparison with other recorders
   libsndfile1-dev        # a reader of WAV that is not FFmpeg
   sox                    # another
   gstreamer1.0-tools     # a reader of M4A that is not FFmpeg
@@ -38,10 +51,6 @@ testPackages=(
   appstream              # checks the metainfo
   libxml2-utils          # checks the icons' drawings
   librsvg2-bin           # renders them
-  hicolor-icon-theme     # the folders in which desktops look for icons
-  xvfb                   # a display for alerts
-  xdotool                # the user who answers them
-  dbus                   # session bus of the desktop's audio server
   wireplumber            # the desktop's session manager
   pipewire-pulse         # PulseAudio clients
   pipewire-bin           # pw-play and its kin, clients that are not ours
