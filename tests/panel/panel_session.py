@@ -9,40 +9,12 @@ import tempfile
 import time
 from pathlib import Path
 
-PACKAGES = {"Xvfb": "xvfb", "dbus-daemon": "dbus", "xfce4-panel": "xfce4-panel",
-            "xdotool": "xdotool", "ffmpeg": "ffmpeg"}
+import panels
+from panels import PANEL_HEIGHT
+
+PACKAGES = {"Xvfb": "xvfb", "dbus-daemon": "dbus", "xdotool": "xdotool", "ffmpeg": "ffmpeg"}
 
 WIDTH, HEIGHT = 720, 405
-PANEL_HEIGHT = 32
-
-# The status area is at the panel's right end, so that its only item is there too.
-_PANEL = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="{dark}"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="length" type="double" value="100"/>
-      <property name="size" type="uint" value="{height}"/>
-      <property name="icon-size" type="uint" value="22"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray"/>
-  </property>
-</channel>
-"""
 
 _TOOLKIT = """[Settings]
 gtk-theme-name=Adwaita
@@ -51,17 +23,18 @@ gtk-enable-animations=0
 """
 
 
-def missing_packages():
+def missing_packages(panel=panels.XFCE):
     """The Debian packages of the programs that a session needs and this system lacks."""
-    return sorted({package for program, package in PACKAGES.items()
+    return sorted({package for program, package in (PACKAGES | panel.packages).items()
                    if shutil.which(program) is None})
 
 
 class PanelSession:
     """A context manager. Inside it `environment` leads programs here, and `home` is their home."""
 
-    def __init__(self, dark=True):
-        self._dark = dark
+    def __init__(self, dark=True, panel=panels.XFCE):
+        self.dark = dark
+        self._choice = panel
         self._children = []
 
     def __enter__(self):
@@ -146,24 +119,22 @@ class PanelSession:
         runtime = self.folder / "run"
         runtime.mkdir(mode=0o700)
         (self.home / "Downloads").mkdir(parents=True)
-        panel = configuration / "xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"
-        panel.parent.mkdir(parents=True)
-        panel.write_text(_PANEL.format(dark=str(self._dark).lower(), height=PANEL_HEIGHT))
-        (configuration / "gtk-3.0").mkdir()
+        (configuration / "gtk-3.0").mkdir(parents=True)
         (configuration / "gtk-3.0/settings.ini").write_text(_TOOLKIT)
         kept = {name: value for name, value in os.environ.items()
                 if not name.startswith(("XDG_", "DBUS_", "PIPEWIRE_", "PULSE_", "GTK_", "WAYLAND_"))}
         self.environment = kept | {
             "HOME": str(self.home), "XDG_RUNTIME_DIR": str(runtime), "LC_ALL": "C.UTF-8",
-            "XDG_CURRENT_DESKTOP": "XFCE", "GDK_BACKEND": "x11", "NO_AT_BRIDGE": "1",
+            "XDG_CURRENT_DESKTOP": self._choice.desktop, "GDK_BACKEND": "x11", "NO_AT_BRIDGE": "1",
             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/bus",
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={runtime}/no-system-bus"}
         self._start_display()
         self.start("dbus-daemon", "--session", "--nofork", "--nopidfile",
                    f"--address=unix:path={runtime}/bus", stderr=subprocess.DEVNULL)
         self.wait_until((runtime / "bus").exists, "the session bus")
-        self._panel = self.start("xfce4-panel", "--disable-wm-check",
-                                 stderr=subprocess.DEVNULL)
+        self._choice.configure(self)
+        for command in self._choice.commands:
+            self._panel = self.start(*command, stderr=subprocess.DEVNULL)
         self.wait_until(self._has_watcher, "the panel")
 
     def kill_display(self):
