@@ -5,16 +5,15 @@ from panel_session import HEIGHT, PANEL_HEIGHT, WIDTH
 SUBMENU_ROW, ABOUT_ROW = 1, 4  # of the idle menu
 
 
-def open_menu(session):
-    session.click_item()
-    session.settle()
-
-
-def _without_pointer(session, picture):
-    """The pointer on the item would bring up its tooltip, before the menu."""
+def _move_pointer_away(session):
+    """On the item it would bring up a tooltip, which hides things and ticks."""
     session.user("mousemove", 0, HEIGHT - 1)
     session.settle()
-    session.screenshot(picture)
+
+
+def open_menu(session):
+    session.click_item()
+    _move_pointer_away(session)
 
 
 def launch(session, program):
@@ -26,7 +25,7 @@ def launch(session, program):
 
 def idle_menu(session, picture):
     open_menu(session)
-    _without_pointer(session, picture)
+    session.screenshot(picture)
     session.user("key", "Escape")
     session.settle()
 
@@ -50,7 +49,8 @@ def alert(session, picture):
     """The alert that is about to come up; it is closed then."""
     # No window manager gives it the keyboard.
     session.user("search", "--sync", "--onlyvisible", "--name", "^Audrel$", "windowfocus", "--sync")
-    _without_pointer(session, picture)
+    _move_pointer_away(session)
+    session.screenshot(picture)
     session.user("key", "Escape")
     session.settle()
 
@@ -65,5 +65,5 @@ def recording_menu(session, picture):
     start_recording(session)
     session.wait_until(lambda: "00:03" in session.item_property("ToolTip"), "three seconds")
     open_menu(session)
-    _without_pointer(session, picture)
+    session.screenshot(picture)
     session.user("key", "Escape")
