@@ -63,8 +63,8 @@ class PanelSession:
         subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, check=True,
                        stdout=subprocess.DEVNULL)
 
-    def click(self, x, y):
-        self.user("mousemove", x, y, "click", 1)
+    def click(self, x, y, button=1):
+        self.user("mousemove", x, y, "click", button)
 
     def click_item(self):
         """Clicks the status area's only item."""
@@ -163,13 +163,16 @@ class PanelSession:
                                path, "--method", method, *arguments], env=self.environment,
                               capture_output=True, text=True, check=False).stdout
 
-    def settle(self):
-        """Waits until nothing moves on the display."""
-        shown = [None, self.pixels(WIDTH, HEIGHT, 0, 0)]
+    def settle(self, below=0):
+        """Waits until nothing moves on the display, `below` a pixel row."""
+        def look():
+            return self.pixels(WIDTH, HEIGHT - below, 0, below)
+
+        shown = [None, look()]
 
         def is_still():
             time.sleep(0.3)
-            shown[:] = shown[1], self.pixels(WIDTH, HEIGHT, 0, 0)
+            shown[:] = shown[1], look()
             return shown[0] == shown[1]
 
         self.wait_until(is_still, "the display to be still")
