@@ -46,6 +46,7 @@ testPackages=(
   sox                    # another
   gstreamer1.0-tools     # a reader of M4A that is not FFmpeg
   gstreamer1.0-plugins-good  # its demuxer
+  locales                # a language with a decimal comma
   mandoc                 # checks the manual pages
   desktop-file-utils     # checks the desktop entry
   appstream              # checks the metainfo

@@ -9,8 +9,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
@@ -42,11 +44,32 @@ bool leaveMounts() {
   return true;
 }
 
-bool mountDisk(const fs::path& folder) {
-  const std::string options = "size=" + std::to_string(diskSize);
-  return leaveMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         mount("none", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
-}
+/// A disk at `folder` for as long as this object and the process live.
+class Disk {
+ public:
+  explicit Disk(fs::path folder) : folder_(std::move(folder)) {
+    const std::string options = "size=" + std::to_string(diskSize);
+    if (!leaveMounts()) {
+      return;
+    }
+    // Others would see it too. In a changed root there may be no mount to say that of.
+    mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    isMounted_ = mount("none", folder_.c_str(), "tmpfs", 0, options.c_str()) == 0;
+  }
+  Disk(const Disk&) = delete;
+  Disk& operator=(const Disk&) = delete;
+  ~Disk() {
+    if (isMounted_) {
+      umount2(folder_.c_str(), MNT_DETACH);
+    }
+  }
+
+  bool isMounted() const { return isMounted_; }
+
+ private:
+  fs::path folder_;
+  bool isMounted_ = false;
+};
 
 /// Takes most of the disk.
 void writeBallast(const fs::path& file) {
@@ -57,16 +80,17 @@ enum Outcome { good, noDisk, wrongErrors, wrongLog, notCopied };
 
 /// Records `audio` on a disk that is full after a quarter of a megabyte until the middle of the
 /// recording, and copies the file to `copy`.
-Outcome recordOnFullDisk(const fs::path& disk, const std::string& name,
+Outcome recordOnFullDisk(const fs::path& folder, const std::string& name,
                          const AV::Settings& settings, const Audio& audio, const fs::path& copy) {
-  if (!mountDisk(disk)) {
+  const Disk disk(folder);
+  if (!disk.isMounted()) {
     return noDisk;
   }
-  const fs::path ballast = disk / "ballast";
+  const fs::path ballast = folder / "ballast";
   writeBallast(ballast);
   LogBook log;
   AudioFramework framework(log);
-  auto file = openFile(framework, disk / name, settings);
+  auto file = openFile(framework, folder / name, settings);
   std::error_code error;
   const auto errors = deliver(framework, *file, audio, [&](std::size_t frames) {
     if (frames > audio.frames() / 2) {
@@ -83,7 +107,7 @@ Outcome recordOnFullDisk(const fs::path& disk, const std::string& name,
   if (!log.errors.empty()) {
     return wrongLog;
   }
-  return fs::copy_file(disk / name, copy, error) ? good : notCopied;
+  return fs::copy_file(folder / name, copy, error) ? good : notCopied;
 }
 
 Outcome inChild(const std::function<Outcome()>& work) {
