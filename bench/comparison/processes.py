@@ -59,14 +59,18 @@ def cpu_seconds(pid):
 
 def wake_ups(pid):
     """How often the living threads of a process have gone to sleep, and so were woken."""
-    total = 0
+    return sum(wake_ups_by_thread(pid).values())
+
+
+def wake_ups_by_thread(pid):
+    counts = {}
     for thread in os.listdir(f"/proc/{pid}/task"):
         try:
             with open(f"/proc/{pid}/task/{thread}/status") as status:
-                total += int(_field(status, "voluntary_ctxt_switches:")[0])
+                counts[thread] = int(_field(status, "voluntary_ctxt_switches:")[0])
         except FileNotFoundError:  # the thread has just ended
             pass
-    return total
+    return counts
 
 
 def private_dirty_bytes(pid):

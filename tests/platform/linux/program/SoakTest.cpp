@@ -21,19 +21,21 @@ namespace {
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define AUDREL_HAS_SANITIZERS_MEMORY
+#define AUDREL_MEMORY_IS_SANITIZERS
 #endif
 #endif
-#ifdef AUDREL_HAS_SANITIZERS_MEMORY
-// The memory is the sanitizer's there, which tells of leaks itself, and everything takes longer.
-constexpr int menuRebuilds = 400;
-constexpr int recordingsOfAKind = 15;
+#if defined(__SANITIZE_ADDRESS__)
+#define AUDREL_MEMORY_IS_SANITIZERS
+#endif
+#ifdef AUDREL_MEMORY_IS_SANITIZERS
+// Which keeps what was freed, and tells of leaks itself.
 constexpr std::size_t bytesToSpare = std::numeric_limits<std::size_t>::max();
 #else
-constexpr int menuRebuilds = 2'000;
-constexpr int recordingsOfAKind = 100;
 constexpr std::size_t bytesToSpare = 256UL * 1024;
 #endif
+
+constexpr int menuRebuilds = 2'000;
+constexpr int recordingsOfAKind = 100;
 
 struct Footprint {
   std::size_t privateDirtyBytes = 0;
