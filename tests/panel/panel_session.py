@@ -135,7 +135,7 @@ class PanelSession:
         self._choice.configure(self)
         for command in self._choice.commands:
             self._panel = self.start(*command, stderr=subprocess.DEVNULL)
-        self.wait_until(self._has_watcher, "the panel")
+        self.wait_until(self._has_host, "the panel")
 
     def kill_display(self):
         """With the display goes the panel."""
@@ -152,10 +152,11 @@ class PanelSession:
             raise RuntimeError("The display did not start.")
         self.environment["DISPLAY"] = f":{number}"
 
-    def _has_watcher(self):
-        return "true" in self.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                   "org.freedesktop.DBus.NameHasOwner",
-                                   "org.kde.StatusNotifierWatcher")
+    def _has_host(self):
+        return "true" in self.call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                                   "org.freedesktop.DBus.Properties.Get",
+                                   "org.kde.StatusNotifierWatcher",
+                                   "IsStatusNotifierHostRegistered")
 
     def call(self, service, path, method, *arguments):
         """A method call on the session bus; its answer as text, empty when it failed."""
