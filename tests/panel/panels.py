@@ -68,6 +68,15 @@ _MATE_SETTINGS = [
     ("org.mate.panel.object:/org/mate/panel/objects/area/", "panel-right-stick", "true"),
 ]
 
+_GNOME_SETTINGS = [
+    ("org.gnome.shell", "enabled-extensions", "['ubuntu-appindicators@ubuntu.com']"),
+    ("org.gnome.shell", "welcome-dialog-last-shown-version", "99"),
+    ("org.gnome.desktop.interface", "enable-animations", "false"),
+    ("org.gnome.desktop.notifications", "show-banners", "false"),
+    ("org.gnome.desktop.background", "picture-options", "none"),
+    ("org.gnome.desktop.background", "primary-color", "#000000"),
+]
+
 _PLASMA_ACTIVITY = "36470935-d009-4127-a32e-5e782c82b52c"
 
 _PLASMA_ACTIVITIES = f"""[activities]
@@ -132,6 +141,11 @@ def _write(file, text):
     file.write_text(text)
 
 
+def _apply(settings, session):
+    for setting in settings:
+        subprocess.run(["gsettings", "set", *setting], env=session.environment, check=True)
+
+
 def _xfce(session):
     _write(session.home / ".config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml",
            _XFCE_SETTINGS.format(dark=str(session.dark).lower(), height=PANEL_HEIGHT))
@@ -145,8 +159,15 @@ def _mate(session):
     # As the desktop's settings daemon has it. Otherwise a label takes the icon's place.
     with open(session.home / ".config/gtk-3.0/settings.ini", "a", encoding="utf-8") as toolkit:
         toolkit.write("gtk-button-images=1\n")
-    for setting in _MATE_SETTINGS:
-        subprocess.run(["gsettings", "set", *setting], env=session.environment, check=True)
+    _apply(_MATE_SETTINGS, session)
+
+
+def _gnome(session):
+    # It wants a system bus, and nothing that is on one.
+    session.environment |= {
+        "XDG_SESSION_TYPE": "x11",
+        "DBUS_SYSTEM_BUS_ADDRESS": session.environment["DBUS_SESSION_BUS_ADDRESS"]}
+    _apply(_GNOME_SETTINGS, session)
 
 
 def _plasma(session):
@@ -162,17 +183,20 @@ def _plasma(session):
 class Panel:
     """`configure` is called with the session, whose bus is there already."""
     name: str
-    packages: dict[str, str]  # the Debian package of each program, its main program's first
+    programs: tuple[str, ...]  # that it needs
+    packages: tuple[str, ...]  # Debian's, that hold them; the panel's own first
     desktop: str  # XDG_CURRENT_DESKTOP
-    commands: list[list[str]]  # the panel's own is the last one
+    commands: tuple[tuple[str, ...], ...]  # the panel's own is the last one
     configure: Callable
 
 
-XFCE = Panel("Xfce", {"xfce4-panel": "xfce4-panel"}, "XFCE",
-             [["xfce4-panel", "--disable-wm-check"]], _xfce)
-MATE = Panel("MATE", {"mate-panel": "mate-panel"}, "MATE", [["mate-panel"]], _mate)
-LXQT = Panel("LXQt", {"lxqt-panel": "lxqt-panel"}, "LXQt", [["lxqt-panel"]], _lxqt)
-PLASMA = Panel("Plasma", {"plasmashell": "plasma-workspace", "kded5": "kded5",
-                          "kcm-touchpad-list-devices": "plasma-desktop"}, "KDE",
-               [["kded5"], ["plasmashell", "--no-respawn"]], _plasma)
-ALL = [XFCE, MATE, LXQT, PLASMA]
+XFCE = Panel("Xfce", ("xfce4-panel",), ("xfce4-panel",), "XFCE",
+             (("xfce4-panel", "--disable-wm-check"),), _xfce)
+MATE = Panel("MATE", ("mate-panel",), ("mate-panel",), "MATE", (("mate-panel",),), _mate)
+LXQT = Panel("LXQt", ("lxqt-panel",), ("lxqt-panel",), "LXQt", (("lxqt-panel",),), _lxqt)
+PLASMA = Panel("Plasma", ("plasmashell", "kded5", "kcm-touchpad-list-devices"),
+               ("plasma-workspace", "kded5", "plasma-desktop"), "KDE",
+               (("kded5",), ("plasmashell", "--no-respawn")), _plasma)
+GNOME = Panel("GNOME", ("gnome-shell",), ("gnome-shell", "gnome-shell-extension-appindicator"),
+              "GNOME", (("gnome-shell", "--x11", "--sm-disable"),), _gnome)
+ALL = (XFCE, MATE, LXQT, PLASMA, GNOME)

@@ -160,8 +160,22 @@ constexpr std::array methods = {
     Method{"AboutToShowGroup", aboutToShowGroup},
 };
 
-void onMethodCall(GDBusConnection* /*connection*/, const char* sender, const char* /*path*/,
-                  const char* /*interface*/, const char* name, GVariant* arguments,
+/// A panel that reads level by level (Plasma) reads a submenu once it is shown, and places it by
+/// its size until then: empty, so that it comes up beyond the display's edge. Told that the
+/// submenus have changed, it reads them ahead. One that read everything again would be told no
+/// second time.
+void tellOfSubmenus(GDBusConnection* connection, const char* interface, const Call& call) {
+  if (intArgument(call, 0) != MenuTree::rootId || intArgument(call, 1) != 1) {
+    return;
+  }
+  for (const std::int32_t id : call.presenter.takeSubmenus()) {
+    g_dbus_connection_emit_signal(connection, nullptr, dbusMenuPath, interface, "LayoutUpdated",
+                                  g_variant_new("(ui)", call.presenter.revision(), id), nullptr);
+  }
+}
+
+void onMethodCall(GDBusConnection* connection, const char* sender, const char* /*path*/,
+                  const char* interface, const char* name, GVariant* arguments,
                   GDBusMethodInvocation* invocation, gpointer data) noexcept {
   // Its owner may drop it while the program is told that the menu opens.
   const auto presenter = static_cast<MenuPresenter*>(data)->weak_from_this().lock();
@@ -172,6 +186,9 @@ void onMethodCall(GDBusConnection* /*connection*/, const char* sender, const cha
     }
     if (GVariant* results = method.perform(call)) {
       g_dbus_method_invocation_return_value(invocation, results);
+      if (method.perform == getLayout) {
+        tellOfSubmenus(connection, interface, call);
+      }
     } else {
       g_dbus_method_invocation_return_error_literal(
           invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, "No such menu item or property");

@@ -35,6 +35,18 @@ void MenuPresenter::readMenu() {
   }
 }
 
+std::vector<std::int32_t> MenuPresenter::takeSubmenus() {
+  std::vector<std::int32_t> submenus;
+  if (std::exchange(submenusTakenAt_, revision_) != revision_) {
+    for (const MenuNode& node : tree_.root().children) {
+      if (!node.children.empty()) {
+        submenus.push_back(node.id);
+      }
+    }
+  }
+  return submenus;
+}
+
 const MenuNode* MenuPresenter::known(std::int32_t id) const {
   const MenuNode* node = tree_.find(id);
   return node != nullptr ? node : previousTree_.find(id);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/AppKit.h"
 #include "platform/linux/tray/Application.h"
@@ -36,6 +37,9 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
 
   /// One more with every change of `tree`.
   std::uint32_t revision() const { return revision_; }
+
+  /// The items with submenus, once for each tree: nothing when they were taken already.
+  std::vector<std::int32_t> takeSubmenus();
 
   /// The item of this tree or of the one before it, which a panel may still show. Null for others.
   const MenuNode* known(std::int32_t id) const;
@@ -71,6 +75,7 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   MenuTree previousTree_;
   std::int32_t nextId_ = MenuTree::rootId + 1;
   std::uint32_t revision_ = 1;
+  std::uint32_t submenusTakenAt_ = 0;  ///< a revision
   MenuOpening opening_;
   std::deque<std::shared_ptr<MenuItem>> clicked_;
   LoopSource clicks_;

@@ -115,6 +115,27 @@ TEST_F(MenuOnBus, submenusComeWithTheirMenu) {
   EXPECT_THAT(program.takeJournal(), IsEmpty());
 }
 
+TEST_F(MenuOnBus, aPanelThatReadsLevelByLevelIsToldOfTheSubmenusOnceForEachTree) {
+  const std::string told = "LayoutUpdated(uint32 2, " + std::to_string(idOf("From")) + ")";
+  panel.takeSignals();
+  panel.callMenu("GetLayout", "(0, 1, ['label'])");
+  EXPECT_THAT(panel.takeSignals(), ElementsAre(told));
+  panel.callMenu("GetLayout", "(0, 1, ['label'])");
+  EXPECT_THAT(panel.takeSignals(), IsEmpty());
+  panel.callMenu("AboutToShow", "(0,)");
+  panel.takeSignals();
+  panel.callMenu("GetLayout", "(0, 1, ['label'])");
+  EXPECT_THAT(panel.takeSignals(),
+              ElementsAre("LayoutUpdated(uint32 3, " + std::to_string(idOf("From")) + ")"));
+}
+
+TEST_F(MenuOnBus, aPanelThatReadsTheWholeMenuIsToldNothingOfSubmenus) {
+  panel.takeSignals();
+  panel.callMenu("GetLayout", "(0, -1, ['label'])");
+  panel.callMenu("GetLayout", "(" + std::to_string(idOf("From")) + ", 1, ['label'])");
+  EXPECT_THAT(panel.takeSignals(), IsEmpty());
+}
+
 TEST_F(MenuOnBus, groupsOfAnnouncementsTellWhichChangedAndWhichAreUnknown) {
   const std::string id = std::to_string(idOf("From"));
   EXPECT_EQ(panel.callMenu("AboutToShowGroup", "([9999, " + id + ", 0],)").value, "([0], [9999])");
