@@ -26,7 +26,7 @@ gtk-enable-animations=0
 def missing_packages(panel=panels.XFCE):
     """The Debian packages of the programs that a session needs and this system lacks."""
     return sorted({package for program, package in (PACKAGES | panel.packages).items()
-                   if shutil.which(program) is None})
+                   if shutil.which(program) is None and not os.path.exists(program)})
 
 
 class PanelSession:
@@ -100,7 +100,7 @@ class PanelSession:
         answer = self.call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
                            "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierWatcher",
                            "RegisteredStatusNotifierItems")
-        names = re.findall(r"'(:[\d.]+)[/']", answer)
+        names = re.findall(r"'(:[\d.]+)[@/']", answer)
         return names[0] if len(names) == 1 else None
 
     def item_property(self, name, item=None):

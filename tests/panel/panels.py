@@ -72,6 +72,7 @@ _GNOME_SETTINGS = [
     ("org.gnome.shell", "enabled-extensions", "['ubuntu-appindicators@ubuntu.com']"),
     ("org.gnome.shell", "welcome-dialog-last-shown-version", "99"),
     ("org.gnome.desktop.interface", "enable-animations", "false"),
+    ("org.gnome.desktop.interface", "text-scaling-factor", "0.75"),  # submenus unfold in the menu
     ("org.gnome.desktop.notifications", "show-banners", "false"),
     ("org.gnome.desktop.background", "picture-options", "none"),
     ("org.gnome.desktop.background", "primary-color", "#000000"),
@@ -183,20 +184,21 @@ def _plasma(session):
 class Panel:
     """`configure` is called with the session, whose bus is there already."""
     name: str
-    programs: tuple[str, ...]  # that it needs
-    packages: tuple[str, ...]  # Debian's, that hold them; the panel's own first
+    packages: dict[str, str]  # a program, or a file's path, and its Debian package; its own first
     desktop: str  # XDG_CURRENT_DESKTOP
     commands: tuple[tuple[str, ...], ...]  # the panel's own is the last one
     configure: Callable
 
 
-XFCE = Panel("Xfce", ("xfce4-panel",), ("xfce4-panel",), "XFCE",
+XFCE = Panel("Xfce", {"xfce4-panel": "xfce4-panel"}, "XFCE",
              (("xfce4-panel", "--disable-wm-check"),), _xfce)
-MATE = Panel("MATE", ("mate-panel",), ("mate-panel",), "MATE", (("mate-panel",),), _mate)
-LXQT = Panel("LXQt", ("lxqt-panel",), ("lxqt-panel",), "LXQt", (("lxqt-panel",),), _lxqt)
-PLASMA = Panel("Plasma", ("plasmashell", "kded5", "kcm-touchpad-list-devices"),
-               ("plasma-workspace", "kded5", "plasma-desktop"), "KDE",
+MATE = Panel("MATE", {"mate-panel": "mate-panel"}, "MATE", (("mate-panel",),), _mate)
+LXQT = Panel("LXQt", {"lxqt-panel": "lxqt-panel"}, "LXQt", (("lxqt-panel",),), _lxqt)
+PLASMA = Panel("Plasma", {"plasmashell": "plasma-workspace", "kded5": "kded5",
+                          "/usr/share/plasma/plasmoids/org.kde.panel": "plasma-desktop"}, "KDE",
                (("kded5",), ("plasmashell", "--no-respawn")), _plasma)
-GNOME = Panel("GNOME", ("gnome-shell",), ("gnome-shell", "gnome-shell-extension-appindicator"),
-              "GNOME", (("gnome-shell", "--x11", "--sm-disable"),), _gnome)
+GNOME = Panel("GNOME", {"gnome-shell": "gnome-shell",
+                        "/usr/share/gnome-shell/extensions/ubuntu-appindicators@ubuntu.com":
+                        "gnome-shell-extension-appindicator"}, "GNOME",
+              (("gnome-shell", "--x11", "--sm-disable"),), _gnome)
 ALL = (XFCE, MATE, LXQT, PLASMA, GNOME)
