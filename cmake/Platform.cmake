@@ -1,6 +1,10 @@
 # Chooses the one folder of platform/ that is compiled.
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   set(AUDREL_PLATFORM linux)
+elseif(CMAKE_SYSTEM_NAME STREQUAL "Darwin")
+  set(AUDREL_PLATFORM macos)
+  set(CMAKE_OSX_DEPLOYMENT_TARGET 14.2 CACHE STRING "The oldest macOS that has process taps")
+  include(cmake/ObjectiveC.cmake)
 else()
   message(FATAL_ERROR
     "Audrel has no platform for '${CMAKE_SYSTEM_NAME}'. "

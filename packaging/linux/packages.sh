@@ -52,6 +52,10 @@ testPackages=(
   appstream              # checks the metainfo
   libxml2-utils          # checks the icons' drawings
   librsvg2-bin           # renders them
+  clang-19               # builds for macOS, and Objective-C++ for Linux
+  lld-19                 # links for macOS
+  llvm-19                # joins and inspects what was linked
+  libclang-rt-19-dev     # runtimes of that compiler's sanitizers
   wireplumber            # the desktop's session manager
   pipewire-pulse         # PulseAudio clients
   pipewire-bin           # pw-play and its kin, clients that are not ours

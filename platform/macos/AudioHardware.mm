@@ -1,0 +1,208 @@
+#include "platform/macos/AudioHardware.h"
+
+#import <CoreAudio/AudioHardwareTapping.h>
+#import <CoreAudio/CATapDescription.h>
+#import <CoreAudio/CoreAudio.h>
+#import <Foundation/Foundation.h>
+
+#include <atomic>
+
+#include "platform/macos/AudioLayout.h"
+#include "platform/macos/Text.h"
+
+/// `cycles` orders the memory of the threads, without leaning on what Core Audio does inside: start
+/// releases and the IO thread acquires, the IO thread releases and the removal acquires.
+struct CA::InstalledIOProc {
+  CA::AudioDeviceIOProc procedure;
+  void* clientData;
+  ::AudioDeviceIOProcID systemID = nullptr;
+  std::atomic<std::uint64_t> cycles = 0;
+};
+
+namespace audrel::macos {
+namespace {
+
+const ::AudioObjectPropertyAddress* systemAddress(const CA::AudioObjectPropertyAddress& address) {
+  return reinterpret_cast<const ::AudioObjectPropertyAddress*>(&address);
+}
+
+::OSStatus ioProcThunk(::AudioObjectID device, const ::AudioTimeStamp* now,
+                       const ::AudioBufferList* inputData, const ::AudioTimeStamp* inputTime,
+                       ::AudioBufferList* outputData, const ::AudioTimeStamp* outputTime,
+                       void* clientData) noexcept {
+  auto& installed = *static_cast<CA::InstalledIOProc*>(clientData);
+  installed.cycles.fetch_add(1, std::memory_order_acquire);
+  ::OSStatus status = kAudioHardwareUnspecifiedError;
+  try {
+    status = installed.procedure(device, reinterpret_cast<const CA::AudioTimeStamp*>(now),
+                                 reinterpret_cast<const CA::AudioBufferList*>(inputData),
+                                 reinterpret_cast<const CA::AudioTimeStamp*>(inputTime),
+                                 reinterpret_cast<CA::AudioBufferList*>(outputData),
+                                 reinterpret_cast<const CA::AudioTimeStamp*>(outputTime),
+                                 installed.clientData);
+  } catch (...) {
+    // No line of the log on this thread: the status is all that Core Audio gets to know.
+  }
+  installed.cycles.fetch_add(1, std::memory_order_release);
+  return status;
+}
+
+CATapDescription* systemDescription(const CA::TapDescription& description) {
+  NSMutableArray<NSNumber*>* processes = [NSMutableArray array];
+  for (const CA::AudioObjectID process : description.processes) {
+    [processes addObject:[NSNumber numberWithUnsignedInt:process]];
+  }
+  CATapDescription* tap = nil;
+  switch (description.kind) {
+    case CA::TapDescription::Kind::stereoGlobalTapButExcludeProcesses:
+      tap = [[CATapDescription alloc] initStereoGlobalTapButExcludeProcesses:processes];
+      break;
+    case CA::TapDescription::Kind::stereoMixdownOfProcesses:
+      tap = [[CATapDescription alloc] initStereoMixdownOfProcesses:processes];
+      break;
+  }
+  if (description.muteBehavior) {
+    tap.muteBehavior = static_cast<CATapMuteBehavior>(*description.muteBehavior);
+  }
+  if (description.name) {
+    tap.name = nsString(*description.name);
+  }
+  return tap;
+}
+
+NSDictionary<NSString*, id>* systemDictionary(const CA::Description& description);
+
+struct SystemValue {
+  id operator()(const std::string& value) const { return nsString(value); }
+  id operator()(bool value) const { return [NSNumber numberWithBool:value]; }
+  id operator()(const std::vector<CA::Description>& values) const {
+    NSMutableArray<NSDictionary*>* array = [NSMutableArray array];
+    for (const CA::Description& value : values) {
+      [array addObject:systemDictionary(value)];
+    }
+    return array;
+  }
+};
+
+NSDictionary<NSString*, id>* systemDictionary(const CA::Description& description) {
+  NSMutableDictionary<NSString*, id>* dictionary = [NSMutableDictionary dictionary];
+  for (const auto& [key, value] : description.entries) {
+    dictionary[nsString(key)] = std::visit(SystemValue{}, value);
+  }
+  return dictionary;
+}
+
+}  // namespace
+
+AudioHardware::AudioHardware() = default;
+AudioHardware::~AudioHardware() = default;
+
+CA::OSStatus AudioHardware::AudioHardwareCreateProcessTap(const CA::TapDescription& description,
+                                                          CA::AudioObjectID* outTapID) {
+  @autoreleasepool {
+    return ::AudioHardwareCreateProcessTap(systemDescription(description), outTapID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioHardwareDestroyProcessTap(CA::AudioObjectID tapID) {
+  @autoreleasepool {
+    return ::AudioHardwareDestroyProcessTap(tapID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioHardwareCreateAggregateDevice(const CA::Description& description,
+                                                               CA::AudioObjectID* outDeviceID) {
+  @autoreleasepool {
+    NSDictionary* dictionary = systemDictionary(description);
+    return ::AudioHardwareCreateAggregateDevice((__bridge CFDictionaryRef)dictionary, outDeviceID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioHardwareDestroyAggregateDevice(CA::AudioObjectID deviceID) {
+  @autoreleasepool {
+    return ::AudioHardwareDestroyAggregateDevice(deviceID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device,
+                                                      CA::AudioDeviceIOProc procedure,
+                                                      void* clientData,
+                                                      CA::AudioDeviceIOProcID* outIOProcID) {
+  @autoreleasepool {
+    auto installed = std::make_unique<CA::InstalledIOProc>(procedure, clientData);
+    ioProcs_.reserve(ioProcs_.size() + 1);
+    const ::OSStatus status =
+        ::AudioDeviceCreateIOProcID(device, ioProcThunk, installed.get(), &installed->systemID);
+    if (status == kAudioHardwareNoError && installed->systemID != nullptr) {
+      *outIOProcID = installed.get();
+      ioProcs_.push_back(std::move(installed));
+    }
+    return status;
+  }
+}
+
+CA::OSStatus AudioHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
+                                                       CA::AudioDeviceIOProcID ioProcID) {
+  @autoreleasepool {
+    const ::OSStatus status = ::AudioDeviceDestroyIOProcID(device, ioProcID->systemID);
+    ioProcID->cycles.load(std::memory_order_acquire);
+    // Core Audio may still call one that it did not let go of.
+    if (status == kAudioHardwareNoError) {
+      std::erase_if(ioProcs_, [=](const auto& installed) { return installed.get() == ioProcID; });
+    }
+    return status;
+  }
+}
+
+CA::OSStatus AudioHardware::AudioDeviceStart(CA::AudioObjectID device,
+                                             CA::AudioDeviceIOProcID ioProcID) {
+  @autoreleasepool {
+    ioProcID->cycles.fetch_add(0, std::memory_order_release);
+    return ::AudioDeviceStart(device, ioProcID->systemID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioDeviceStop(CA::AudioObjectID device,
+                                            CA::AudioDeviceIOProcID ioProcID) {
+  @autoreleasepool {
+    return ::AudioDeviceStop(device, ioProcID->systemID);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioObjectGetPropertyDataSize(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t qualifierDataSize, const void* qualifierData, std::uint32_t* outDataSize) {
+  @autoreleasepool {
+    return ::AudioObjectGetPropertyDataSize(object, systemAddress(address), qualifierDataSize,
+                                            qualifierData, outDataSize);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioObjectGetPropertyData(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t qualifierDataSize, const void* qualifierData, std::uint32_t* ioDataSize,
+    void* outData) {
+  @autoreleasepool {
+    return ::AudioObjectGetPropertyData(object, systemAddress(address), qualifierDataSize,
+                                        qualifierData, ioDataSize, outData);
+  }
+}
+
+CA::OSStatus AudioHardware::AudioObjectGetPropertyData(
+    CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
+    std::uint32_t qualifierDataSize, const void* qualifierData, std::uint32_t* ioDataSize,
+    std::string* outText) {
+  @autoreleasepool {
+    CFStringRef reference = nullptr;
+    const ::OSStatus status = ::AudioObjectGetPropertyData(
+        object, systemAddress(address), qualifierDataSize, qualifierData, ioDataSize, &reference);
+    if (status == kAudioHardwareNoError) {
+      // The reference is the caller's: this gives it back, once.
+      NSString* text = CFBridgingRelease(reference);
+      *outText = utf8(text);
+    }
+    return status;
+  }
+}
+
+}  // namespace audrel::macos

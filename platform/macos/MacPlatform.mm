@@ -1,0 +1,68 @@
+#include "platform/NativePlatform.h"
+#include "platform/macos/AppKit.h"
+#include "platform/macos/AudioFramework.h"
+#include "platform/macos/AudioHardware.h"
+#include "platform/macos/CaptureAccess.h"
+#include "platform/macos/Diagnostics.h"
+#include "platform/macos/Dispatch.h"
+#include "platform/macos/Foundation.h"
+#include "platform/macos/Log.h"
+#include "platform/macos/Updater.h"
+
+namespace audrel::macos {
+namespace {
+
+class MacPlatform final : public NativePlatform {
+ public:
+  Platform interfaces() override {
+    return {.audioHardware = audioHardware_,
+            .audioFramework = audioFramework_,
+            .captureAccess = captureAccess_,
+            .clock = clock_,
+            .collation = collation_,
+            .fileManager = fileManager_,
+            .runningApplications = runningApplications_,
+            .uuids = uuids_,
+            .dispatch = dispatch_,
+            .log = log_,
+            .diagnostics = diagnostics_};
+  }
+
+  // The system starts an application once, and shows the one that runs when it is asked again.
+  std::optional<Desktop> desktop() override {
+    return Desktop{.appKit = appKit_,
+                   .runLoop = runLoop_,
+                   .urlParser = urlParser_,
+                   .userDefaults = userDefaults_,
+                   .updateFramework = updateFramework_};
+  }
+
+  std::optional<std::string> startDemo() override {
+    return "There is no demo on macOS: play something, and record that.";
+  }
+
+ private:
+  AudioHardware audioHardware_;
+  AudioFramework audioFramework_;
+  CaptureAccess captureAccess_;
+  Clock clock_;
+  Collation collation_;
+  FileManager fileManager_;
+  RunningApplications runningApplications_;
+  UUIDFactory uuids_;
+  Dispatch dispatch_;
+  Log log_;
+  Diagnostics diagnostics_;
+  AppKit appKit_;
+  RunLoop runLoop_;
+  URLParser urlParser_;
+  UserDefaults userDefaults_;
+  UpdateFramework updateFramework_;
+};
+
+}  // namespace
+}  // namespace audrel::macos
+
+std::unique_ptr<NativePlatform> NativePlatform::make() {
+  return std::make_unique<audrel::macos::MacPlatform>();
+}

@@ -1,0 +1,8 @@
+// expected: undefined symbol: AudioObjectSetPropertyData
+#import <CoreAudio/CoreAudio.h>
+
+CF_EXPORT OSStatus AudioObjectSetPropertyData(AudioObjectID object);
+
+int main() {
+  return AudioObjectSetPropertyData(1);
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <sys/cdefs.h>
+
+struct winsize {
+  unsigned short ws_row;
+  unsigned short ws_col;
+  unsigned short ws_xpixel;
+  unsigned short ws_ypixel;
+};
+
+/* _IOR('t', 104, struct winsize) */
+#define TIOCGWINSZ 0x40087468UL
+
+__BEGIN_DECLS
+int ioctl(int descriptor, unsigned long request, ...);
+__END_DECLS

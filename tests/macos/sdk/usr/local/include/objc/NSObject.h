@@ -1,0 +1,25 @@
+#pragma once
+
+// Pages are below https://developer.apple.com/documentation/objectivec/
+#include <objc/objc.h>
+
+@class NSString;
+
+@protocol NSObject  // nsobjectprotocol
+- (BOOL)isEqual:(nullable id)object;
+- (Class _Nonnull)class;
+- (BOOL)isKindOfClass:(Class _Nonnull)type;
+- (BOOL)respondsToSelector:(SEL _Nonnull)selector;
+@property(readonly) NSUInteger hash;
+@property(readonly, copy, nonnull) NSString* description;
+@end
+
+__attribute__((objc_root_class))
+@interface NSObject<NSObject> {  // nsobject-swift.class
+  Class isa;
+}
++ (nonnull instancetype)alloc;
++ (Class _Nonnull)class;
+- (nonnull instancetype)init;
+- (void)dealloc;
+@end
