@@ -49,6 +49,7 @@ add_custom_target(macos_app
   COMMENT "Putting Audrel.app together"
   VERBATIM)
 add_dependencies(macos_app macos_plain macos_sparkle)
+add_dependencies(audrel_macos_checks macos_app)
 
 # macos_check(name COMMAND...)
 function(macos_check name)

@@ -3,15 +3,10 @@
 // Pages are below https://developer.apple.com/documentation/objectivec/
 #include <objc/objc.h>
 
-@class NSString;
-
 @protocol NSObject  // nsobjectprotocol
 - (BOOL)isEqual:(nullable id)object;
 - (Class _Nonnull)class;
-- (BOOL)isKindOfClass:(Class _Nonnull)type;
-- (BOOL)respondsToSelector:(SEL _Nonnull)selector;
 @property(readonly) NSUInteger hash;
-@property(readonly, copy, nonnull) NSString* description;
 @end
 
 __attribute__((objc_root_class))

@@ -1,0 +1,51 @@
+# The same, unchanged adapters compiled for this machine with the Objective-C ABI of macOS, and run
+# on a runtime and frameworks of the tests' own.
+if(NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  message(STATUS "The adapters of macOS are executed on x86_64 alone")
+  return()
+endif()
+
+add_library(macos_abi INTERFACE)
+target_compile_options(macos_abi INTERFACE
+  "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-runtime=macosx-14.2>"
+  "SHELL:-isystem ${CMAKE_CURRENT_SOURCE_DIR}/sdk/usr/local/include"
+  "SHELL:-iframework ${CMAKE_CURRENT_SOURCE_DIR}/sdk/System/Library/Frameworks"
+  "SHELL:-iframework ${CMAKE_CURRENT_SOURCE_DIR}/sdk/Library/Frameworks")
+
+# The runtime is what implements retain and release, so the compiler must not add any.
+add_library(macos_runtime OBJECT
+  runtime/Blocks.cpp runtime/Classes.cpp runtime/Functions.cpp runtime/Messages.cpp
+  runtime/Ownership.cpp runtime/Root.mm)
+target_link_libraries(macos_runtime PUBLIC audrel_options macos_abi)
+target_compile_options(macos_runtime PRIVATE -Wno-pedantic -Wno-old-style-cast
+  -Wno-deprecated-objc-isa-usage
+  "$<$<COMPILE_LANGUAGE:OBJCXX>:-fno-objc-arc>")
+
+add_library(macos_frameworks OBJECT
+  frameworks/FakeAVFAudio.mm frameworks/FakeAppKit.mm frameworks/FakeCoreAudio.mm
+  frameworks/FakeFoundation.mm frameworks/FakeMac.cpp frameworks/FakeSparkle.mm
+  frameworks/FakeSystem.mm)
+target_link_libraries(macos_frameworks PUBLIC audrel_options macos_abi)
+# They implement a part of what is declared, and trust the declarations where theirs differ.
+target_compile_options(macos_frameworks PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-w>")
+
+# The platform as its own folder builds it, but for this ABI.
+add_subdirectory("${PROJECT_SOURCE_DIR}/platform/macos" platform)
+target_link_libraries(audrel_macos_platform PUBLIC macos_abi)
+
+# macos_test(name SOURCES... LINKS...)
+function(macos_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  audrel_test(${name} SOURCES ${ARG_SOURCES}
+    LINKS ${ARG_LINKS} audrel_macos_platform macos_frameworks macos_runtime LABELS macos)
+  add_dependencies(audrel_macos_checks ${name})
+endfunction()
+
+macos_test(macos_runtime_test SOURCES execution/RuntimeTest.mm)
+macos_test(macos_adapters_test
+  SOURCES
+    execution/AudioFrameworkTest.mm
+    execution/AudioHardwareTest.mm
+    execution/DispatchTest.mm
+    execution/FoundationTest.mm
+  LINKS audrel_engine audrel_fakes)

@@ -1,0 +1,147 @@
+#include "platform/macos/Foundation.h"
+
+#include "platform/macos/CaptureAccess.h"
+#include "platform/macos/Log.h"
+#include "platform/macos/Text.h"
+#include "platform/macos/Workspace.h"
+#include "tests/macos/execution/MacTest.h"
+
+namespace audrel::macos {
+namespace {
+
+class FoundationTest : public MacTest {};
+
+TEST_F(FoundationTest, textsKeepEveryCharacter) {
+  @autoreleasepool {
+    EXPECT_EQ(utf8(nsString("")), "");
+    EXPECT_EQ(utf8(nsString("Grüße, 世界 \U0001F3A7")), "Grüße, 世界 \U0001F3A7");
+    EXPECT_EQ(utf8(nil), "");
+  }
+}
+
+TEST_F(FoundationTest, bytesThatAreNoUtf8AreReadAsLatin1) {
+  @autoreleasepool {
+    EXPECT_EQ(utf8(nsString("caf\xE9")), "café");
+  }
+}
+
+TEST_F(FoundationTest, pathsKeepTheirBytes) {
+  @autoreleasepool {
+    EXPECT_EQ(filePath(fileURL("/Users/test/a b/ü.wav")), "/Users/test/a b/ü.wav");
+  }
+}
+
+TEST_F(FoundationTest, theDownloadsFolderIsTheFirstOfTheUsers) {
+  FileManager files;
+  EXPECT_EQ(files.downloadsDirectory(), "/Users/test/Downloads");
+  EXPECT_EQ(files.homeDirectoryForCurrentUser(), "/Users/test");
+  mac().downloads.reset();
+  EXPECT_EQ(files.downloadsDirectory(), std::nullopt);
+}
+
+TEST_F(FoundationTest, aFileExistsUnderItsWholeName) {
+  mac().existing.insert("/Users/test/ü.wav");
+  FileManager files;
+  EXPECT_TRUE(files.fileExists("/Users/test/ü.wav"));
+  EXPECT_FALSE(files.fileExists("/Users/test/ü"));
+}
+
+TEST_F(FoundationTest, aUUIDIsTheFrameworksText) {
+  EXPECT_EQ(UUIDFactory().uuidString(), "00000000-0000-4000-8000-00000000ABCD");
+}
+
+TEST_F(FoundationTest, namesAreComparedByTheFramework) {
+  using enum NS::ComparisonResult;
+  Collation collation;
+  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("abc", "ABD"), orderedAscending);
+  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("abc", "ABC"), orderedSame);
+  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("b", "A"), orderedDescending);
+}
+
+TEST_F(FoundationTest, aTextThatIsNoURLIsNone) {
+  URLParser parser;
+  EXPECT_EQ(parser.urlWithString("x-apple.systempreferences:a?b"),
+            NS::URL{"x-apple.systempreferences:a?b"});
+  EXPECT_EQ(parser.urlWithString("no url"), std::nullopt);
+}
+
+TEST_F(FoundationTest, userDefaultsKeepTexts) {
+  UserDefaults defaults;
+  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
+  defaults.setString("wav", "format");
+  EXPECT_EQ(defaults.stringForKey("format"), "wav");
+  defaults.removeObjectForKey("format");
+  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
+}
+
+TEST_F(FoundationTest, aTimerFiresUntilItIsInvalidatedAndThenFreesItsBlock) {
+  auto held = std::make_shared<int>(0);
+  const std::weak_ptr<int> weak = held;
+  auto timer = RunLoop().scheduleRepeatingTimer(1.0, [held = std::move(held)] { ++*held; });
+  EXPECT_EQ(journal(), (Lines{"NSTimer every 1.000000 s"}));
+  fireTimers();
+  fireTimers();
+  EXPECT_EQ(*weak.lock(), 2);
+  timer->invalidate();
+  EXPECT_EQ(scheduledTimers(), 0U);
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(FoundationTest, theRunLoopKeepsATimerThatNobodyElseKeeps) {
+  int fired = 0;
+  std::shared_ptr<NS::Timer> timer;
+  timer = RunLoop().scheduleRepeatingTimer(1.0, [&] {
+    ++fired;
+    timer->invalidate();
+  });
+  fireTimers();
+  fireTimers();
+  EXPECT_EQ(fired, 1);
+}
+
+TEST_F(FoundationTest, anExceptionOfATimersBlockIsLoggedAndGoesNoFurther) {
+  const auto timer =
+      RunLoop().scheduleRepeatingTimer(1.0, [] { throw std::runtime_error("a reason"); });
+  fireTimers();
+  EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [platform] error: A timer's block "
+                                  "failed: a reason"));
+  timer->invalidate();
+}
+
+TEST_F(FoundationTest, linesOfTheLogArePublicAndHaveTheirLevel) {
+  const auto logger = Log().makeLogger("io.example", "engine");
+  logger->info("100 %s %{private}s");
+  logger->error(std::string_view("cut off", 3));
+  EXPECT_EQ(journal(), (Lines{"log io.example [engine] info: 100 %s %{private}s",
+                              "log io.example [engine] error: cut"}));
+}
+
+TEST_F(FoundationTest, capturePermissionIsAskedOfTheSystem) {
+  CaptureAccess access;
+  EXPECT_TRUE(access.preflightScreenCaptureAccess());
+  mac().answersRequest = false;
+  EXPECT_FALSE(access.requestScreenCaptureAccess());
+  EXPECT_EQ(journal(), (Lines{"CGPreflightScreenCaptureAccess -> true",
+                              "CGRequestScreenCaptureAccess -> false"}));
+}
+
+TEST_F(FoundationTest, anApplicationIsFoundByItsPidAndMayHaveNoName) {
+  mac().applications = {{5, "Radio"}, {6, ""}};
+  RunningApplications applications;
+  EXPECT_EQ(applications.runningApplication(5), NS::RunningApplication{"Radio"});
+  EXPECT_EQ(applications.runningApplication(6), NS::RunningApplication{std::nullopt});
+  EXPECT_EQ(applications.runningApplication(7), std::nullopt);
+}
+
+TEST_F(FoundationTest, filesAreShownAndURLsOpened) {
+  Workspace workspace;
+  workspace.activateFileViewerSelecting({"/Users/test/a b.wav", "/Users/test/c.m4a"});
+  EXPECT_TRUE(workspace.openURL({"x-apple:settings"}));
+  EXPECT_FALSE(workspace.openURL({"no url"}));
+  EXPECT_EQ(journal(), (Lines{"NSWorkspace.activateFileViewerSelectingURLs: /Users/test/a b.wav "
+                              "/Users/test/c.m4a",
+                              "NSWorkspace.openURL: x-apple:settings"}));
+}
+
+}  // namespace
+}  // namespace audrel::macos

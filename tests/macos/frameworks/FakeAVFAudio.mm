@@ -1,0 +1,213 @@
+#import <AVFAudio/AVFAudio.h>
+
+#include <cstring>
+#include <memory>
+
+#include "tests/macos/frameworks/FakeFoundation.h"
+#include "tests/macos/frameworks/FakeMac.h"
+
+using audrel::fakemac::Failure;
+using audrel::fakemac::mac;
+
+extern "C" id objc_retainAutorelease(id object);
+
+// Not the names of the constants, so that a name where the constant belongs shows.
+NSString* const AVFormatIDKey = @"key of AVFormatIDKey";
+NSString* const AVSampleRateKey = @"key of AVSampleRateKey";
+NSString* const AVNumberOfChannelsKey = @"key of AVNumberOfChannelsKey";
+NSString* const AVEncoderBitRateKey = @"key of AVEncoderBitRateKey";
+NSString* const AVEncoderAudioQualityKey = @"key of AVEncoderAudioQualityKey";
+NSString* const AVLinearPCMBitDepthKey = @"key of AVLinearPCMBitDepthKey";
+NSString* const AVLinearPCMIsBigEndianKey = @"key of AVLinearPCMIsBigEndianKey";
+NSString* const AVLinearPCMIsFloatKey = @"key of AVLinearPCMIsFloatKey";
+NSString* const AVLinearPCMIsNonInterleaved = @"key of AVLinearPCMIsNonInterleaved";
+
+static NSString* made(const std::string& text) {
+  return [[NSString alloc] initWithBytes:text.data()
+                                  length:text.size()
+                                encoding:NSUTF8StringEncoding];
+}
+
+@interface MadeError : NSError {
+ @public
+  Failure _failure;
+}
+@end
+
+@implementation MadeError
+
+- (NSString*)domain {
+  return made(_failure.domain);
+}
+
+- (NSInteger)code {
+  return _failure.code;
+}
+
+- (NSString*)localizedDescription {
+  return made(_failure.description);
+}
+
+@end
+
+static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
+  MadeError* made = [[MadeError alloc] init];
+  made->_failure = failure;
+  *error = made;
+}
+
+@implementation AVAudioFormat {
+  AudioStreamBasicDescription _description;
+}
+
+- (instancetype)initWithStreamDescription:(const AudioStreamBasicDescription*)description {
+  _description = *description;
+  return description->mFormatID == kAudioFormatLinearPCM && description->mSampleRate > 0 ? self
+                                                                                         : nil;
+}
+
+- (const AudioStreamBasicDescription*)streamDescription {
+  return &_description;
+}
+
+- (double)sampleRate {
+  return _description.mSampleRate;
+}
+
+- (AVAudioChannelCount)channelCount {
+  return _description.mChannelsPerFrame;
+}
+
+- (BOOL)isInterleaved {
+  return (_description.mFormatFlags & kAudioFormatFlagIsNonInterleaved) == 0;
+}
+
+- (AVAudioCommonFormat)commonFormat {
+  return (_description.mFormatFlags & kAudioFormatFlagIsFloat) != 0 ? AVAudioPCMFormatFloat32
+                                                                    : AVAudioOtherFormat;
+}
+
+@end
+
+@implementation AVAudioBuffer
+
+- (AVAudioFormat*)format {
+  return nil;
+}
+
+- (AudioBufferList*)mutableAudioBufferList {
+  return nullptr;
+}
+
+@end
+
+@implementation AVAudioPCMBuffer {
+  AVAudioFormat* _format;
+  AVAudioFrameCount _frameCapacity;
+  AVAudioFrameCount _frameLength;
+  std::unique_ptr<std::byte[]> _list;
+  std::vector<std::unique_ptr<std::byte[]>> _data;
+}
+
+- (instancetype)initWithPCMFormat:(AVAudioFormat*)format
+                    frameCapacity:(AVAudioFrameCount)frameCapacity {
+  if (!mac().hasMemoryForBuffers) {
+    return nil;
+  }
+  _format = format;
+  _frameCapacity = frameCapacity;
+  const UInt32 count = format.isInterleaved ? 1 : format.channelCount;
+  _list = std::make_unique<std::byte[]>(offsetof(AudioBufferList, mBuffers) +
+                                        count * sizeof(AudioBuffer));
+  AudioBufferList* list = self.mutableAudioBufferList;
+  list->mNumberBuffers = count;
+  for (UInt32 i = 0; i < count; ++i) {
+    _data.push_back(
+        std::make_unique<std::byte[]>(frameCapacity * format.streamDescription->mBytesPerFrame));
+    (&list->mBuffers[0])[i] = {format.channelCount / count, 0, _data.back().get()};
+  }
+  return self;
+}
+
+- (AVAudioFormat*)format {
+  return _format;
+}
+
+- (AudioBufferList*)mutableAudioBufferList {
+  return reinterpret_cast<AudioBufferList*>(_list.get());
+}
+
+- (AVAudioFrameCount)frameCapacity {
+  return _frameCapacity;
+}
+
+- (AVAudioFrameCount)frameLength {
+  return _frameLength;
+}
+
+- (void)setFrameLength:(AVAudioFrameCount)frames {
+  if (frames > _frameCapacity) {
+    abort();
+  }
+  _frameLength = frames;
+  AudioBufferList* list = self.mutableAudioBufferList;
+  for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
+    (&list->mBuffers[0])[i].mDataByteSize = frames * _format.streamDescription->mBytesPerFrame;
+  }
+}
+
+@end
+
+@implementation AVAudioFile {
+  std::size_t _index;
+  BOOL _isOpen;
+}
+
+- (instancetype)initForWriting:(NSURL*)url
+                      settings:(NSDictionary<NSString*, id>*)settings
+                  commonFormat:(AVAudioCommonFormat)format
+                   interleaved:(BOOL)interleaved
+                         error:(NSError* __autoreleasing*)error {
+  // The system's own code leaves references of its own in the caller's pool.
+  objc_retainAutorelease(self);
+  const std::string path = url.fileSystemRepresentation;
+  if (mac().openFails) {
+    mac().note("AVAudioFile(forWriting " + path + ") fails");
+    giveError(*mac().openFails, error);
+    return nil;
+  }
+  const std::string described = audrel::fakemac::described(settings);
+  mac().note("AVAudioFile(forWriting " + path + ", settings " + described + ", commonFormat " +
+             std::to_string(format) + (interleaved ? ", interleaved)" : ", not interleaved)"));
+  _index = mac().files.size();
+  _isOpen = YES;
+  mac().files.push_back({path, described, format, static_cast<bool>(interleaved), {}, {}, true});
+  return self;
+}
+
+- (BOOL)writeFromBuffer:(const AVAudioPCMBuffer*)buffer error:(NSError* __autoreleasing*)error {
+  objc_retainAutorelease(self);
+  if (mac().writeFails) {
+    giveError(*mac().writeFails, error);
+    return NO;
+  }
+  auto* writable = const_cast<AVAudioPCMBuffer*>(buffer);
+  auto& file = mac().files[_index];
+  file.writes.push_back(writable.frameLength);
+  const AudioBufferList& list = *writable.mutableAudioBufferList;
+  for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
+    const AudioBuffer& one = (&list.mBuffers[0])[i];
+    const auto* bytes = static_cast<const std::byte*>(one.mData);
+    file.bytes.insert(file.bytes.end(), bytes, bytes + one.mDataByteSize);
+  }
+  return YES;
+}
+
+- (void)dealloc {
+  if (_isOpen) {
+    mac().files[_index].isOpen = false;
+    mac().note("AVAudioFile closed: " + mac().files[_index].path);
+  }
+}
+
+@end

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// A Mac for tests: what stands behind the fake frameworks of this folder. The fields say what the
+/// frameworks answer, and the journal what was asked of them.
+namespace audrel::fakemac {
+
+struct Failure {
+  std::string domain;
+  long code = 0;
+  std::string description;
+};
+
+struct Process {
+  std::uint32_t object = 0;
+  std::int32_t pid = 0;
+  std::string bundleID;
+};
+
+struct File {
+  std::string path;
+  std::string settings;  ///< sorted, each with its type
+  unsigned long commonFormat = 0;
+  bool isInterleaved = false;
+  std::vector<std::uint32_t> writes;  ///< frames of each
+  std::vector<std::byte> bytes;       ///< of all writes, buffer by buffer
+  bool isOpen = true;
+};
+
+struct Alert {
+  std::string message;
+  std::string text;
+  unsigned long style = 0;
+  std::vector<std::string> buttons;
+};
+
+class Mac {
+ public:
+  /// Any thread.
+  void note(const std::string& line);
+
+  /// What was noted since the last call.
+  std::vector<std::string> takeJournal();
+
+  /// 0, unless the test has the call fail.
+  std::int32_t statusOf(const std::string& call) const;
+
+  /// By the function's name.
+  std::map<std::string, std::int32_t> failing;
+
+  /// Calls that succeed and give nothing: an id of 0.
+  std::set<std::string> withoutResult;
+
+  /// By selector and object: plain data that only fails there.
+  std::map<std::uint32_t, std::int32_t> failingProperties;
+
+  bool mayCapture = true;
+  bool answersRequest = true;
+
+  double sampleRate = 48000;
+  std::uint32_t channels = 2;
+  bool isInterleaved = true;
+  std::uint32_t tapFormatID = 0x6C70636D;
+  std::uint32_t defaultOutput = 51;
+  std::vector<Process> processes;
+  std::map<std::int32_t, std::string> applications;
+
+  bool hasMemoryForBuffers = true;
+  std::optional<Failure> openFails;
+  std::optional<Failure> writeFails;
+  std::deque<File> files;
+
+  std::map<std::string, std::string> defaults;
+  std::optional<std::string> downloads = "/Users/test/Downloads";
+  std::set<std::string> existing;
+
+  std::deque<long> answers;  ///< of alerts, in order; the first button's when empty
+  std::vector<Alert> alerts;
+  bool opensURLs = true;
+  bool hasStatusButton = true;
+  std::set<std::string> symbols = {"waveform.circle", "waveform.circle.fill"};
+
+  /// While the application's event loop runs, which returns afterwards.
+  std::function<void()> whileRunning;
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::string> journal_;
+};
+
+/// The one that the frameworks talk to, of the `ScopedMac` that lives.
+Mac& mac();
+
+/// A fresh Mac for a test. Its end waits for the queues' threads.
+class ScopedMac {
+ public:
+  ScopedMac();
+  ~ScopedMac();
+  ScopedMac(const ScopedMac&) = delete;
+  ScopedMac& operator=(const ScopedMac&) = delete;
+};
+
+/// Returns when no queue has a thread any more: each ends with its queue.
+void waitForQueues();
+
+}  // namespace audrel::fakemac

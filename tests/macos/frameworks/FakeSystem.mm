@@ -1,0 +1,197 @@
+// Dispatch queues and the log.
+
+#import <Foundation/Foundation.h>
+#import <dispatch/dispatch.h>
+#import <os/log.h>
+
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "tests/macos/frameworks/FakeMac.h"
+
+using audrel::fakemac::mac;
+
+extern "C" {}
+
+namespace {
+
+struct Item {
+  void* context;
+  dispatch_function_t work;
+};
+
+/// What a queue and its thread share.
+struct QueueState {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::deque<Item> items;
+  bool isBusy = false;
+  bool isAbandoned = false;
+};
+
+struct Threads {
+  std::mutex mutex;
+  std::condition_variable changed;
+  int running = 0;
+};
+
+Threads& threads() {
+  static auto* const threads = new Threads;
+  return *threads;
+}
+
+/// One pool for the life of the thread, as a thread of the system's may have: what an item leaves
+/// in it lives on.
+void runItems(const std::shared_ptr<QueueState>& queue) {
+  @autoreleasepool {
+    std::unique_lock lock(queue->mutex);
+    while (true) {
+      queue->changed.wait(
+          lock, [&] { return !queue->isBusy && (!queue->items.empty() || queue->isAbandoned); });
+      if (queue->items.empty()) {
+        break;
+      }
+      const Item item = queue->items.front();
+      queue->items.pop_front();
+      queue->isBusy = true;
+      lock.unlock();
+      item.work(item.context);
+      lock.lock();
+      queue->isBusy = false;
+      queue->changed.notify_all();
+    }
+  }
+  const std::lock_guard lock(threads().mutex);
+  --threads().running;
+  threads().changed.notify_all();
+}
+
+}  // namespace
+
+@interface FakeQueueAttributes : NSObject <OS_dispatch_queue_attr> {
+ @public
+  dispatch_qos_class_t _qos;
+  unsigned long _frequency;
+}
+@end
+
+@implementation FakeQueueAttributes
+@end
+
+@interface FakeQueue : NSObject <OS_dispatch_queue> {
+ @public
+  std::shared_ptr<QueueState> _state;
+}
+@end
+
+@implementation FakeQueue
+
+- (void)dealloc {
+  const std::lock_guard lock(_state->mutex);
+  _state->isAbandoned = true;
+  _state->changed.notify_all();
+}
+
+@end
+
+dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t,
+                                                              dispatch_qos_class_t qos, int) {
+  FakeQueueAttributes* attributes = [[FakeQueueAttributes alloc] init];
+  attributes->_qos = qos;
+  return attributes;
+}
+
+dispatch_queue_attr_t dispatch_queue_attr_make_with_autorelease_frequency(
+    dispatch_queue_attr_t attributes, dispatch_autorelease_frequency_t frequency) {
+  static_cast<FakeQueueAttributes*>(attributes)->_frequency = frequency;
+  return attributes;
+}
+
+dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attributes) {
+  auto* fake = static_cast<FakeQueueAttributes*>(attributes);
+  mac().note(std::string("dispatch_queue_create(") + label + ", qos " + std::to_string(fake->_qos) +
+             ", autorelease frequency " + std::to_string(fake->_frequency) + ")");
+  FakeQueue* queue = [[FakeQueue alloc] init];
+  queue->_state = std::make_shared<QueueState>();
+  {
+    const std::lock_guard lock(threads().mutex);
+    ++threads().running;
+  }
+  std::thread(runItems, queue->_state).detach();
+  return queue;
+}
+
+void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
+  const auto state = static_cast<FakeQueue*>(queue)->_state;
+  const std::lock_guard lock(state->mutex);
+  state->items.push_back({context, work});
+  state->changed.notify_all();
+}
+
+/// On the caller's thread, as the system does where it can.
+void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
+  const auto state = static_cast<FakeQueue*>(queue)->_state;
+  std::unique_lock lock(state->mutex);
+  state->changed.wait(lock, [&] { return !state->isBusy && state->items.empty(); });
+  state->isBusy = true;
+  lock.unlock();
+  work(context);
+  lock.lock();
+  state->isBusy = false;
+  state->changed.notify_all();
+}
+
+namespace audrel::fakemac {
+
+void waitForQueues() {
+  std::unique_lock lock(threads().mutex);
+  threads().changed.wait(lock, [] { return threads().running == 0; });
+}
+
+}  // namespace audrel::fakemac
+
+@interface FakeLog : NSObject <OS_os_log> {
+ @public
+  std::string _name;
+}
+@end
+
+@implementation FakeLog
+@end
+
+os_log_t os_log_create(const char* subsystem, const char* category) {
+  FakeLog* log = [[FakeLog alloc] init];
+  log->_name = std::string(subsystem) + " [" + category + "]";
+  return log;
+}
+
+bool os_log_type_enabled(os_log_t, os_log_type_t) {
+  return true;
+}
+
+/// Reads what the compiler laid out: two bytes, then for each argument what it is (the low half
+/// says 1 private, 2 public; the high one 2 for a C string), its size and itself. Formats with
+/// other arguments than C strings are not known here.
+void _os_log_impl(void*, os_log_t log, os_log_type_t type, const char* format, uint8_t* arguments,
+                  uint32_t) {
+  std::string line = format;
+  const uint8_t* at = arguments + 2;
+  for (int i = 0; i < arguments[1]; ++i) {
+    const char* text = nullptr;
+    std::memcpy(&text, at + 2, sizeof text);
+    const std::string shown = at[0] == 0x22 ? text : "<private>";
+    const std::string specifier = "%{public}s";
+    const auto place = line.find(specifier);
+    line = place == std::string::npos ? line + " <no place>"
+                                      : line.replace(place, specifier.size(), shown);
+    at += 2 + at[1];
+  }
+  const char* level = type == OS_LOG_TYPE_ERROR  ? "error"
+                      : type == OS_LOG_TYPE_INFO ? "info"
+                                                 : "another level";
+  mac().note("log " + static_cast<FakeLog*>(log)->_name + " " + level + ": " + line);
+}

@@ -1,0 +1,265 @@
+// Reference counts, weak references and autorelease pools.
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "tests/macos/runtime/Blocks.h"
+#include "tests/macos/runtime/Classes.h"
+#include "tests/macos/runtime/Runtime.h"
+
+namespace objc = audrel::objcruntime;
+using objc::Class;
+using objc::Object;
+using objc::Selector;
+
+extern "C" void objc_msgSend();
+
+namespace {
+
+/// Stands before every object.
+struct alignas(16) Header {
+  std::atomic<long> references = 1;
+};
+
+struct Bookkeeping {
+  std::mutex mutex;
+  std::unordered_map<const Object*, std::unordered_set<Object**>> weakReferences;
+  std::set<const Object*> live;
+};
+
+Bookkeeping& bookkeeping() {
+  static auto* const bookkeeping = new Bookkeeping;
+  return *bookkeeping;
+}
+
+std::atomic<std::size_t> withoutPool = 0;
+
+struct Pools {
+  std::vector<Object*> objects;
+  std::size_t depth = 0;
+};
+thread_local Pools pools;
+
+Header& headerOf(Object* object) {
+  return *(reinterpret_cast<Header*>(object) - 1);
+}
+
+/// Classes and constant strings are not counted.
+bool isCounted(const Object* object) {
+  const Class* type = object->isa;
+  return objc::resolved(type) == type && (type->data().flags & objc::isMetaclass) == 0;
+}
+
+void send(Object* receiver, Selector selector) {
+  reinterpret_cast<void (*)(Object*, Selector)> (&objc_msgSend)(receiver, objc::unique(selector));
+}
+
+/// The C++ members of an object's own class and those above it.
+void callOwnOfEach(Object* object, Selector selector, bool fromTheRoot) {
+  std::vector<const Class*> line;
+  for (const Class* type = object->isa; type != nullptr; type = type->superclass) {
+    line.insert(fromTheRoot ? line.begin() : line.end(), type);
+  }
+  for (const Class* type : line) {
+    if (const auto method = objc::findOwn(type, objc::unique(selector))) {
+      reinterpret_cast<void (*)(Object*, Selector)>(method)(object, selector);
+    }
+  }
+}
+
+}  // namespace
+
+namespace audrel::objcruntime {
+
+std::size_t liveObjects() {
+  const std::lock_guard lock(bookkeeping().mutex);
+  return bookkeeping().live.size();
+}
+
+std::size_t liveObjectsOf(const char* className) {
+  const std::lock_guard lock(bookkeeping().mutex);
+  std::size_t count = 0;
+  for (const Object* object : bookkeeping().live) {
+    count += std::strcmp(object->isa->data().name, className) == 0 ? 1 : 0;
+  }
+  return count;
+}
+
+std::size_t autoreleasedWithoutPool() {
+  return withoutPool;
+}
+
+}  // namespace audrel::objcruntime
+
+extern "C" {
+
+Object* audrelMakeInstance(Class* type) {
+  void* memory = std::calloc(1, sizeof(Header) + type->data().instanceSize);
+  auto* object = reinterpret_cast<Object*>(new (memory) Header + 1);
+  object->isa = type;
+  callOwnOfEach(object, ".cxx_construct", true);
+  const std::lock_guard lock(bookkeeping().mutex);
+  bookkeeping().live.insert(object);
+  return object;
+}
+
+void audrelDestroyInstance(Object* object) {
+  callOwnOfEach(object, ".cxx_destruct", false);
+  {
+    const std::lock_guard lock(bookkeeping().mutex);
+    bookkeeping().live.erase(object);
+  }
+  std::free(&headerOf(object));
+}
+
+Object* objc_retain(Object* object) {
+  if (object == nullptr) {
+    return nullptr;
+  }
+  if (objc::isBlock(object)) {
+    return static_cast<Object*>(_Block_copy(object));
+  }
+  if (isCounted(object)) {
+    headerOf(object).references.fetch_add(1, std::memory_order_relaxed);
+  }
+  return object;
+}
+
+void objc_release(Object* object) {
+  if (object == nullptr) {
+    return;
+  }
+  if (objc::isBlock(object)) {
+    _Block_release(object);
+    return;
+  }
+  if (!isCounted(object) ||
+      headerOf(object).references.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+    return;
+  }
+  {
+    const std::lock_guard lock(bookkeeping().mutex);
+    const auto found = bookkeeping().weakReferences.find(object);
+    if (found != bookkeeping().weakReferences.end()) {
+      for (Object** reference : found->second) {
+        *reference = nullptr;
+      }
+      bookkeeping().weakReferences.erase(found);
+    }
+  }
+  send(object, "dealloc");
+}
+
+Object* objc_autorelease(Object* object) {
+  if (object == nullptr) {
+    return nullptr;
+  }
+  if (pools.depth == 0) {
+    if (isCounted(object)) {
+      ++withoutPool;
+    }
+    return object;
+  }
+  pools.objects.push_back(object);
+  return object;
+}
+
+void* objc_autoreleasePoolPush() {
+  ++pools.depth;
+  return reinterpret_cast<void*>(pools.objects.size() + 1);
+}
+
+void objc_autoreleasePoolPop(void* pool) {
+  const std::size_t first = reinterpret_cast<std::size_t>(pool) - 1;
+  while (pools.objects.size() > first) {
+    Object* object = pools.objects.back();
+    pools.objects.pop_back();
+    objc_release(object);
+  }
+  --pools.depth;
+}
+
+Object* objc_retainAutorelease(Object* object) {
+  return objc_autorelease(objc_retain(object));
+}
+
+Object* objc_autoreleaseReturnValue(Object* object) {
+  return objc_autorelease(object);
+}
+
+Object* objc_retainAutoreleaseReturnValue(Object* object) {
+  return objc_retainAutorelease(object);
+}
+
+Object* objc_retainAutoreleasedReturnValue(Object* object) {
+  return objc_retain(object);
+}
+
+Object* objc_unsafeClaimAutoreleasedReturnValue(Object* object) {
+  return object;
+}
+
+void objc_storeStrong(Object** reference, Object* object) {
+  Object* previous = *reference;
+  *reference = objc_retain(object);
+  objc_release(previous);
+}
+
+Object* objc_initWeak(Object** reference, Object* object) {
+  const std::lock_guard lock(bookkeeping().mutex);
+  *reference = object;
+  if (object != nullptr) {
+    bookkeeping().weakReferences[object].insert(reference);
+  }
+  return object;
+}
+
+void objc_destroyWeak(Object** reference) {
+  const std::lock_guard lock(bookkeeping().mutex);
+  if (*reference != nullptr) {
+    bookkeeping().weakReferences[*reference].erase(reference);
+  }
+  *reference = nullptr;
+}
+
+Object* objc_storeWeak(Object** reference, Object* object) {
+  objc_destroyWeak(reference);
+  return objc_initWeak(reference, object);
+}
+
+Object* objc_loadWeakRetained(Object** reference) {
+  const std::lock_guard lock(bookkeeping().mutex);
+  Object* object = *reference;
+  if (object == nullptr || !isCounted(object)) {
+    return object;
+  }
+  auto& references = headerOf(object).references;
+  long count = references.load(std::memory_order_relaxed);
+  while (count > 0) {
+    if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) {
+      return object;
+    }
+  }
+  return nullptr;
+}
+
+void objc_copyWeak(Object** to, Object** from) {
+  Object* object = objc_loadWeakRetained(from);
+  objc_initWeak(to, object);
+  objc_release(object);
+}
+
+void objc_moveWeak(Object** to, Object** from) {
+  objc_copyWeak(to, from);
+  objc_destroyWeak(from);
+}
+
+}  // extern "C"
