@@ -44,8 +44,12 @@ endfunction()
 macos_test(macos_runtime_test SOURCES execution/RuntimeTest.mm)
 macos_test(macos_adapters_test
   SOURCES
+    execution/AppKitTest.mm
     execution/AudioFrameworkTest.mm
     execution/AudioHardwareTest.mm
+    execution/DeclarationsTest.mm
     execution/DispatchTest.mm
     execution/FoundationTest.mm
-  LINKS audrel_engine audrel_fakes)
+  LINKS audrel_engine audrel_fakes audrel_ui)
+macos_test(macos_updater_test
+  SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")

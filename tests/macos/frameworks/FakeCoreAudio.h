@@ -1,7 +1,6 @@
 #pragma once
 
-#import <CoreAudio/CoreAudio.h>
-
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -9,8 +8,8 @@ namespace audrel::fakemac {
 
 /// Lets every running IO procedure have one cycle of input, on a thread of its own, and returns
 /// the highest status. An empty vector is a buffer without data, of `bytesWithoutData` bytes.
-::OSStatus deliver(const std::vector<std::vector<std::byte>>& buffers,
-                   std::uint32_t bytesWithoutData = 0);
+std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
+                     std::uint32_t bytesWithoutData = 0);
 
 /// Taps, aggregate devices and IO procedures that exist.
 std::size_t hardwareObjects();

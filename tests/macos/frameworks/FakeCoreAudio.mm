@@ -2,6 +2,7 @@
 
 #import <CoreAudio/AudioHardwareTapping.h>
 #import <CoreAudio/CATapDescription.h>
+#import <CoreAudio/CoreAudio.h>
 #import <CoreGraphics/CoreGraphics.h>
 
 #include <algorithm>
@@ -296,8 +297,8 @@ bool CGRequestScreenCaptureAccess() {
 
 namespace audrel::fakemac {
 
-::OSStatus deliver(const std::vector<std::vector<std::byte>>& buffers,
-                   std::uint32_t bytesWithoutData) {
+std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
+                     std::uint32_t bytesWithoutData) {
   // As large as the list is, and no larger.
   const std::size_t size =
       offsetof(AudioBufferList, mBuffers) + buffers.size() * sizeof(AudioBuffer);
