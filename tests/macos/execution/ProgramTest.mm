@@ -1,0 +1,441 @@
+// The whole program, from its process entry's point of view, on a Mac of the tests' own: launched,
+// its menu opened and clicked, its IO procedure fed, quit.
+
+#include <chrono>
+#include <functional>
+
+#include "app/RunApplication.h"
+#include "platform/CoreGraphics.h"
+#include "platform/Foundation.h"
+#include "platform/NativePlatform.h"
+#include "tests/macos/execution/MacTest.h"
+
+namespace audrel::macos {
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+/// The system's own cannot be asked for an hour.
+class SteppedClock final : public NS::Clock {
+ public:
+  NS::Date now() override { return date; }
+
+  NS::Date date = std::chrono::sys_days(std::chrono::year(2026) / 1 / 31);
+};
+
+class ProgramTest : public MacTest {
+ protected:
+  ProgramTest() {
+    mac().processes = {{70, 700, "org.example.radio"}, {71, 710, ""}};
+    mac().applications = {{700, "Web Radio"}, {710, "game"}};
+  }
+
+  /// `happens` while the event loop runs.
+  void run(const std::function<void()>& happens) {
+    mac().whileRunning = happens;
+    const auto native = NativePlatform::make();
+    Platform platform = native->interfaces();
+    const Platform stepped = {.audioHardware = platform.audioHardware,
+                              .audioFramework = platform.audioFramework,
+                              .captureAccess = platform.captureAccess,
+                              .clock = clock,
+                              .collation = platform.collation,
+                              .fileManager = platform.fileManager,
+                              .runningApplications = platform.runningApplications,
+                              .uuids = platform.uuids,
+                              .dispatch = platform.dispatch,
+                              .log = platform.log,
+                              .diagnostics = platform.diagnostics};
+    const auto desktop = native->desktop();
+    ASSERT_TRUE(desktop.has_value());
+    EXPECT_EQ(runApplication(stepped, *desktop), 0);
+    @autoreleasepool {
+      NSApplication.sharedApplication.delegate = nil;
+    }
+    mac().whileRunning = nullptr;
+  }
+
+  static void open() {
+    @autoreleasepool {
+      fakemac::openMenu();
+    }
+  }
+
+  static std::string menu() {
+    @autoreleasepool {
+      return fakemac::shown(fakemac::statusItem().menu);
+    }
+  }
+
+  static std::string menuBar() {
+    @autoreleasepool {
+      return fakemac::shownInMenuBar();
+    }
+  }
+
+  static void choose(const std::string& title) {
+    @autoreleasepool {
+      NSMenuItem* item = fakemac::itemNamed(fakemac::statusItem().menu, title);
+      ASSERT_NE(item, nil) << title;
+      fakemac::choose(item);
+    }
+  }
+
+  void tick(std::chrono::seconds after) {
+    clock.date += after;
+    fireTimers();
+  }
+
+  SteppedClock clock;
+};
+
+/// `size` bytes that count up from `first`.
+Bytes counting(std::size_t size, int first = 0) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<std::byte>(static_cast<std::size_t>(first) + i);
+  }
+  return bytes;
+}
+
+TEST_F(ProgramTest, launchesWithItsItemInTheMenuBarAndAsksForThePermission) {
+  run([] {
+    EXPECT_EQ(menuBar(),
+              "waveform.circle at 14 pt, weight 0, template, title \"\", image position 2, "
+              "monospaced digits, 12 pt, weight 0");
+    EXPECT_EQ(menu(), "Start Recording, key r, toggleRecording:, target\n"
+                      "---\n"
+                      "Record from\n"
+                      "  All System Audio, selectAllSystemAudio:, target, on\n"
+                      "  ---\n"
+                      "  No audible apps, disabled\n"
+                      "  ---\n"
+                      "  Refresh List, refreshProcessList:, target\n"
+                      "Format\n"
+                      "  M4A (AAC 256 kbps), selectFormatM4A:, target, on\n"
+                      "  WAV (48 kHz / 16-bit), selectFormatWAV:, target\n"
+                      "---\n"
+                      "Reveal Last Recording in Finder, revealLastRecording:, target, disabled\n"
+                      "---\n"
+                      "About Audrel…, showAbout:, target\n"
+                      "Check for Updates…, checkForUpdates:, target\n"
+                      "Quit Audrel, key q, quit:, target\n");
+  });
+  EXPECT_EQ(journal(),
+            (Lines{"NSApplication.setActivationPolicy: 1",
+                   "dispatch_queue_create(io.github.audrel.Audrel.writer, qos 25, autorelease "
+                   "frequency 0)",
+                   "statusItemWithLength: -1", "NSApplication.run",
+                   "NSApplication.setActivationPolicy: 1", "CGRequestScreenCaptureAccess -> true",
+                   "removeStatusItem:"}));
+}
+
+TEST_F(ProgramTest, listsTheProcessesOfCoreAudioWhenTheMenuOpens) {
+  run([] {
+    open();
+    EXPECT_NE(menu().find("  game, selectProcess:, target\n"
+                          "  Web Radio, selectProcess:, target\n"),
+              std::string::npos);
+  });
+}
+
+TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
+  run([this] {
+    open();
+    choose("Web Radio");
+    choose("WAV (48 kHz / 16-bit)");
+    journal();
+    choose("Start Recording");
+    const Lines started = journal();
+    const std::string path = mac().files.front().path;
+    EXPECT_EQ(path.find("/Users/test/Downloads/audio-Web-Radio-2026-01-31-"), 0U) << path;
+    EXPECT_EQ(
+        started,
+        (Lines{
+            "CGPreflightScreenCaptureAccess -> true", "CGPreflightScreenCaptureAccess -> true",
+            "AudioHardwareCreateProcessTap(stereo mixdown of [u32 70], muteBehavior = 0, name = "
+            "\"Audrel Tap\") -> 0",
+            "AudioObjectGetPropertyData(101, tuid/glob/0, 8 bytes) -> 0",
+            "AudioObjectGetPropertyData(101, tfmt/glob/0, 40 bytes) -> 0",
+            "log io.github.audrel.Audrel [engine] info: Tap format — sampleRate=48000.000000, "
+            "channels=2, interleaved=true, common=1",
+            "NSUUID.UUIDString", "AudioObjectGetPropertyData(1, dOut/glob/0, 4 bytes) -> 0",
+            "AudioObjectGetPropertyData(51, uid /glob/0, 8 bytes) -> 0",
+            // Exactly these seven keys: no list of sub-devices.
+            "AudioHardwareCreateAggregateDevice({master: \"output-51\", name: \"Audrel Tap\", "
+            "private: Boolean true, stacked: Boolean false, tapautostart: Boolean true, taps: "
+            "[{drift: Boolean true, uid: \"tap-101\"}], uid: "
+            "\"00000000-0000-4000-8000-00000000ABCD\"}) -> 0",
+            "AVAudioFile(forWriting " + path +
+                ", settings {key of AVFormatIDKey: u32 1819304813, key of AVLinearPCMBitDepthKey: "
+                "integer 16, key of AVLinearPCMIsBigEndianKey: Boolean false, key of "
+                "AVLinearPCMIsFloatKey: Boolean false, key of AVLinearPCMIsNonInterleaved: "
+                "Boolean false, key of AVNumberOfChannelsKey: integer 2, key of AVSampleRateKey: "
+                "double 48000.000000}, commonFormat 1, interleaved)",
+            "AudioDeviceCreateIOProcID(201) -> 0", "AudioDeviceStart(201) -> 0",
+            "log io.github.audrel.Audrel [engine] info: Recording started — source=Web Radio "
+            "format=wav url=" +
+                path.substr(path.rfind('/') + 1) +
+                " fileSettings=[\"AVFormatIDKey\": 1819304813, \"AVLinearPCMBitDepthKey\": 16, "
+                "\"AVLinearPCMIsBigEndianKey\": false, \"AVLinearPCMIsFloatKey\": false, "
+                "\"AVLinearPCMIsNonInterleaved\": false, \"AVNumberOfChannelsKey\": 2, "
+                "\"AVSampleRateKey\": 48000.0]",
+            "NSUserDefaults lastRecordingPath = \"" + path + "\"", "NSTimer every 1.000000 s"}));
+    EXPECT_EQ(menuBar().find("waveform.circle.fill at 14 pt, weight 0 in 17 x 15, filled red with "
+                             "operation 5 in 17 x 15, title \" 00:00\""),
+              0U)
+        << menuBar();
+
+    fakemac::deliver({counting(4096)});
+    tick(std::chrono::seconds(7));
+    EXPECT_NE(menuBar().find("title \" 00:07\""), std::string::npos);
+    journal();
+    @autoreleasepool {
+      choose("Stop Recording");
+      // Within the pool of the event: the file is whole when stop has returned.
+      EXPECT_FALSE(mac().files.front().isOpen);
+    }
+    EXPECT_EQ(journal(),
+              (Lines{"AudioDeviceStop(201) -> 0", "AudioDeviceDestroyIOProcID(201) -> 0",
+                     "AVAudioFile closed: " + path, "AudioHardwareDestroyAggregateDevice(201) -> 0",
+                     "AudioHardwareDestroyProcessTap(101) -> 0",
+                     "log io.github.audrel.Audrel [engine] info: Recording stopped — elapsed=7.0s "
+                     "underruns=0",
+                     "NSTimer invalidated"}));
+    EXPECT_EQ(fakemac::hardwareObjects(), 0U);
+    EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{512}));
+    EXPECT_EQ(mac().files.front().bytes, counting(4096));
+    choose("Reveal Last Recording in Finder");
+    EXPECT_EQ(journal(), (Lines{"NSWorkspace.activateFileViewerSelectingURLs: " + path}));
+  });
+}
+
+TEST_F(ProgramTest, opensAnM4aFileWithTheSettingsOfAac) {
+  run([] {
+    choose("Start Recording");
+    EXPECT_EQ(mac().files.front().settings,
+              "{key of AVEncoderAudioQualityKey: integer 96, key of AVEncoderBitRateKey: integer "
+              "256000, key of AVFormatIDKey: u32 1633772320, key of AVNumberOfChannelsKey: integer "
+              "2, key of AVSampleRateKey: double 48000.000000}");
+    choose("Stop Recording");
+  });
+}
+
+struct Delivery {
+  const char* what;
+  std::vector<Bytes> buffers;
+  std::uint32_t bytesWithoutData;
+  std::vector<std::uint32_t> writes;  ///< frames
+  Bytes written;
+};
+
+TEST_F(ProgramTest, takesBufferListsOfEveryShape) {
+  Bytes cut = counting(16);
+  const Delivery deliveries[] = {
+      {"no buffer", {}, 0, {}, {}},
+      {"less than a frame", {counting(6)}, 0, {}, {}},
+      {"a frame and a half", {counting(12)}, 0, {1}, counting(8)},
+      {"two frames", {counting(16)}, 0, {2}, counting(16)},
+      {"without data", {Bytes()}, 16, {2}, Bytes(16)},
+      {"more buffers than the file's format has", {counting(16), counting(16, 50)}, 0, {2}, cut},
+  };
+  for (const Delivery& delivery : deliveries) {
+    SCOPED_TRACE(delivery.what);
+    mac().files.clear();
+    run([&] {
+      choose("Start Recording");
+      EXPECT_EQ(fakemac::deliver(delivery.buffers, delivery.bytesWithoutData), 0);
+      choose("Stop Recording");
+      EXPECT_EQ(mac().files.front().writes, delivery.writes);
+      EXPECT_EQ(mac().files.front().bytes, delivery.written);
+    });
+  }
+}
+
+TEST_F(ProgramTest, takesChannelsInBuffersOfTheirOwnAlsoWhenTheyDifferInSize) {
+  mac().isInterleaved = false;
+  run([] {
+    choose("Start Recording");
+    fakemac::deliver({counting(8), counting(8, 100)});
+    fakemac::deliver({counting(8), counting(400, 100)});
+    fakemac::deliver({counting(8)});
+    choose("Stop Recording");
+    Bytes expected = counting(8);
+    const auto append = [&expected](const Bytes& bytes) {
+      expected.insert(expected.end(), bytes.begin(), bytes.end());
+    };
+    append(counting(8, 100));
+    append(counting(8));
+    append(counting(8, 100));
+    append(counting(8));
+    append(Bytes(8));
+    EXPECT_EQ(mac().files.front().bytes, expected);
+  });
+}
+
+TEST_F(ProgramTest, countsCyclesForWhichThereIsNoMemoryAndGoesOn) {
+  run([] {
+    choose("Start Recording");
+    mac().hasMemoryForBuffers = false;
+    fakemac::deliver({counting(16)});
+    mac().hasMemoryForBuffers = true;
+    fakemac::deliver({counting(16)});
+    journal();
+    choose("Stop Recording");
+    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] info: Recording stopped "
+                                    "— elapsed=0.0s underruns=1"));
+    EXPECT_EQ(mac().files.front().writes.size(), 1U);
+  });
+}
+
+TEST_F(ProgramTest, logsAWriteThatFailsAndWritesTheNext) {
+  run([] {
+    choose("Start Recording");
+    mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."};
+    fakemac::deliver({counting(16)});
+    while (!contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
+                                "failed: The disk is full.")) {
+    }
+    mac().writeFails.reset();
+    fakemac::deliver({counting(16)});
+    choose("Stop Recording");
+    EXPECT_EQ(mac().files.front().writes.size(), 1U);
+  });
+}
+
+TEST_F(ProgramTest, offersTheSettingsWhenThePermissionIsRefused) {
+  mac().mayCapture = false;
+  mac().answersRequest = false;
+  run([] {
+    journal();
+    choose("Start Recording");
+    EXPECT_EQ(journal(),
+              (Lines{"CGPreflightScreenCaptureAccess -> false",
+                     "CGRequestScreenCaptureAccess -> false", "NSAlert.runModal: Permission needed",
+                     "NSWorkspace.openURL: "
+                     "x-apple.systempreferences:com.apple.preference.security?Privacy_"
+                     "ScreenCapture"}));
+    EXPECT_EQ(mac().alerts.front().buttons, (Lines{"Open System Settings", "Cancel"}));
+    mac().answers = {1001};
+    choose("Start Recording");
+    EXPECT_FALSE(contains(journal(), "NSWorkspace.openURL: "
+                                     "x-apple.systempreferences:com.apple.preference.security?"
+                                     "Privacy_ScreenCapture"));
+  });
+}
+
+TEST_F(ProgramTest, warnsAfterAnHourByColour) {
+  run([this] {
+    choose("Start Recording");
+    tick(std::chrono::seconds(3600));
+    EXPECT_NE(menuBar().find("filled red"), std::string::npos);
+    tick(std::chrono::seconds(1));
+    EXPECT_NE(menuBar().find("filled orange"), std::string::npos);
+    EXPECT_NE(menuBar().find("title \" 1:00:01\""), std::string::npos);
+    choose("Stop Recording");
+    EXPECT_EQ(menuBar().find("waveform.circle at 14 pt, weight 0, template, title \"\""), 0U);
+  });
+}
+
+TEST_F(ProgramTest, saysInItsAboutWhetherItMayCapture) {
+  mac().answers = {1000};
+  run([] {
+    choose("About Audrel…");
+    EXPECT_EQ(mac().alerts.front().message, "Audrel 1.0.0");
+    EXPECT_NE(mac().alerts.front().text.find("TCC permission: granted"), std::string::npos);
+  });
+}
+
+TEST_F(ProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
+  EXPECT_EXIT(run([] {
+                choose("Start Recording");
+                fakemac::deliver({counting(16)});
+                journal();
+                choose("Quit Audrel");
+              }),
+              testing::ExitedWithCode(0),
+              "NSApplication.terminate:\n"
+              "log io.github.audrel.Audrel .app. info: Terminating — stopping in-flight "
+              "recording\n"
+              "AudioDeviceStop.201. -> 0\n"
+              "AudioDeviceDestroyIOProcID.201. -> 0\n"
+              "AVAudioFile closed: .*\n"
+              "AudioHardwareDestroyAggregateDevice.201. -> 0\n"
+              "AudioHardwareDestroyProcessTap.101. -> 0\n"
+              "log io.github.audrel.Audrel .engine. info: Recording stopped");
+}
+
+/// A call of start that fails, what the user is told, and what is left of Core Audio's objects.
+struct Failing {
+  std::string what;
+  std::function<void(fakemac::Mac&)> arrange;
+  std::string text;
+  std::size_t left;
+};
+
+TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
+  const auto call = [](const std::string& name) {
+    return [name](fakemac::Mac& mac) { mac.failing[name] = -50; };
+  };
+  const auto empty = [](const std::string& name) {
+    return [name](fakemac::Mac& mac) { mac.withoutResult.insert(name); };
+  };
+  const auto property = [](std::uint32_t selector) {
+    return [selector](fakemac::Mac& mac) { mac.failingProperties[selector] = -50; };
+  };
+  const std::string tap = "Could not create the audio tap (OSStatus ";
+  const std::string device = "Could not create the aggregate capture device (OSStatus ";
+  const std::string format = "Could not read the tap's stream format (OSStatus ";
+  const std::string callback = "Could not install the audio callback (OSStatus ";
+  const Failing all[] = {
+      {"tap", call("AudioHardwareCreateProcessTap"), tap + "-50). Try restarting Audrel.", 0},
+      {"tap id", empty("AudioHardwareCreateProcessTap"), tap + "0). Try restarting Audrel.", 0},
+      {"tap UID", property('tuid'), tap + "-50). Try restarting Audrel.", 1},
+      {"tap format", property('tfmt'), format + "-50).", 1},
+      {"no format", [](auto& mac) { mac.tapFormatID = 0; }, format + "-1).", 1},
+      {"output device", property('dOut'), device + "-50).", 1},
+      {"no output device", [](auto& mac) { mac.defaultOutput = 0; }, device + "0).", 1},
+      {"its UID", property('uid '), device + "-50).", 1},
+      {"device", call("AudioHardwareCreateAggregateDevice"), device + "-50).", 1},
+      {"device id", empty("AudioHardwareCreateAggregateDevice"), device + "0).", 1},
+      {"file",
+       [](auto& mac) {
+         mac.openFails = {"domain", 1, "No room."};
+       },
+       "Could not create the output file: No room.", 0},
+      {"procedure", call("AudioDeviceCreateIOProcID"), callback + "-50).", 0},
+      {"procedure id", empty("AudioDeviceCreateIOProcID"), callback + "0).", 0},
+      {"start", call("AudioDeviceStart"), callback + "-50).", 0},
+  };
+  for (const Failing& failing : all) {
+    SCOPED_TRACE(failing.what);
+    fakemac::resetHardware();
+    mac().files.clear();
+    mac().alerts.clear();
+    run([&] {
+      failing.arrange(mac());
+      choose("Start Recording");
+      ASSERT_EQ(mac().alerts.size(), 1U);
+      EXPECT_EQ(mac().alerts.front().message, "Recording failed");
+      EXPECT_EQ(mac().alerts.front().text, failing.text);
+      EXPECT_EQ(mac().alerts.front().style, 2U);
+      EXPECT_EQ(fakemac::hardwareObjects(), failing.left);
+      for (const auto& file : mac().files) {
+        EXPECT_FALSE(file.isOpen);
+      }
+      mac().failing.clear();
+      mac().withoutResult.clear();
+      mac().failingProperties.clear();
+      mac().openFails.reset();
+      mac().tapFormatID = 'lpcm';
+      mac().defaultOutput = 51;
+      choose("Start Recording");
+      EXPECT_EQ(mac().alerts.size(), 1U);
+      choose("Stop Recording");
+      EXPECT_EQ(fakemac::hardwareObjects(), failing.left);
+    });
+  }
+}
+
+}  // namespace
+}  // namespace audrel::macos
