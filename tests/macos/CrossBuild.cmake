@@ -66,3 +66,5 @@ foreach(program audrel audrel-record)
 endforeach()
 macos_check(macos_negatives "${CMAKE_CURRENT_SOURCE_DIR}/check-negatives.py" "${sdk}"
   "${plain}/audrel")
+macos_check(macos_bundle "${CMAKE_CURRENT_SOURCE_DIR}/check-bundle.py"
+  "${PROJECT_BINARY_DIR}/Audrel.app" ${PROJECT_VERSION})

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Says what is wrong with the Info.plist of Audrel.app; nothing, and status 0, when it is right.
 
-lint-plist.py FILE VERSION MINIMUM_SYSTEM
+lint_plist.py FILE VERSION MINIMUM_SYSTEM
 """
 import base64
 import binascii
@@ -87,4 +87,5 @@ def main():
         sys.exit("\n".join(found))
 
 
-main()
+if __name__ == "__main__":
+    main()
