@@ -13,6 +13,8 @@ class Application final : public NS::Application {
 
   void setActivationPolicy(NS::ActivationPolicy policy) override;
   void setDelegate(const std::weak_ptr<NS::ApplicationDelegate>& delegate) override;
+
+  /// SIGTERM, SIGINT and SIGHUP end the application as `terminate` does.
   void run() override;
 
   /// Does not return: the process ends in it.

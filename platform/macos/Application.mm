@@ -1,6 +1,10 @@
 #include "platform/macos/Application.h"
 
 #import <AppKit/AppKit.h>
+#import <dispatch/dispatch.h>
+
+#include <csignal>
+#include <vector>
 
 #include "platform/macos/ProgramCall.h"
 
@@ -62,8 +66,34 @@ void Application::setDelegate(const std::weak_ptr<NS::ApplicationDelegate>& dele
   }
 }
 
+namespace {
+
+void terminateApplication(void* /*context*/) noexcept {
+  @autoreleasepool {
+    [NSApplication.sharedApplication terminate:nil];
+  }
+}
+
+/// As long as they live, the signals that ask a process to end end the application, on its main
+/// thread, with its delegate told: by themselves they would take a running recording with them.
+std::vector<dispatch_source_t> signalSources() {
+  std::vector<dispatch_source_t> sources;
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    std::signal(number, SIG_IGN);
+    dispatch_source_t source = dispatch_source_create(
+        DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(number), 0, dispatch_get_main_queue());
+    dispatch_source_set_event_handler_f(source, terminateApplication);
+    dispatch_activate(source);
+    sources.push_back(source);
+  }
+  return sources;
+}
+
+}  // namespace
+
 void Application::run() {
   @autoreleasepool {
+    const std::vector<dispatch_source_t> sources = signalSources();
     [NSApplication.sharedApplication run];
   }
 }

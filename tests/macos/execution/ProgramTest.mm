@@ -2,6 +2,7 @@
 // its menu opened and clicked, its IO procedure fed, quit.
 
 #include <chrono>
+#include <csignal>
 #include <functional>
 
 #include "app/RunApplication.h"
@@ -363,6 +364,26 @@ TEST_F(ProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
               "AudioHardwareDestroyAggregateDevice.201. -> 0\n"
               "AudioHardwareDestroyProcessTap.101. -> 0\n"
               "log io.github.audrel.Audrel .engine. info: Recording stopped");
+}
+
+// By itself the signal would end the process, and leave a file that nothing can play.
+TEST_F(ProgramTest, completesTheFileWhenASignalEndsItInMidRecording) {
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    EXPECT_EXIT(run([number] {
+                  choose("Start Recording");
+                  fakemac::deliver({counting(16)});
+                  fakemac::deliverSignal(static_cast<unsigned long>(number));
+                }),
+                testing::ExitedWithCode(0),
+                "NSApplication.terminate:\n(.*\n)*AVAudioFile closed: .*\n(.*\n)*.*Recording "
+                "stopped");
+  }
+}
+
+TEST_F(ProgramTest, keepsNothingThatListensForSignalsWhenItsEventLoopHasEnded) {
+  run([] {});
+  fakemac::deliverSignal(SIGTERM);
+  EXPECT_EQ(objcruntime::liveObjectsOf("FakeSource"), 0U);
 }
 
 /// A call of start that fails, what the user is told, and what is left of Core Audio's objects.

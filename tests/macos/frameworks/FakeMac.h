@@ -110,6 +110,9 @@ class ScopedMac {
   ScopedMac& operator=(const ScopedMac&) = delete;
 };
 
+/// To the sources on the main queue that listen for it.
+void deliverSignal(unsigned long number);
+
 /// Returns when no queue has a thread any more: each ends with its queue.
 void waitForQueues();
 

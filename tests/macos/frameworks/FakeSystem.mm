@@ -154,6 +154,60 @@ void waitForQueues() {
 
 }  // namespace audrel::fakemac
 
+@interface FakeSource : NSObject <OS_dispatch_source> {
+ @public
+  unsigned long _signal;
+  dispatch_function_t _handler;
+}
+@end
+
+@implementation FakeSource
+@end
+
+/// Of those that are active; a source that is gone is nil.
+static std::deque<__weak FakeSource*> sources;
+
+struct dispatch_queue_s {
+  void* storage[8];
+};
+struct dispatch_queue_s _dispatch_main_q;
+struct dispatch_source_type_s {
+  int unused;
+};
+extern "C" const struct dispatch_source_type_s _dispatch_source_type_signal;
+const struct dispatch_source_type_s _dispatch_source_type_signal = {0};
+
+dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle, uintptr_t,
+                                         dispatch_queue_t queue) {
+  const bool isMain = (__bridge void*)queue == static_cast<void*>(&_dispatch_main_q);
+  if (type != DISPATCH_SOURCE_TYPE_SIGNAL || !isMain) {
+    abort();
+  }
+  FakeSource* source = [[FakeSource alloc] init];
+  source->_signal = handle;
+  return source;
+}
+
+void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_function_t handler) {
+  static_cast<FakeSource*>(source)->_handler = handler;
+}
+
+void dispatch_activate(dispatch_object_t object) {
+  sources.push_back(static_cast<FakeSource*>(static_cast<id>(object)));
+}
+
+namespace audrel::fakemac {
+
+void deliverSignal(unsigned long number) {
+  for (FakeSource* source : sources) {
+    if (source != nil && source->_signal == number) {
+      source->_handler(nullptr);
+    }
+  }
+}
+
+}  // namespace audrel::fakemac
+
 @interface FakeLog : NSObject <OS_os_log> {
  @public
   std::string _name;

@@ -52,10 +52,11 @@ Header& headerOf(Object* object) {
   return *(reinterpret_cast<Header*>(object) - 1);
 }
 
-/// Classes and constant strings are not counted.
+/// Classes and constant strings are not counted, nor what has no class: the main queue.
 bool isCounted(const Object* object) {
   const Class* type = object->isa;
-  return objc::resolved(type) == type && (type->data().flags & objc::isMetaclass) == 0;
+  return type != nullptr && objc::resolved(type) == type &&
+         (type->data().flags & objc::isMetaclass) == 0;
 }
 
 void send(Object* receiver, Selector selector) {

@@ -7,8 +7,13 @@
 
 extern "C" {
 
+OS_OBJECT_DECL(dispatch_object);      // dispatch_object_t
 OS_OBJECT_DECL(dispatch_queue);       // dispatch_queue_t
 OS_OBJECT_DECL(dispatch_queue_attr);  // dispatch_queue_attr_t
+
+@protocol OS_dispatch_source <OS_dispatch_object>
+@end
+typedef NSObject<OS_dispatch_source>* dispatch_source_t;  // dispatch_source_t
 
 typedef void (*dispatch_function_t)(void* _Nullable);  // dispatch_function_t
 typedef unsigned int dispatch_qos_class_t;
@@ -48,5 +53,32 @@ void dispatch_async_f(dispatch_queue_t _Nonnull queue, void* _Nullable context,
 // dispatch_sync_f
 void dispatch_sync_f(dispatch_queue_t _Nonnull queue, void* _Nullable context,
                      dispatch_function_t _Nonnull work) API_AVAILABLE(macos(10.6));
+
+// dispatch_get_main_queue
+struct dispatch_queue_s;
+extern struct dispatch_queue_s _dispatch_main_q;
+static inline dispatch_queue_t _Nonnull dispatch_get_main_queue(void) {
+  return (__bridge dispatch_queue_t)(void*)&_dispatch_main_q;
+}
+
+// DISPATCH_SOURCE_TYPE_SIGNAL: dispatch_source_type_signal
+struct dispatch_source_type_s;
+typedef const struct dispatch_source_type_s* dispatch_source_type_t;
+extern const struct dispatch_source_type_s _dispatch_source_type_signal;
+#define DISPATCH_SOURCE_TYPE_SIGNAL (&_dispatch_source_type_signal)
+
+// dispatch_source_create
+dispatch_source_t _Nonnull dispatch_source_create(dispatch_source_type_t _Nonnull type,
+                                                  uintptr_t handle, uintptr_t mask,
+                                                  dispatch_queue_t _Nullable queue)
+    OS_OBJECT_RETURNS_RETAINED API_AVAILABLE(macos(10.6));
+
+// dispatch_source_set_event_handler_f
+void dispatch_source_set_event_handler_f(dispatch_source_t _Nonnull source,
+                                         dispatch_function_t _Nullable handler)
+    API_AVAILABLE(macos(10.6));
+
+// dispatch_activate
+void dispatch_activate(dispatch_object_t _Nonnull object) API_AVAILABLE(macos(10.12));
 
 }  // extern "C"
