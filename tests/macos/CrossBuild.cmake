@@ -11,44 +11,55 @@ add_custom_command(OUTPUT "${sdk}.stamp"
   VERBATIM)
 add_custom_target(macos_sdk DEPENDS "${sdk}.stamp")
 
-# macos_build(name SPARKLE-FOLDER): targets macos_<name>, and universal programs in <name>/.
-set(last_build macos_sdk)
-function(macos_build name sparkle)
-  set(folder "${CMAKE_CURRENT_BINARY_DIR}/${name}")
-  foreach(arch arm64 x86_64)
-    add_custom_target(macos_${name}_${arch}
-      COMMAND ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}/${arch}" -G Ninja
+# macos_build(arch): target macos_<arch>, which leaves the programs, as they are with and without the
+# updater, in sparkle/<arch>/ and plain/<arch>/. One folder is built for both, since they differ in
+# one file.
+function(macos_build arch)
+  set(folder "${CMAKE_CURRENT_BINARY_DIR}/${arch}")
+  set(commands)
+  foreach(variant sparkle plain)
+    set(sparkle "")
+    if(variant STREQUAL "sparkle")
+      set(sparkle "${sdk}/Library/Frameworks")
+    endif()
+    list(APPEND commands
+      COMMAND ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
         --toolchain "${CMAKE_CURRENT_SOURCE_DIR}/toolchain.cmake" --log-level=WARNING -Wno-dev
         -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} -DAUDREL_SPARKLE=${sparkle}
         -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF
-      COMMAND ${CMAKE_COMMAND} --build "${folder}/${arch}" --target audrel audrel-record -- --quiet
-      COMMENT "Building for macOS, ${name}, ${arch}"
-      USES_TERMINAL VERBATIM)
-    # One after another: each uses all processors.
-    add_dependencies(macos_${name}_${arch} ${last_build})
-    set(last_build macos_${name}_${arch})
+      COMMAND ${CMAKE_COMMAND} --build "${folder}" --target audrel audrel-record -- --quiet
+      COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}"
+      COMMAND ${CMAKE_COMMAND} -E copy "${folder}/audrel" "${folder}/audrel-record"
+        "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}")
   endforeach()
-  set(last_build ${last_build} PARENT_SCOPE)
-  add_custom_target(macos_${name}
-    COMMAND llvm-lipo-19 -create "${folder}/arm64/audrel" "${folder}/x86_64/audrel"
-      -output "${folder}/audrel"
-    COMMAND llvm-lipo-19 -create "${folder}/arm64/audrel-record" "${folder}/x86_64/audrel-record"
-      -output "${folder}/audrel-record"
-    VERBATIM)
-  add_dependencies(macos_${name} ${last_build})
+  add_custom_target(macos_${arch} ${commands}
+    COMMENT "Building for macOS on ${arch}"
+    USES_TERMINAL VERBATIM)
+  add_dependencies(macos_${arch} macos_sdk)
 endfunction()
 
-macos_build(plain "")
-macos_build(sparkle "${sdk}/Library/Frameworks")
+macos_build(arm64)
+macos_build(x86_64)
+# One after the other: each uses all processors.
+add_dependencies(macos_x86_64 macos_arm64)
 
+set(commands)
+foreach(variant plain sparkle)
+  foreach(program audrel audrel-record)
+    set(folder "${CMAKE_CURRENT_BINARY_DIR}/${variant}")
+    list(APPEND commands COMMAND llvm-lipo-19 -create "${folder}/arm64/${program}"
+      "${folder}/x86_64/${program}" -output "${folder}/${program}")
+  endforeach()
+endforeach()
 set(plain "${CMAKE_CURRENT_BINARY_DIR}/plain")
-add_custom_target(macos_app
+add_custom_target(macos_app ${commands}
   COMMAND "${PROJECT_SOURCE_DIR}/packaging/macos/make-bundle" "${PROJECT_BINARY_DIR}/Audrel.app"
-    "${plain}/audrel" "${plain}/audrel-record" "${plain}/arm64/packaging/macos/Info.plist"
+    "${plain}/audrel" "${plain}/audrel-record"
+    "${CMAKE_CURRENT_BINARY_DIR}/arm64/packaging/macos/Info.plist"
     "${PROJECT_SOURCE_DIR}/packaging/macos/Audrel.icns"
   COMMENT "Putting Audrel.app together"
   VERBATIM)
-add_dependencies(macos_app macos_plain macos_sparkle)
+add_dependencies(macos_app macos_x86_64)
 add_dependencies(audrel_macos_checks macos_app)
 
 # macos_check(name COMMAND...)
