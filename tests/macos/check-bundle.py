@@ -95,6 +95,15 @@ def icon_failures(path):
         yield f"the icon has {found}"
 
 
+def drawing_failures(path):
+    with tempfile.TemporaryDirectory() as folder:
+        other = f"{folder}/Audrel.icns"
+        subprocess.run([f"{SOURCE}/packaging/macos/render-icon", other], check=True)
+        with open(path, "rb") as committed, open(other, "rb") as rendered:
+            if committed.read() != rendered.read():
+                yield "the icon is not what packaging/macos/render-icon makes of the drawing"
+
+
 def main():
     bundle, version = sys.argv[1:]
     contents = f"{bundle}/Contents"
@@ -114,6 +123,7 @@ def main():
             found.append(f"{program} cannot be executed")
     found += lint_failures(f"{contents}/Info.plist", version)
     found += icon_failures(f"{contents}/Resources/Audrel.icns")
+    found += drawing_failures(f"{contents}/Resources/Audrel.icns")
     if found:
         sys.exit("\n".join(found))
 

@@ -68,10 +68,9 @@ extern const struct dispatch_source_type_s _dispatch_source_type_signal;
 #define DISPATCH_SOURCE_TYPE_SIGNAL (&_dispatch_source_type_signal)
 
 // dispatch_source_create
-dispatch_source_t _Nonnull dispatch_source_create(dispatch_source_type_t _Nonnull type,
-                                                  uintptr_t handle, uintptr_t mask,
-                                                  dispatch_queue_t _Nullable queue)
-    OS_OBJECT_RETURNS_RETAINED API_AVAILABLE(macos(10.6));
+dispatch_source_t _Nonnull dispatch_source_create(
+    dispatch_source_type_t _Nonnull type, uintptr_t handle, uintptr_t mask,
+    dispatch_queue_t _Nullable queue) OS_OBJECT_RETURNS_RETAINED API_AVAILABLE(macos(10.6));
 
 // dispatch_source_set_event_handler_f
 void dispatch_source_set_event_handler_f(dispatch_source_t _Nonnull source,
