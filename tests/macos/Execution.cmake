@@ -53,4 +53,4 @@ macos_test(macos_adapters_test
   LINKS audrel_engine audrel_fakes audrel_ui)
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
-macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app)
+macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)

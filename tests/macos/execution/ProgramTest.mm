@@ -9,6 +9,8 @@
 #include "platform/CoreGraphics.h"
 #include "platform/Foundation.h"
 #include "platform/NativePlatform.h"
+#include "tests/fakes/ScopedVariable.h"
+#include "tests/fakes/Transcript.h"
 #include "tests/macos/execution/MacTest.h"
 
 namespace audrel::macos {
@@ -87,6 +89,8 @@ class ProgramTest : public MacTest {
     fireTimers();
   }
 
+  /// Names of files tell the local time.
+  fakes::ScopedVariable utc{"TZ", "UTC0"};
   SteppedClock clock;
 };
 
@@ -456,6 +460,49 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
       EXPECT_EQ(fakemac::hardwareObjects(), failing.left);
     });
   }
+}
+
+// The counterpart of docs/transcripts/app-session.txt, by frameworks of another make.
+TEST_F(ProgramTest, tellsTheStoryOfASessionThatIsInTheTree) {
+  std::string story = "A session on macOS, as the executed adapters asked it of the frameworks.\n";
+  const auto tell = [&story](const std::string& what) {
+    story += "\n" + what + "\n";
+    for (const std::string& line : journal()) {
+      story += "    " + line + "\n";
+    }
+  };
+  run([&] {
+    tell("launch");
+    story += "\nthe menu bar shows\n    " + menuBar() + "\n";
+    open();
+    tell("the menu opens");
+    story += "\nthe menu\n" + menu();
+    choose("Web Radio");
+    tell("\"Web Radio\" is chosen");
+    choose("WAV (48 kHz / 16-bit)");
+    tell("\"WAV (48 kHz / 16-bit)\" is chosen");
+    choose("Start Recording");
+    tell("\"Start Recording\" is chosen");
+    story += "\nthe menu bar shows\n    " + menuBar() + "\n";
+    fakemac::deliver({counting(4096)});
+    tick(std::chrono::seconds(3600));
+    tell("3600 s later");
+    open();
+    tell("the menu opens");
+    story += "\nthe menu\n" + menu();
+    choose("Stop Recording");
+    tell("\"Stop Recording\" is chosen");
+    choose("Reveal Last Recording in Finder");
+    tell("\"Reveal Last Recording in Finder\" is chosen");
+    choose("About Audrel…");
+    tell("\"About Audrel…\" is chosen, and its first button");
+    mac().failing["AudioDeviceStart"] = -50;
+    choose("Start Recording");
+    tell("\"Start Recording\" is chosen, and the device does not start");
+  });
+  tell("the event loop has ended");
+  const auto difference = fakes::differenceFromTranscript("macos-session", story);
+  EXPECT_EQ(difference, std::nullopt) << *difference;
 }
 
 }  // namespace
