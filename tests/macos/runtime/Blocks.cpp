@@ -1,4 +1,4 @@
-// Blocks, after the published specification of their layout. Without `__block` variables, which
+// Blocks, after the published description of their layout. Without `__block` variables, which
 // platform/macos does not use.
 
 #include "tests/macos/runtime/Blocks.h"
