@@ -1,5 +1,7 @@
 #include "tests/fakes/ScopedCommaLocale.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <clocale>
 #include <cstdio>
