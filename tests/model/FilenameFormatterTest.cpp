@@ -117,7 +117,7 @@ TEST(TimestampString, fractionsOfASecondAreCutOff) {
 }
 
 TEST(TimestampString, isLocalTime) {
-  const ScopedTimeZone zone("XXX-05:45");
+  const ScopedTimeZone zone("NPT-05:45");
   EXPECT_EQ(FilenameFormatter::timestampString(utc(2026, 12, 31, 20h)), "2027-01-01-014500");
 }
 
@@ -128,9 +128,9 @@ TEST(TimestampString, followsSummerTime) {
 }
 
 TEST(TimestampString, followsAZoneThatChangesWhileTheProgramRuns) {
-  const ScopedTimeZone first("XXX-1");
+  const ScopedTimeZone first("ONE-1");
   EXPECT_EQ(FilenameFormatter::timestampString(utc(2026, 11, 16, 7h)), "2026-11-16-080000");
-  const ScopedTimeZone second("YYY-2");
+  const ScopedTimeZone second("TWO-2");
   EXPECT_EQ(FilenameFormatter::timestampString(utc(2026, 11, 16, 7h)), "2026-11-16-090000");
 }
 
