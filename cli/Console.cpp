@@ -1,6 +1,5 @@
 #include "cli/Console.h"
 
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
