@@ -54,3 +54,14 @@ macos_test(macos_adapters_test
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)
+
+# The programs as they were linked for macOS, on the same runtime and frameworks, which they find as
+# symbols of the test.
+audrel_test(macos_loaded_program_test
+  SOURCES loader/HostSymbols.cpp loader/Image.cpp loader/LoadedProgramTest.mm loader/Unwinding.cpp
+  LINKS audrel_fakes macos_frameworks macos_runtime
+  LABELS macos)
+target_compile_definitions(macos_loaded_program_test PRIVATE
+  AUDREL_APP="${PROJECT_BINARY_DIR}/Audrel.app")
+set_target_properties(macos_loaded_program_test PROPERTIES ENABLE_EXPORTS ON)
+add_dependencies(audrel_macos_checks macos_loaded_program_test)

@@ -86,23 +86,29 @@ void realize(Class* type) {
   }
 }
 
-__attribute__((constructor(101))) void registerEverything() {
-  for (Selector* selector = __start_objc_selrefs; selector != __stop_objc_selrefs; ++selector) {
-    *selector = unique(*selector);
-  }
-  for (Class** type = __start_objc_classlist; type != __stop_objc_classlist; ++type) {
-    realize(*type);
-  }
-  for (Category** category = __start_objc_catlist; category != __stop_objc_catlist; ++category) {
-    addMethods((*category)->extended, (*category)->instanceMethods);
-    addMethods((*category)->extended->isa, (*category)->classMethods);
-  }
+__attribute__((constructor(101))) void registerOwn() {
+  registerMetadata({.selectors = {__start_objc_selrefs, __stop_objc_selrefs},
+                    .classes = {__start_objc_classlist, __stop_objc_classlist},
+                    .categories = {__start_objc_catlist, __stop_objc_catlist}});
   if (const Class* strings = classNamed("NSConstantString")) {
     __CFConstantStringClassReference = *strings;
   }
 }
 
 }  // namespace
+
+void registerMetadata(const Metadata& metadata) {
+  for (Selector& selector : metadata.selectors) {
+    selector = unique(selector);
+  }
+  for (Class* type : metadata.classes) {
+    realize(type);
+  }
+  for (const Category* category : metadata.categories) {
+    addMethods(category->extended, category->instanceMethods);
+    addMethods(category->extended->isa, category->classMethods);
+  }
+}
 
 Selector unique(Selector name) {
   static std::mutex mutex;

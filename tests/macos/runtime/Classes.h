@@ -1,8 +1,20 @@
 #pragma once
 
+#include <span>
+
 #include "tests/macos/runtime/Metadata.h"
 
 namespace audrel::objcruntime {
+
+/// What a program has for the runtime, each in a section of its own.
+struct Metadata {
+  std::span<Selector> selectors;  ///< each is replaced by the one address of its name
+  std::span<Class* const> classes;
+  std::span<Category* const> categories;
+};
+
+/// Before any of it is used. The tests' own program is registered as it starts.
+void registerMetadata(const Metadata& metadata);
 
 /// The one address of all equal names.
 Selector unique(Selector name);

@@ -1,0 +1,136 @@
+// The programs as they were linked for macOS, from the application's bundle, executed.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#import "tests/macos/frameworks/FakeAppKit.h"
+#import "tests/macos/frameworks/FakeCoreAudio.h"
+#import "tests/macos/frameworks/FakeFoundation.h"
+
+#include "tests/macos/frameworks/FakeMac.h"
+#include "tests/macos/loader/HostSymbols.h"
+#include "tests/macos/loader/Image.h"
+#include "tests/macos/loader/Unwinding.h"
+#include "tests/macos/runtime/Classes.h"
+
+namespace audrel::macos {
+namespace {
+
+const std::filesystem::path programs = AUDREL_APP "/Contents/MacOS";
+
+template <typename T>
+std::span<T> sectionOf(const macho::Image& image, const char* name) {
+  const auto bytes = image.section(name);
+  return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(T)};
+}
+
+struct LoadedProgram {
+  explicit LoadedProgram(const std::string& name) : image(programs / name, macho::hostSymbol) {
+    objcruntime::registerMetadata(
+        {.selectors = sectionOf<objcruntime::Selector>(image, "__objc_selrefs"),
+         .classes = sectionOf<objcruntime::Class* const>(image, "__objc_classlist"),
+         .categories = sectionOf<objcruntime::Category* const>(image, "__objc_catlist")});
+  }
+
+  macho::Image image;
+  macho::Unwinding unwinding{image};
+};
+
+const LoadedProgram& application() {
+  static const LoadedProgram program("Audrel");
+  return program;
+}
+
+const LoadedProgram& commandLine() {
+  static const LoadedProgram program("audrel-record");
+  return program;
+}
+
+class LoadedProgramTest : public testing::Test {
+ protected:
+  LoadedProgramTest() {
+    fakemac::resetHardware();
+    fakemac::resetAppKit();
+  }
+
+  static fakemac::Mac& mac() { return fakemac::mac(); }
+
+ private:
+  fakemac::ScopedMac scopedMac_;
+};
+
+void choose(const std::string& title) {
+  @autoreleasepool {
+    fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, title));
+  }
+}
+
+TEST_F(LoadedProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
+  mac().whileRunning = [] {
+    choose("Start Recording");
+    fakemac::deliver({std::vector<std::byte>(4096)});
+    mac().takeJournal();
+    choose("Quit Audrel");
+  };
+  EXPECT_EXIT(application().image.run({"Audrel"}), testing::ExitedWithCode(0),
+              "NSApplication.terminate:\n(.*\n)*AudioDeviceStop.*\n(.*\n)*AVAudioFile closed: "
+              ".*\n(.*\n)*.*Recording stopped");
+}
+
+/// What goes to standard output too.
+[[noreturn]] void runInThisProcess(const LoadedProgram& program,
+                                   const std::vector<std::string>& arguments) {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  std::exit(program.image.run(arguments));
+}
+
+TEST_F(LoadedProgramTest, listsWhatPlaysOnTheCommandLine) {
+  mac().processes = {{70, 700, "org.example.radio"}, {71, 710, ""}};
+  mac().applications = {{700, "Web Radio"}, {710, "game"}};
+  EXPECT_EXIT(runInThisProcess(commandLine(), {"audrel-record", "--list"}),
+              testing::ExitedWithCode(0),
+              "#71  710  game       -\n#70  700  Web Radio  org.example.radio\n");
+}
+
+TEST_F(LoadedProgramTest, refusesAnUnknownOptionOnTheCommandLine) {
+  EXPECT_EXIT(runInThisProcess(commandLine(), {"audrel-record", "--unknown"}),
+              testing::ExitedWithCode(2), "'--unknown' is no option");
+}
+
+// The loader itself.
+
+std::string refusal(const std::filesystem::path& file, const macho::Image::Resolve& resolve) {
+  try {
+    const macho::Image image(file, resolve);
+    return "none";
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+TEST(LoaderTest, namesEachImportThatNothingKnows) {
+  const auto withoutTwo = [](const std::string& name) {
+    return name == "AudioDeviceStart" || name == "objc_msgSend" ? nullptr : macho::hostSymbol(name);
+  };
+  EXPECT_EQ(refusal(programs / "Audrel", withoutTwo),
+            "nothing is known by the names _objc_msgSend _AudioDeviceStart");
+}
+
+TEST(LoaderTest, refusesWhatIsNoProgramForThisProcessor) {
+  EXPECT_EQ(refusal("/proc/self/exe", macho::hostSymbol), "no Mach-O file for x86-64");
+  EXPECT_EQ(refusal("/nowhere", macho::hostSymbol), "cannot read /nowhere");
+}
+
+TEST(LoaderTest, keepsConstantsFromBeingWritten) {
+  EXPECT_DEATH(application().image.section("__cfstring")[0] = std::byte{0}, "SEGV");
+}
+
+}  // namespace
+}  // namespace audrel::macos
