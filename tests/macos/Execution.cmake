@@ -54,6 +54,9 @@ macos_test(macos_adapters_test
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)
+macos_test(macos_transcripts_test SOURCES execution/EngineTranscriptTest.mm
+  LINKS audrel_engine audrel_fakes)
+target_compile_definitions(macos_transcripts_test PRIVATE AUDREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 
 # The programs as they were linked for macOS, on the same runtime and frameworks, which they find as
 # symbols of the test.

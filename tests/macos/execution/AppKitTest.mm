@@ -286,7 +286,8 @@ TEST_F(AppKitTest, anApplicationKeepsWhatItsFrameworkRefersToWeaklyAndSurvivesAn
 TEST_F(AppKitTest, aBuildWithoutUpdaterSaysSoInTheLog) {
   journal();
   UpdateFramework().makeStandardUpdaterController(true)->checkForUpdates();
-  EXPECT_EQ(journal(), (Lines{"log io.github.audrel.Audrel [platform] info: This build was made "
+  EXPECT_EQ(journal(), (Lines{"os_log_create(\"io.github.audrel.Audrel\", \"platform\")",
+                              "log io.github.audrel.Audrel [platform] info: This build was made "
                               "without an updater and cannot look for updates"}));
 }
 

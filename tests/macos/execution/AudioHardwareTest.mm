@@ -31,21 +31,22 @@ class AudioHardwareTest : public MacTest {
 TEST_F(AudioHardwareTest, aTapOfEverythingExcludesNoProcessAndSetsMuteAndNameAlone) {
   EXPECT_EQ(createTap(RecordingSource::allSystemAudio()), 101U);
   EXPECT_EQ(journal(), (Lines{"AudioHardwareCreateProcessTap(stereo global tap but [], "
-                              "muteBehavior = 0, name = \"Audrel Tap\") -> 0"}));
+                              "muteBehavior = 0, name = \"Audrel Tap\") -> 0, tap 101"}));
 }
 
 TEST_F(AudioHardwareTest, aTapOfAProcessMixesThatProcessObjectDown) {
   createTap(RecordingSource::process(77, "Radio", std::nullopt));
   EXPECT_EQ(journal(), (Lines{"AudioHardwareCreateProcessTap(stereo mixdown of [u32 77], "
-                              "muteBehavior = 0, name = \"Audrel Tap\") -> 0"}));
+                              "muteBehavior = 0, name = \"Audrel Tap\") -> 0, tap 101"}));
 }
 
 TEST_F(AudioHardwareTest, aDescriptionWithoutMuteAndNameSetsNeither) {
   CA::AudioObjectID tap = 0;
   hardware.AudioHardwareCreateProcessTap(
       {CA::TapDescription::Kind::stereoMixdownOfProcesses, {1, 2}, {}, {}}, &tap);
-  EXPECT_EQ(journal(),
-            (Lines{"AudioHardwareCreateProcessTap(stereo mixdown of [u32 1, u32 2]) -> 0"}));
+  EXPECT_EQ(
+      journal(),
+      (Lines{"AudioHardwareCreateProcessTap(stereo mixdown of [u32 1, u32 2]) -> 0, tap 101"}));
 }
 
 TEST_F(AudioHardwareTest, aTapThatFailsLeavesTheIdAlone) {
@@ -66,7 +67,7 @@ TEST_F(AudioHardwareTest, anAggregateDictionaryHasTheValuesAndTypesThatItWasGive
   EXPECT_EQ(device, 201U);
   EXPECT_EQ(journal(), (Lines{"AudioHardwareCreateAggregateDevice({name: \"Audrel Tap\", private: "
                               "Boolean true, stacked: Boolean false, taps: [{drift: Boolean true, "
-                              "uid: \"tap-101\"}]}) -> 0"}));
+                              "uid: \"tap-101\"}]}) -> 0, device 201"}));
 }
 
 TEST_F(AudioHardwareTest, aTextThatIsReadIsGivenBackOnce) {

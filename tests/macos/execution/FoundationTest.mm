@@ -112,7 +112,8 @@ TEST_F(FoundationTest, linesOfTheLogArePublicAndHaveTheirLevel) {
   const auto logger = Log().makeLogger("io.example", "engine");
   logger->info("100 %s %{private}s");
   logger->error(std::string_view("cut off", 3));
-  EXPECT_EQ(journal(), (Lines{"log io.example [engine] info: 100 %s %{private}s",
+  EXPECT_EQ(journal(), (Lines{"os_log_create(\"io.example\", \"engine\")",
+                              "log io.example [engine] info: 100 %s %{private}s",
                               "log io.example [engine] error: cut"}));
 }
 
@@ -121,8 +122,8 @@ TEST_F(FoundationTest, capturePermissionIsAskedOfTheSystem) {
   EXPECT_TRUE(access.preflightScreenCaptureAccess());
   mac().answersRequest = false;
   EXPECT_FALSE(access.requestScreenCaptureAccess());
-  EXPECT_EQ(journal(), (Lines{"CGPreflightScreenCaptureAccess -> true",
-                              "CGRequestScreenCaptureAccess -> false"}));
+  EXPECT_EQ(journal(), (Lines{"CGPreflightScreenCaptureAccess() -> true",
+                              "CGRequestScreenCaptureAccess() -> false"}));
 }
 
 TEST_F(FoundationTest, anApplicationIsFoundByItsPidAndMayHaveNoName) {

@@ -128,10 +128,12 @@ TEST_F(ProgramTest, launchesWithItsItemInTheMenuBarAndAsksForThePermission) {
   });
   EXPECT_EQ(journal(),
             (Lines{"NSApplication.setActivationPolicy: 1",
+                   "os_log_create(\"io.github.audrel.Audrel\", \"app\")",
+                   "os_log_create(\"io.github.audrel.Audrel\", \"engine\")",
                    "dispatch_queue_create(io.github.audrel.Audrel.writer, qos 25, autorelease "
                    "frequency 0)",
                    "statusItemWithLength: -1", "NSApplication.run",
-                   "NSApplication.setActivationPolicy: 1", "CGRequestScreenCaptureAccess -> true",
+                   "NSApplication.setActivationPolicy: 1", "CGRequestScreenCaptureAccess() -> true",
                    "removeStatusItem:"}));
 }
 
@@ -145,6 +147,7 @@ TEST_F(ProgramTest, listsTheProcessesOfCoreAudioWhenTheMenuOpens) {
 }
 
 TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
+  mac().holdsQueues = true;
   run([this] {
     open();
     choose("Web Radio");
@@ -157,27 +160,32 @@ TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
     EXPECT_EQ(
         started,
         (Lines{
-            "CGPreflightScreenCaptureAccess -> true", "CGPreflightScreenCaptureAccess -> true",
+            "CGPreflightScreenCaptureAccess() -> true", "CGPreflightScreenCaptureAccess() -> true",
             "AudioHardwareCreateProcessTap(stereo mixdown of [u32 70], muteBehavior = 0, name = "
-            "\"Audrel Tap\") -> 0",
-            "AudioObjectGetPropertyData(101, tuid/glob/0, 8 bytes) -> 0",
-            "AudioObjectGetPropertyData(101, tfmt/glob/0, 40 bytes) -> 0",
+            "\"Audrel Tap\") -> 0, tap 101",
+            "AudioObjectGetPropertyData(101, tuid/glob/0, no qualifier, 8 bytes) -> 0, \"tap-101\"",
+            "AudioObjectGetPropertyData(101, tfmt/glob/0, no qualifier, 40 bytes) -> 0, lpcm at "
+            "48000 Hz, 2 channels, 8 bytes a frame",
+            "AVAudioFormat(lpcm at 48000 Hz, 2 channels, 8 bytes a frame) -> format",
             "log io.github.audrel.Audrel [engine] info: Tap format — sampleRate=48000.000000, "
             "channels=2, interleaved=true, common=1",
-            "NSUUID.UUIDString", "AudioObjectGetPropertyData(1, dOut/glob/0, 4 bytes) -> 0",
-            "AudioObjectGetPropertyData(51, uid /glob/0, 8 bytes) -> 0",
+            "NSUUID.UUIDString -> \"00000000-0000-4000-8000-00000000ABCD\"",
+            "AudioObjectGetPropertyData(1, dOut/glob/0, no qualifier, 4 bytes) -> 0, device 51",
+            "AudioObjectGetPropertyData(51, uid /glob/0, no qualifier, 8 bytes) -> 0, "
+            "\"output-51\"",
             // Exactly these seven keys: no list of sub-devices.
             "AudioHardwareCreateAggregateDevice({master: \"output-51\", name: \"Audrel Tap\", "
             "private: Boolean true, stacked: Boolean false, tapautostart: Boolean true, taps: "
             "[{drift: Boolean true, uid: \"tap-101\"}], uid: "
-            "\"00000000-0000-4000-8000-00000000ABCD\"}) -> 0",
-            "AVAudioFile(forWriting " + path +
-                ", settings {key of AVFormatIDKey: u32 1819304813, key of AVLinearPCMBitDepthKey: "
+            "\"00000000-0000-4000-8000-00000000ABCD\"}) -> 0, device 201",
+            "AVAudioFile(forWriting \"" + path +
+                "\", settings {key of AVFormatIDKey: u32 1819304813, key of "
+                "AVLinearPCMBitDepthKey: "
                 "integer 16, key of AVLinearPCMIsBigEndianKey: Boolean false, key of "
                 "AVLinearPCMIsFloatKey: Boolean false, key of AVLinearPCMIsNonInterleaved: "
                 "Boolean false, key of AVNumberOfChannelsKey: integer 2, key of AVSampleRateKey: "
-                "double 48000.000000}, commonFormat 1, interleaved)",
-            "AudioDeviceCreateIOProcID(201) -> 0", "AudioDeviceStart(201) -> 0",
+                "double 48000.000000}, commonFormat 1, interleaved true) -> file",
+            "AudioDeviceCreateIOProcID(201) -> 0, ioProc 1", "AudioDeviceStart(201, ioProc 1) -> 0",
             "log io.github.audrel.Audrel [engine] info: Recording started — source=Web Radio "
             "format=wav url=" +
                 path.substr(path.rfind('/') + 1) +
@@ -200,13 +208,18 @@ TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
       // Within the pool of the event: the file is whole when stop has returned.
       EXPECT_FALSE(mac().files.front().isOpen);
     }
-    EXPECT_EQ(journal(),
-              (Lines{"AudioDeviceStop(201) -> 0", "AudioDeviceDestroyIOProcID(201) -> 0",
-                     "AVAudioFile closed: " + path, "AudioHardwareDestroyAggregateDevice(201) -> 0",
-                     "AudioHardwareDestroyProcessTap(101) -> 0",
-                     "log io.github.audrel.Audrel [engine] info: Recording stopped — elapsed=7.0s "
-                     "underruns=0",
-                     "NSTimer invalidated"}));
+    const std::string queue = "io.github.audrel.Audrel.writer";
+    EXPECT_EQ(
+        journal(),
+        (Lines{
+            "AudioDeviceStop(201, ioProc 1) -> 0", "AudioDeviceDestroyIOProcID(201, ioProc 1) -> 0",
+            "dispatch_sync_f(" + queue + ") begins", queue + " runs item 1",
+            "AVAudioFile.writeFromBuffer: 512 frames -> YES", "AVAudioFile closed: " + path,
+            "dispatch_sync_f(" + queue + ") ends", "AudioHardwareDestroyAggregateDevice(201) -> 0",
+            "AudioHardwareDestroyProcessTap(101) -> 0",
+            "log io.github.audrel.Audrel [engine] info: Recording stopped — elapsed=7.0s "
+            "underruns=0",
+            "NSTimer invalidated"}));
     EXPECT_EQ(fakemac::hardwareObjects(), 0U);
     EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{512}));
     EXPECT_EQ(mac().files.front().bytes, counting(4096));
@@ -314,12 +327,12 @@ TEST_F(ProgramTest, offersTheSettingsWhenThePermissionIsRefused) {
   run([] {
     journal();
     choose("Start Recording");
-    EXPECT_EQ(journal(),
-              (Lines{"CGPreflightScreenCaptureAccess -> false",
-                     "CGRequestScreenCaptureAccess -> false", "NSAlert.runModal: Permission needed",
-                     "NSWorkspace.openURL: "
-                     "x-apple.systempreferences:com.apple.preference.security?Privacy_"
-                     "ScreenCapture"}));
+    EXPECT_EQ(journal(), (Lines{"CGPreflightScreenCaptureAccess() -> false",
+                                "CGRequestScreenCaptureAccess() -> false",
+                                "NSAlert.runModal: Permission needed",
+                                "NSWorkspace.openURL: "
+                                "x-apple.systempreferences:com.apple.preference.security?Privacy_"
+                                "ScreenCapture"}));
     EXPECT_EQ(mac().alerts.front().buttons, (Lines{"Open System Settings", "Cancel"}));
     mac().answers = {1001};
     choose("Start Recording");
@@ -352,6 +365,7 @@ TEST_F(ProgramTest, saysInItsAboutWhetherItMayCapture) {
 }
 
 TEST_F(ProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
+  mac().holdsQueues = true;
   EXPECT_EXIT(run([] {
                 choose("Start Recording");
                 fakemac::deliver({counting(16)});
@@ -362,9 +376,13 @@ TEST_F(ProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
               "NSApplication.terminate:\n"
               "log io.github.audrel.Audrel .app. info: Terminating — stopping in-flight "
               "recording\n"
-              "AudioDeviceStop.201. -> 0\n"
-              "AudioDeviceDestroyIOProcID.201. -> 0\n"
+              "AudioDeviceStop.201, ioProc 1. -> 0\n"
+              "AudioDeviceDestroyIOProcID.201, ioProc 1. -> 0\n"
+              "dispatch_sync_f.io.github.audrel.Audrel.writer. begins\n"
+              "io.github.audrel.Audrel.writer runs item 1\n"
+              "AVAudioFile.writeFromBuffer: 2 frames -> YES\n"
               "AVAudioFile closed: .*\n"
+              "dispatch_sync_f.io.github.audrel.Audrel.writer. ends\n"
               "AudioHardwareDestroyAggregateDevice.201. -> 0\n"
               "AudioHardwareDestroyProcessTap.101. -> 0\n"
               "log io.github.audrel.Audrel .engine. info: Recording stopped");
@@ -464,6 +482,7 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
 
 // The counterpart of docs/transcripts/app-session.txt, by frameworks of another make.
 TEST_F(ProgramTest, tellsTheStoryOfASessionThatIsInTheTree) {
+  mac().holdsQueues = true;
   std::string story = "A session on macOS, as the executed adapters asked it of the frameworks.\n";
   const auto tell = [&story](const std::string& what) {
     story += "\n" + what + "\n";

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "tests/macos/frameworks/FakeCoreAudio.h"
 #include "tests/macos/frameworks/FakeFoundation.h"
 #include "tests/macos/frameworks/FakeMac.h"
 
@@ -50,10 +51,12 @@ static NSString* made(const std::string& text) {
 
 @end
 
-static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
+/// Gives it, and tells of it.
+static std::string giveError(const Failure& failure, NSError* __autoreleasing* error) {
   MadeError* made = [[MadeError alloc] init];
   made->_failure = failure;
   *error = made;
+  return "error \"" + failure.description + "\"";
 }
 
 @implementation AVAudioFormat {
@@ -62,8 +65,11 @@ static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
 
 - (instancetype)initWithStreamDescription:(const AudioStreamBasicDescription*)description {
   _description = *description;
-  return description->mFormatID == kAudioFormatLinearPCM && description->mSampleRate > 0 ? self
-                                                                                         : nil;
+  const bool isKnown =
+      description->mFormatID == kAudioFormatLinearPCM && description->mSampleRate > 0;
+  mac().note("AVAudioFormat(" + audrel::fakemac::described(_description) + ") -> " +
+             (isKnown ? "format" : "nil"));
+  return isKnown ? self : nil;
 }
 
 - (const AudioStreamBasicDescription*)streamDescription {
@@ -111,6 +117,8 @@ static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
 
 - (instancetype)initWithPCMFormat:(AVAudioFormat*)format
                     frameCapacity:(AVAudioFrameCount)frameCapacity {
+  mac().note("AVAudioPCMBuffer(" + std::to_string(frameCapacity) + " frames) -> " +
+             (mac().hasMemoryForBuffers ? "buffer" : "nil"));
   if (!mac().hasMemoryForBuffers) {
     return nil;
   }
@@ -171,14 +179,15 @@ static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
   // The system's own code leaves references of its own in the caller's pool.
   objc_retainAutorelease(self);
   const std::string path = url.fileSystemRepresentation;
+  const std::string described = audrel::fakemac::described(settings);
+  const std::string call = "AVAudioFile(forWriting \"" + path + "\", settings " + described +
+                           ", commonFormat " + std::to_string(format) + ", interleaved " +
+                           (interleaved ? "true" : "false") + ") -> ";
   if (mac().openFails) {
-    mac().note("AVAudioFile(forWriting " + path + ") fails");
-    giveError(*mac().openFails, error);
+    mac().note(call + giveError(*mac().openFails, error));
     return nil;
   }
-  const std::string described = audrel::fakemac::described(settings);
-  mac().note("AVAudioFile(forWriting " + path + ", settings " + described + ", commonFormat " +
-             std::to_string(format) + (interleaved ? ", interleaved)" : ", not interleaved)"));
+  mac().note(call + "file");
   _index = mac().files.size();
   _isOpen = YES;
   mac().files.push_back({path, described, format, static_cast<bool>(interleaved), {}, {}, true});
@@ -187,11 +196,14 @@ static void giveError(const Failure& failure, NSError* __autoreleasing* error) {
 
 - (BOOL)writeFromBuffer:(const AVAudioPCMBuffer*)buffer error:(NSError* __autoreleasing*)error {
   objc_retainAutorelease(self);
+  auto* writable = const_cast<AVAudioPCMBuffer*>(buffer);
+  const std::string call =
+      "AVAudioFile.writeFromBuffer: " + std::to_string(writable.frameLength) + " frames -> ";
   if (mac().writeFails) {
-    giveError(*mac().writeFails, error);
+    mac().note(call + "NO, " + giveError(*mac().writeFails, error));
     return NO;
   }
-  auto* writable = const_cast<AVAudioPCMBuffer*>(buffer);
+  mac().note(call + "YES");
   auto& file = mac().files[_index];
   file.writes.push_back(writable.frameLength);
   const AudioBufferList& list = *writable.mutableAudioBufferList;

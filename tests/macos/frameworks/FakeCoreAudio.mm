@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -79,20 +81,28 @@ using audrel::fakemac::mac;
 namespace {
 
 struct IOProc {
+  std::uint32_t number;
   AudioObjectID device;
   AudioDeviceIOProc procedure;
   void* clientData;
   bool isRunning = false;
 };
 
+/// Taps, or aggregate devices.
+struct Objects {
+  AudioObjectID next;
+  std::set<AudioObjectID> existing;
+};
+
 struct Hardware {
-  AudioObjectID nextTap = 101;
-  AudioObjectID nextDevice = 201;
-  std::set<AudioObjectID> objects;
+  Objects taps = {101};
+  Objects devices = {201};
+  std::uint32_t nextIOProc = 1;
   std::vector<IOProc> ioProcs;
 };
 Hardware hardware;
 
+/// Four letters.
 std::string code(std::uint32_t packed) {
   std::string text;
   for (int shift = 24; shift >= 0; shift -= 8) {
@@ -105,26 +115,31 @@ std::string number(std::int64_t value) {
   return std::to_string(value);
 }
 
-/// Notes a call and answers what the test has it answer.
-OSStatus answer(const std::string& call, const std::string& arguments) {
+/// Notes a call, and what came of it: the status, and what it gave beside.
+void note(const std::string& call, const std::string& arguments, OSStatus status,
+          const std::string& given = "") {
+  mac().note(call + "(" + arguments + ") -> " + number(status) +
+             (status == kAudioHardwareNoError && !given.empty() ? ", " + given : ""));
+}
+
+OSStatus create(const std::string& call, const std::string& arguments, const std::string& kind,
+                Objects& objects, AudioObjectID* out) {
   const OSStatus status = mac().statusOf(call);
-  mac().note(call + "(" + arguments + ") -> " + number(status));
-  return status;
-}
-
-OSStatus create(const std::string& call, const std::string& arguments, AudioObjectID& next,
-                AudioObjectID* out) {
-  const OSStatus status = answer(call, arguments);
+  std::string given = "no " + kind;
   if (status == kAudioHardwareNoError && !mac().withoutResult.contains(call)) {
-    hardware.objects.insert(next);
-    *out = next++;
+    objects.existing.insert(objects.next);
+    *out = objects.next++;
+    given = kind + " " + number(*out);
   }
+  note(call, arguments, status, given);
   return status;
 }
 
-OSStatus destroy(const std::string& call, AudioObjectID object) {
-  hardware.objects.erase(object);
-  return answer(call, number(object));
+OSStatus destroy(const std::string& call, Objects& objects, AudioObjectID object) {
+  objects.existing.erase(object);
+  const OSStatus status = mac().statusOf(call);
+  note(call, number(object), status);
+  return status;
 }
 
 std::vector<IOProc>::iterator find(AudioObjectID device, AudioDeviceIOProcID id) {
@@ -133,10 +148,18 @@ std::vector<IOProc>::iterator find(AudioObjectID device, AudioDeviceIOProcID id)
   });
 }
 
+/// A device and its IO procedure, as arguments.
+std::string place(AudioObjectID device, std::vector<IOProc>::iterator ioProc) {
+  return number(device) + ", " +
+         (ioProc == hardware.ioProcs.end() ? "an unknown ioProc"
+                                           : "ioProc " + number(ioProc->number));
+}
+
 OSStatus setRunning(const std::string& call, AudioObjectID device, AudioDeviceIOProcID id,
                     bool isRunning) {
-  const OSStatus status = answer(call, number(device));
+  const OSStatus status = mac().statusOf(call);
   const auto ioProc = find(device, id);
+  note(call, place(device, ioProc), status);
   if (ioProc != hardware.ioProcs.end() && status == kAudioHardwareNoError) {
     ioProc->isRunning = isRunning;
   }
@@ -158,12 +181,18 @@ void give(const Value& value, UInt32* ioSize, void* out) {
   *ioSize = sizeof value;
 }
 
-/// One reference, which the caller owns.
-void giveText(const std::string& text, UInt32* ioSize, void* out) {
+/// One reference, which the caller owns. Here and below: what is given, as the journal tells it.
+std::string giveText(const std::string& text, UInt32* ioSize, void* out) {
   NSString* string = [[NSString alloc] initWithBytes:text.data()
                                               length:text.size()
                                             encoding:NSUTF8StringEncoding];
   give((__bridge_retained const void*)string, ioSize, out);
+  return described(string);
+}
+
+std::string giveNumber(const std::string& kind, std::uint32_t value, UInt32* ioSize, void* out) {
+  give(value, ioSize, out);
+  return kind + " " + number(value);
 }
 
 const audrel::fakemac::Process* process(AudioObjectID object) {
@@ -175,78 +204,89 @@ const audrel::fakemac::Process* process(AudioObjectID object) {
   return nullptr;
 }
 
-OSStatus giveProperty(AudioObjectID object, UInt32 selector, UInt32* ioSize, void* out) {
+std::string giveProcesses(UInt32* ioSize, void* out) {
+  auto* to = static_cast<AudioObjectID*>(out);
+  std::string given;
+  for (const auto& one : mac().processes) {
+    *to++ = one.object;
+    given += (given.empty() ? "objects " : ", ") + number(one.object);
+  }
+  *ioSize = static_cast<UInt32>(mac().processes.size() * sizeof(AudioObjectID));
+  return given;
+}
+
+/// Nothing for a property that no object has.
+std::optional<std::string> giveProperty(AudioObjectID object, UInt32 selector, UInt32* ioSize,
+                                        void* out) {
   switch (selector) {
     case kAudioTapPropertyUID:
-      giveText("tap-" + number(object), ioSize, out);
-      return kAudioHardwareNoError;
+      return giveText("tap-" + number(object), ioSize, out);
     case kAudioTapPropertyFormat:
       give(tapFormat(), ioSize, out);
-      return kAudioHardwareNoError;
+      return described(tapFormat());
     case kAudioHardwarePropertyDefaultOutputDevice:
-      give(mac().defaultOutput, ioSize, out);
-      return kAudioHardwareNoError;
+      return giveNumber("device", mac().defaultOutput, ioSize, out);
     case kAudioDevicePropertyDeviceUID:
-      giveText("output-" + number(object), ioSize, out);
-      return kAudioHardwareNoError;
+      return giveText("output-" + number(object), ioSize, out);
     case kAudioProcessPropertyPID:
-      give(process(object)->pid, ioSize, out);
-      return kAudioHardwareNoError;
+      return giveNumber("pid", static_cast<std::uint32_t>(process(object)->pid), ioSize, out);
     case kAudioProcessPropertyBundleID:
-      giveText(process(object)->bundleID, ioSize, out);
-      return kAudioHardwareNoError;
-    case kAudioHardwarePropertyProcessObjectList: {
-      auto* to = static_cast<AudioObjectID*>(out);
-      const auto& all = mac().processes;
-      *ioSize = static_cast<UInt32>(all.size() * sizeof(AudioObjectID));
-      std::transform(all.begin(), all.end(), to, [](const auto& one) { return one.object; });
-      return kAudioHardwareNoError;
-    }
+      return giveText(process(object)->bundleID, ioSize, out);
+    case kAudioHardwarePropertyProcessObjectList:
+      return giveProcesses(ioSize, out);
     default:
-      return kAudioHardwareUnknownPropertyError;
+      return std::nullopt;
   }
 }
 
-std::string place(AudioObjectID object, const AudioObjectPropertyAddress& address) {
+std::string place(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                  UInt32 qualifierSize) {
   return number(object) + ", " + code(address.mSelector) + "/" + code(address.mScope) + "/" +
-         number(address.mElement);
+         number(address.mElement) + ", " +
+         (qualifierSize == 0 ? "no qualifier" : "a qualifier of " + number(qualifierSize));
 }
 
 }  // namespace
 
 OSStatus AudioHardwareCreateProcessTap(CATapDescription* inDescription, AudioObjectID* outTapID) {
-  return create("AudioHardwareCreateProcessTap", inDescription->_log, hardware.nextTap, outTapID);
+  return create("AudioHardwareCreateProcessTap", inDescription->_log, "tap", hardware.taps,
+                outTapID);
 }
 
 OSStatus AudioHardwareDestroyProcessTap(AudioObjectID inTapID) {
-  return destroy("AudioHardwareDestroyProcessTap", inTapID);
+  return destroy("AudioHardwareDestroyProcessTap", hardware.taps, inTapID);
 }
 
 OSStatus AudioHardwareCreateAggregateDevice(CFDictionaryRef inDescription,
                                             AudioObjectID* outDeviceID) {
   return create("AudioHardwareCreateAggregateDevice", described((__bridge id)inDescription),
-                hardware.nextDevice, outDeviceID);
+                "device", hardware.devices, outDeviceID);
 }
 
 OSStatus AudioHardwareDestroyAggregateDevice(AudioObjectID inDeviceID) {
-  return destroy("AudioHardwareDestroyAggregateDevice", inDeviceID);
+  return destroy("AudioHardwareDestroyAggregateDevice", hardware.devices, inDeviceID);
 }
 
 OSStatus AudioDeviceCreateIOProcID(AudioObjectID inDevice, AudioDeviceIOProc inProc,
                                    void* inClientData, AudioDeviceIOProcID* outIOProcID) {
-  const OSStatus status = answer("AudioDeviceCreateIOProcID", number(inDevice));
-  if (status == kAudioHardwareNoError &&
-      !mac().withoutResult.contains("AudioDeviceCreateIOProcID")) {
-    hardware.ioProcs.push_back({inDevice, inProc, inClientData});
+  const std::string call = "AudioDeviceCreateIOProcID";
+  const OSStatus status = mac().statusOf(call);
+  std::string given = "no ioProc";
+  if (status == kAudioHardwareNoError && !mac().withoutResult.contains(call)) {
+    hardware.ioProcs.push_back({hardware.nextIOProc, inDevice, inProc, inClientData});
     *outIOProcID = inProc;
+    given = "ioProc " + number(hardware.nextIOProc++);
   }
+  note(call, number(inDevice), status, given);
   return status;
 }
 
 OSStatus AudioDeviceDestroyIOProcID(AudioObjectID inDevice, AudioDeviceIOProcID inIOProcID) {
-  const OSStatus status = answer("AudioDeviceDestroyIOProcID", number(inDevice));
-  if (const auto ioProc = find(inDevice, inIOProcID);
-      ioProc != hardware.ioProcs.end() && status == kAudioHardwareNoError) {
+  const std::string call = "AudioDeviceDestroyIOProcID";
+  const OSStatus status = mac().statusOf(call);
+  const auto ioProc = find(inDevice, inIOProcID);
+  note(call, place(inDevice, ioProc), status);
+  if (ioProc != hardware.ioProcs.end() && status == kAudioHardwareNoError) {
     hardware.ioProcs.erase(ioProc);
   }
   return status;
@@ -261,41 +301,60 @@ OSStatus AudioDeviceStop(AudioObjectID inDevice, AudioDeviceIOProcID inProcID) {
 }
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID,
-                                        const AudioObjectPropertyAddress* inAddress, UInt32,
-                                        const void*, UInt32* outDataSize) {
-  const OSStatus status = answer("AudioObjectGetPropertyDataSize", place(inObjectID, *inAddress));
+                                        const AudioObjectPropertyAddress* inAddress,
+                                        UInt32 inQualifierDataSize, const void*,
+                                        UInt32* outDataSize) {
+  const std::string call = "AudioObjectGetPropertyDataSize";
+  const OSStatus status = mac().statusOf(call);
+  const std::size_t size = mac().processes.size() * sizeof(AudioObjectID);
   if (status == kAudioHardwareNoError) {
-    *outDataSize = static_cast<UInt32>(mac().processes.size() * sizeof(AudioObjectID));
+    *outDataSize = static_cast<UInt32>(size);
   }
+  note(call, place(inObjectID, *inAddress, inQualifierDataSize), status,
+       std::to_string(size) + " bytes");
   return status;
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID,
-                                    const AudioObjectPropertyAddress* inAddress, UInt32,
-                                    const void*, UInt32* ioDataSize, void* outData) {
+                                    const AudioObjectPropertyAddress* inAddress,
+                                    UInt32 inQualifierDataSize, const void*, UInt32* ioDataSize,
+                                    void* outData) {
+  const std::string arguments =
+      place(inObjectID, *inAddress, inQualifierDataSize) + ", " + number(*ioDataSize) + " bytes";
   const auto failing = mac().failingProperties.find(inAddress->mSelector);
-  const UInt32 room = *ioDataSize;
-  const OSStatus status = failing != mac().failingProperties.end()
-                              ? failing->second
-                              : giveProperty(inObjectID, inAddress->mSelector, ioDataSize, outData);
-  mac().note("AudioObjectGetPropertyData(" + place(inObjectID, *inAddress) + ", " + number(room) +
-             " bytes) -> " + number(status));
+  OSStatus status = kAudioHardwareNoError;
+  std::optional<std::string> given;
+  if (failing != mac().failingProperties.end()) {
+    status = failing->second;
+  } else {
+    given = giveProperty(inObjectID, inAddress->mSelector, ioDataSize, outData);
+    status = given ? kAudioHardwareNoError : kAudioHardwareUnknownPropertyError;
+  }
+  note("AudioObjectGetPropertyData", arguments, status, given.value_or(""));
   return status;
 }
 
 bool CGPreflightScreenCaptureAccess() {
-  mac().note(std::string("CGPreflightScreenCaptureAccess -> ") +
+  mac().note(std::string("CGPreflightScreenCaptureAccess() -> ") +
              (mac().mayCapture ? "true" : "false"));
   return mac().mayCapture;
 }
 
 bool CGRequestScreenCaptureAccess() {
-  mac().note(std::string("CGRequestScreenCaptureAccess -> ") +
+  mac().note(std::string("CGRequestScreenCaptureAccess() -> ") +
              (mac().answersRequest ? "true" : "false"));
   return mac().answersRequest;
 }
 
 namespace audrel::fakemac {
+
+std::string described(const AudioStreamBasicDescription& format) {
+  std::ostringstream rate;
+  rate << format.mSampleRate;
+  return (format.mFormatID == 0 ? "0" : code(format.mFormatID)) + " at " + rate.str() + " Hz, " +
+         number(format.mChannelsPerFrame) + " channels, " + number(format.mBytesPerFrame) +
+         " bytes a frame";
+}
 
 std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
                      std::uint32_t bytesWithoutData) {
@@ -325,8 +384,20 @@ std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
   return highest;
 }
 
+std::vector<std::uint32_t> taps() {
+  return {hardware.taps.existing.begin(), hardware.taps.existing.end()};
+}
+
+std::vector<std::uint32_t> aggregateDevices() {
+  return {hardware.devices.existing.begin(), hardware.devices.existing.end()};
+}
+
+std::size_t installedIOProcs() {
+  return hardware.ioProcs.size();
+}
+
 std::size_t hardwareObjects() {
-  return hardware.objects.size() + hardware.ioProcs.size();
+  return taps().size() + aggregateDevices().size() + installedIOProcs();
 }
 
 void resetHardware() {

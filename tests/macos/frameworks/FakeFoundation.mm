@@ -1,5 +1,6 @@
 #include "tests/macos/frameworks/FakeFoundation.h"
 
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <vector>
@@ -282,18 +283,26 @@ static NSNumber* numberDescribed(const std::string& text) {
 
 @end
 
+static NSString* made(const std::string& text) {
+  return [[NSString alloc] initWithBytes:text.data()
+                                  length:text.size()
+                                encoding:NSUTF8StringEncoding];
+}
+
 @implementation NSUUID {
   NSString* _text;
 }
 
 + (instancetype)UUID {
   NSUUID* uuid = [[self alloc] init];
-  uuid->_text = @"00000000-0000-4000-8000-00000000ABCD";
+  char text[40];
+  std::snprintf(text, sizeof text, "00000000-0000-4000-8000-%012X", 0xABCD + mac().uuids++);
+  uuid->_text = made(text);
   return uuid;
 }
 
 - (NSString*)UUIDString {
-  mac().note("NSUUID.UUIDString");
+  mac().note("NSUUID.UUIDString -> " + audrel::fakemac::described(_text));
   return _text;
 }
 
@@ -306,12 +315,6 @@ static NSNumber* numberDescribed(const std::string& text) {
 }
 
 @end
-
-static NSString* made(const std::string& text) {
-  return [[NSString alloc] initWithBytes:text.data()
-                                  length:text.size()
-                                encoding:NSUTF8StringEncoding];
-}
 
 @implementation NSFileManager
 

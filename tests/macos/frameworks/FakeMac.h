@@ -80,6 +80,13 @@ class Mac {
   std::optional<Failure> writeFails;
   std::deque<File> files;
 
+  /// Queues that are made while it is set run their items when they are waited for, and not before:
+  /// the order in the journal is then the same each time.
+  bool holdsQueues = false;
+
+  /// That were made.
+  std::uint32_t uuids = 0;
+
   std::map<std::string, std::string> defaults;
   std::optional<std::string> downloads = "/Users/test/Downloads";
   std::set<std::string> existing;
@@ -112,6 +119,9 @@ class ScopedMac {
 
 /// To the sources on the main queue that listen for it.
 void deliverSignal(unsigned long number);
+
+/// Lets the queues run, and returns when they have nothing left.
+void runQueues();
 
 /// Returns when no queue has a thread any more: each ends with its queue.
 void waitForQueues();

@@ -9,7 +9,9 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/macos/frameworks/FakeMac.h"
 
@@ -20,18 +22,41 @@ extern "C" {}
 namespace {
 
 struct Item {
+  int number;
   void* context;
   dispatch_function_t work;
 };
 
 /// What a queue and its thread share.
 struct QueueState {
+  std::string label;
+  bool isHeld = false;
   std::mutex mutex;
   std::condition_variable changed;
   std::deque<Item> items;
+  int handedOver = 0;
+  int waitedFor = 0;  ///< by how many callers
   bool isBusy = false;
   bool isAbandoned = false;
+
+  bool mayRun() const {
+    return !isBusy && !items.empty() && (!isHeld || waitedFor > 0 || isAbandoned);
+  }
 };
+
+/// Returns when there is nothing left to run, and nothing runs.
+void waitUntilIdle(QueueState& queue, std::unique_lock<std::mutex>& lock) {
+  ++queue.waitedFor;
+  queue.changed.notify_all();
+  queue.changed.wait(lock, [&] { return !queue.isBusy && queue.items.empty(); });
+  --queue.waitedFor;
+}
+
+/// Those that were made; one that is gone leaves none.
+std::vector<std::weak_ptr<QueueState>>& queues() {
+  static auto* const queues = new std::vector<std::weak_ptr<QueueState>>;
+  return *queues;
+}
 
 struct Threads {
   std::mutex mutex;
@@ -50,8 +75,9 @@ void runItems(const std::shared_ptr<QueueState>& queue) {
   @autoreleasepool {
     std::unique_lock lock(queue->mutex);
     while (true) {
-      queue->changed.wait(
-          lock, [&] { return !queue->isBusy && (!queue->items.empty() || queue->isAbandoned); });
+      queue->changed.wait(lock, [&] {
+        return queue->mayRun() || (queue->isAbandoned && !queue->isBusy && queue->items.empty());
+      });
       if (queue->items.empty()) {
         break;
       }
@@ -59,6 +85,7 @@ void runItems(const std::shared_ptr<QueueState>& queue) {
       queue->items.pop_front();
       queue->isBusy = true;
       lock.unlock();
+      mac().note(queue->label + " runs item " + std::to_string(item.number));
       item.work(item.context);
       lock.lock();
       queue->isBusy = false;
@@ -117,9 +144,12 @@ dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t 
              ", autorelease frequency " + std::to_string(fake->_frequency) + ")");
   FakeQueue* queue = [[FakeQueue alloc] init];
   queue->_state = std::make_shared<QueueState>();
+  queue->_state->label = label;
+  queue->_state->isHeld = mac().holdsQueues;
   {
     const std::lock_guard lock(threads().mutex);
     ++threads().running;
+    queues().push_back(queue->_state);
   }
   std::thread(runItems, queue->_state).detach();
   return queue;
@@ -128,24 +158,45 @@ dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t 
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
   const auto state = static_cast<FakeQueue*>(queue)->_state;
   const std::lock_guard lock(state->mutex);
-  state->items.push_back({context, work});
+  const int number = ++state->handedOver;
+  mac().note("dispatch_async_f(" + state->label + ", item " + std::to_string(number) + ")");
+  state->items.push_back({number, context, work});
   state->changed.notify_all();
 }
 
 /// On the caller's thread, as the system does where it can.
 void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
   const auto state = static_cast<FakeQueue*>(queue)->_state;
+  const std::string call = "dispatch_sync_f(" + state->label + ")";
+  mac().note(call + " begins");
   std::unique_lock lock(state->mutex);
-  state->changed.wait(lock, [&] { return !state->isBusy && state->items.empty(); });
+  waitUntilIdle(*state, lock);
   state->isBusy = true;
   lock.unlock();
   work(context);
+  mac().note(call + " ends");
   lock.lock();
   state->isBusy = false;
   state->changed.notify_all();
 }
 
 namespace audrel::fakemac {
+
+void runQueues() {
+  std::vector<std::shared_ptr<QueueState>> made;
+  {
+    const std::lock_guard lock(threads().mutex);
+    for (const auto& queue : queues()) {
+      if (const auto state = queue.lock()) {
+        made.push_back(state);
+      }
+    }
+  }
+  for (const auto& queue : made) {
+    std::unique_lock lock(queue->mutex);
+    waitUntilIdle(*queue, lock);
+  }
+}
 
 void waitForQueues() {
   std::unique_lock lock(threads().mutex);
@@ -218,6 +269,7 @@ void deliverSignal(unsigned long number) {
 @end
 
 os_log_t os_log_create(const char* subsystem, const char* category) {
+  mac().note(std::string("os_log_create(\"") + subsystem + "\", \"" + category + "\")");
   FakeLog* log = [[FakeLog alloc] init];
   log->_name = std::string(subsystem) + " [" + category + "]";
   return log;
