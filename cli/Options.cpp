@@ -173,11 +173,15 @@ class Parser {
   const char* recordingOption_ = nullptr;  ///< the last that only recording takes
 };
 
-/// What `getopt_long` stumbled over: `optopt` tells a known option from an unknown one.
-UsageError unknownOption(const char* word) {
+/// What `getopt_long` stumbled over: `optopt` tells a known option from an unknown one. For a value
+/// that an option does not take, C libraries differ in what they return.
+UsageError misusedOption(int flag, const char* word) {
   const auto known = std::ranges::find(longOptions, optopt, &option::val);
-  if (optopt != 0 && known != longOptions.end()) {
+  if (optopt != 0 && known != longOptions.end() && known->has_arg == no_argument) {
     return {std::string("--") + known->name + " takes no value: leave out what follows the \"=\"."};
+  }
+  if (flag == ':') {
+    return {inQuotes(word) + " needs a value." + seeHelp};
   }
   if (optopt != 0) {
     return {inQuotes(std::string("-") + static_cast<char>(optopt)) + " is no option." + seeHelp};
@@ -199,11 +203,8 @@ Options parse(std::vector<char*> arguments) {
       break;
     }
     const char* const word = arguments[static_cast<std::size_t>(std::max(optind - 1, 0))];
-    if (flag == ':') {
-      throw UsageError{inQuotes(word) + " needs a value." + seeHelp};
-    }
-    if (flag == '?') {
-      throw unknownOption(word);
+    if (flag == ':' || flag == '?') {
+      throw misusedOption(flag, word);
     }
     parser.take(flag, optarg);
   }

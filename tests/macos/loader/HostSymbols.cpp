@@ -1,6 +1,7 @@
 #include "tests/macos/loader/HostSymbols.h"
 
 #include <dlfcn.h>
+#include <getopt.h>
 
 #include <cerrno>
 #include <cmath>
@@ -49,6 +50,18 @@ int actOnSignal(int number, const SignalAction* action, SignalAction* previous) 
   return result;
 }
 
+/// Says of a value that an option does not take what it says of one that is missing.
+int nextOption(int count, char** arguments, const char* shortOptions, const option* longOptions,
+               int* index) {
+  const int flag = getopt_long(count, arguments, shortOptions, longOptions, index);
+  for (const option* known = longOptions; known->name != nullptr; ++known) {
+    if (flag == '?' && known->val == optopt) {
+      return ':';
+    }
+  }
+  return flag;
+}
+
 long long now() {
   return scriptedTime;
 }
@@ -69,6 +82,7 @@ void* hostSymbol(const std::string& name) {
       {"__error", reinterpret_cast<void*>(&__errno_location)},
       {"__exp10", reinterpret_cast<void*>(static_cast<double (*)(double)>(&exp10))},
       {"__stack_chk_guard", &stackGuard},
+      {"getopt_long", reinterpret_cast<void*>(&nextOption)},
       {"sigaction", reinterpret_cast<void*>(&actOnSignal)},
       {"sigemptyset", reinterpret_cast<void*>(&emptySignalSet)},
       {"_ZNSt3__16chrono12system_clock3nowEv", reinterpret_cast<void*>(&now)},

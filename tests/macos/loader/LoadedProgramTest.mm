@@ -104,6 +104,14 @@ TEST_F(LoadedProgramTest, refusesAnUnknownOptionOnTheCommandLine) {
               testing::ExitedWithCode(2), "'--unknown' is no option");
 }
 
+// On macOS the option parser of the C library says it in another way.
+TEST_F(LoadedProgramTest, tellsAValueThatIsNotTakenFromOneThatIsMissing) {
+  EXPECT_EXIT(runInThisProcess(commandLine(), {"audrel-record", "--json=1"}),
+              testing::ExitedWithCode(2), "--json takes no value");
+  EXPECT_EXIT(runInThisProcess(commandLine(), {"audrel-record", "--app"}),
+              testing::ExitedWithCode(2), "'--app' needs a value");
+}
+
 // The loader itself.
 
 std::string refusal(const std::filesystem::path& file, const macho::Image::Resolve& resolve) {
