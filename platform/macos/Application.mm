@@ -38,6 +38,8 @@
 namespace audrel::macos {
 
 struct Application::Delegate {
+  explicit Delegate(AudrelApplicationDelegate* kept) : object(kept) {}
+
   AudrelApplicationDelegate* object;
 };
 

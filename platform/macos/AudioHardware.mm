@@ -13,6 +13,8 @@
 /// `cycles` orders the memory of the threads, without leaning on what Core Audio does inside: start
 /// releases and the IO thread acquires, the IO thread releases and the removal acquires.
 struct CA::InstalledIOProc {
+  InstalledIOProc(CA::AudioDeviceIOProc called, void* with) : procedure(called), clientData(with) {}
+
   CA::AudioDeviceIOProc procedure;
   void* clientData;
   ::AudioDeviceIOProcID systemID = nullptr;
