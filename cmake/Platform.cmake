@@ -3,7 +3,6 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   set(AUDREL_PLATFORM linux)
 elseif(CMAKE_SYSTEM_NAME STREQUAL "Darwin")
   set(AUDREL_PLATFORM macos)
-  set(CMAKE_OSX_DEPLOYMENT_TARGET 14.2 CACHE STRING "The oldest macOS that has process taps")
   include(cmake/ObjectiveC.cmake)
 else()
   message(FATAL_ERROR

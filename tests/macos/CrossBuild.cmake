@@ -13,7 +13,8 @@ add_custom_target(macos_sdk DEPENDS "${sdk}.stamp")
 
 # macos_build(arch): target macos_<arch>, which leaves the programs, as they are with and without the
 # updater, in sparkle/<arch>/ and plain/<arch>/. One folder is built for both, since they differ in
-# one file.
+# one file. The oldest system is the project's own word: the toolchain says none, and tools/sw_vers
+# says a newer one, as a developer's Mac does.
 function(macos_build arch)
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/${arch}")
   set(commands)
@@ -23,7 +24,8 @@ function(macos_build arch)
       set(sparkle "${sdk}/Library/Frameworks")
     endif()
     list(APPEND commands
-      COMMAND ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
+      COMMAND ${CMAKE_COMMAND} -E env "PATH=${CMAKE_CURRENT_SOURCE_DIR}/tools:$ENV{PATH}"
+        ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
         --toolchain "${CMAKE_CURRENT_SOURCE_DIR}/toolchain.cmake" --log-level=WARNING -Wno-dev
         -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} -DAUDREL_SPARKLE=${sparkle}
         -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF
