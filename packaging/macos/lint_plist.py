@@ -24,6 +24,7 @@ REQUIRED = {
     "LSMinimumSystemVersion": str,
     "LSUIElement": bool,
     "NSAudioCaptureUsageDescription": str,
+    "NSDownloadsFolderUsageDescription": str,
     "NSHighResolutionCapable": bool,
     "NSPrincipalClass": str,
 }
