@@ -23,8 +23,8 @@ target_compile_options(macos_runtime PRIVATE -Wno-pedantic -Wno-old-style-cast
 
 add_library(macos_frameworks OBJECT
   frameworks/FakeAVFAudio.mm frameworks/FakeAppKit.mm frameworks/FakeCoreAudio.mm
-  frameworks/FakeFoundation.mm frameworks/FakeMac.cpp frameworks/FakeSparkle.mm
-  frameworks/FakeSystem.mm)
+  frameworks/FakeFoundation.mm frameworks/FakeGraphics.mm frameworks/FakeMac.cpp
+  frameworks/FakeSparkle.mm frameworks/FakeSystem.mm)
 target_link_libraries(macos_frameworks PUBLIC audrel_options macos_abi)
 # They implement a part of what is declared, and trust the declarations where theirs differ.
 target_compile_options(macos_frameworks PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-w>")
@@ -54,8 +54,12 @@ macos_test(macos_adapters_test
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)
-macos_test(macos_transcripts_test SOURCES execution/EngineTranscriptTest.mm
-  LINKS audrel_engine audrel_fakes)
+macos_test(macos_transcripts_test
+  SOURCES
+    execution/EngineTranscriptTest.mm
+    execution/SessionTranscriptTest.mm
+    "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm"
+  LINKS audrel_app audrel_fakes)
 target_compile_definitions(macos_transcripts_test PRIVATE AUDREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 
 # The programs as they were linked for macOS, on the same runtime and frameworks, which they find as

@@ -10,9 +10,9 @@
 
 #include "engine/RecordingEngine.h"
 #include "model/RecorderError.h"
-#include "platform/NativePlatform.h"
 #include "tests/fakes/Transcript.h"
 #include "tests/macos/execution/MacTest.h"
+#include "tests/macos/execution/SteppedPlatform.h"
 
 namespace audrel::macos {
 namespace {
@@ -21,14 +21,6 @@ using Arrangement = std::function<void(fakemac::Mac&)>;
 
 constexpr CA::OSStatus badProperty = 560947818;   // '!obj'
 constexpr CA::OSStatus unspecified = 1852797029;  // 'nope'
-
-/// Shows the time that it is given: the elapsed time stands in the log.
-class SteppedClock final : public NS::Clock {
- public:
-  NS::Date now() override { return date; }
-
-  NS::Date date;
-};
 
 std::string called(const RecordingSource& source) {
   const auto* process = source.asProcess();
@@ -112,24 +104,9 @@ class ToldEngine {
     }
   }
 
-  Platform platform() {
-    const Platform native = native_->interfaces();
-    return {.audioHardware = native.audioHardware,
-            .audioFramework = native.audioFramework,
-            .captureAccess = native.captureAccess,
-            .clock = clock_,
-            .collation = native.collation,
-            .fileManager = native.fileManager,
-            .runningApplications = native.runningApplications,
-            .uuids = native.uuids,
-            .dispatch = native.dispatch,
-            .log = native.log,
-            .diagnostics = native.diagnostics};
-  }
-
   SteppedClock clock_;
-  const std::unique_ptr<NativePlatform> native_ = NativePlatform::make();
-  const std::shared_ptr<RecordingEngine> engine_ = RecordingEngine::make(platform());
+  SteppedPlatform platform_{clock_};
+  const std::shared_ptr<RecordingEngine> engine_ = RecordingEngine::make(platform_.interfaces());
   std::string story_;
 };
 

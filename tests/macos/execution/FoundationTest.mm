@@ -78,7 +78,7 @@ TEST_F(FoundationTest, aTimerFiresUntilItIsInvalidatedAndThenFreesItsBlock) {
   auto held = std::make_shared<int>(0);
   const std::weak_ptr<int> weak = held;
   auto timer = RunLoop().scheduleRepeatingTimer(1.0, [held = std::move(held)] { ++*held; });
-  EXPECT_EQ(journal(), (Lines{"NSTimer every 1.000000 s"}));
+  EXPECT_EQ(journal(), (Lines{"NSTimer every 1.000000 s -> timer 1"}));
   fireTimers();
   fireTimers();
   EXPECT_EQ(*weak.lock(), 2);

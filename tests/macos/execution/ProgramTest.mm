@@ -5,103 +5,12 @@
 #include <csignal>
 #include <functional>
 
-#include "app/RunApplication.h"
-#include "platform/CoreGraphics.h"
-#include "platform/Foundation.h"
-#include "platform/NativePlatform.h"
-#include "tests/fakes/ScopedVariable.h"
-#include "tests/fakes/Transcript.h"
-#include "tests/macos/execution/MacTest.h"
+#include "tests/macos/execution/MacProgramTest.h"
 
 namespace audrel::macos {
 namespace {
 
-using Bytes = std::vector<std::byte>;
-
-/// The system's own cannot be asked for an hour.
-class SteppedClock final : public NS::Clock {
- public:
-  NS::Date now() override { return date; }
-
-  NS::Date date = std::chrono::sys_days(std::chrono::year(2026) / 1 / 31);
-};
-
-class ProgramTest : public MacTest {
- protected:
-  ProgramTest() {
-    mac().processes = {{70, 700, "org.example.radio"}, {71, 710, ""}};
-    mac().applications = {{700, "Web Radio"}, {710, "game"}};
-  }
-
-  /// `happens` while the event loop runs.
-  void run(const std::function<void()>& happens) {
-    mac().whileRunning = happens;
-    const auto native = NativePlatform::make();
-    Platform platform = native->interfaces();
-    const Platform stepped = {.audioHardware = platform.audioHardware,
-                              .audioFramework = platform.audioFramework,
-                              .captureAccess = platform.captureAccess,
-                              .clock = clock,
-                              .collation = platform.collation,
-                              .fileManager = platform.fileManager,
-                              .runningApplications = platform.runningApplications,
-                              .uuids = platform.uuids,
-                              .dispatch = platform.dispatch,
-                              .log = platform.log,
-                              .diagnostics = platform.diagnostics};
-    const auto desktop = native->desktop();
-    ASSERT_TRUE(desktop.has_value());
-    EXPECT_EQ(runApplication(stepped, *desktop), 0);
-    @autoreleasepool {
-      NSApplication.sharedApplication.delegate = nil;
-    }
-    mac().whileRunning = nullptr;
-  }
-
-  static void open() {
-    @autoreleasepool {
-      fakemac::openMenu();
-    }
-  }
-
-  static std::string menu() {
-    @autoreleasepool {
-      return fakemac::shown(fakemac::statusItem().menu);
-    }
-  }
-
-  static std::string menuBar() {
-    @autoreleasepool {
-      return fakemac::shownInMenuBar();
-    }
-  }
-
-  static void choose(const std::string& title) {
-    @autoreleasepool {
-      NSMenuItem* item = fakemac::itemNamed(fakemac::statusItem().menu, title);
-      ASSERT_NE(item, nil) << title;
-      fakemac::choose(item);
-    }
-  }
-
-  void tick(std::chrono::seconds after) {
-    clock.date += after;
-    fireTimers();
-  }
-
-  /// Names of files tell the local time.
-  fakes::ScopedVariable utc{"TZ", "UTC0"};
-  SteppedClock clock;
-};
-
-/// `size` bytes that count up from `first`.
-Bytes counting(std::size_t size, int first = 0) {
-  Bytes bytes(size);
-  for (std::size_t i = 0; i < size; ++i) {
-    bytes[i] = static_cast<std::byte>(static_cast<std::size_t>(first) + i);
-  }
-  return bytes;
-}
+class ProgramTest : public MacProgramTest {};
 
 TEST_F(ProgramTest, launchesWithItsItemInTheMenuBarAndAsksForThePermission) {
   run([] {
@@ -193,7 +102,8 @@ TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
                 "\"AVLinearPCMIsBigEndianKey\": false, \"AVLinearPCMIsFloatKey\": false, "
                 "\"AVLinearPCMIsNonInterleaved\": false, \"AVNumberOfChannelsKey\": 2, "
                 "\"AVSampleRateKey\": 48000.0]",
-            "NSUserDefaults lastRecordingPath = \"" + path + "\"", "NSTimer every 1.000000 s"}));
+            "NSUserDefaults lastRecordingPath = \"" + path + "\"",
+            "NSTimer every 1.000000 s -> timer 1"}));
     EXPECT_EQ(menuBar().find("waveform.circle.fill at 14 pt, weight 0 in 17 x 15, filled red with "
                              "operation 5 in 17 x 15, title \" 00:00\""),
               0U)
@@ -219,7 +129,7 @@ TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
             "AudioHardwareDestroyProcessTap(101) -> 0",
             "log io.github.audrel.Audrel [engine] info: Recording stopped — elapsed=7.0s "
             "underruns=0",
-            "NSTimer invalidated"}));
+            "timer 1 invalidated"}));
     EXPECT_EQ(fakemac::hardwareObjects(), 0U);
     EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{512}));
     EXPECT_EQ(mac().files.front().bytes, counting(4096));
@@ -478,50 +388,6 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
       EXPECT_EQ(fakemac::hardwareObjects(), failing.left);
     });
   }
-}
-
-// The counterpart of docs/transcripts/app-session.txt, by frameworks of another make.
-TEST_F(ProgramTest, tellsTheStoryOfASessionThatIsInTheTree) {
-  mac().holdsQueues = true;
-  std::string story = "A session on macOS, as the executed adapters asked it of the frameworks.\n";
-  const auto tell = [&story](const std::string& what) {
-    story += "\n" + what + "\n";
-    for (const std::string& line : journal()) {
-      story += "    " + line + "\n";
-    }
-  };
-  run([&] {
-    tell("launch");
-    story += "\nthe menu bar shows\n    " + menuBar() + "\n";
-    open();
-    tell("the menu opens");
-    story += "\nthe menu\n" + menu();
-    choose("Web Radio");
-    tell("\"Web Radio\" is chosen");
-    choose("WAV (48 kHz / 16-bit)");
-    tell("\"WAV (48 kHz / 16-bit)\" is chosen");
-    choose("Start Recording");
-    tell("\"Start Recording\" is chosen");
-    story += "\nthe menu bar shows\n    " + menuBar() + "\n";
-    fakemac::deliver({counting(4096)});
-    tick(std::chrono::seconds(3600));
-    tell("3600 s later");
-    open();
-    tell("the menu opens");
-    story += "\nthe menu\n" + menu();
-    choose("Stop Recording");
-    tell("\"Stop Recording\" is chosen");
-    choose("Reveal Last Recording in Finder");
-    tell("\"Reveal Last Recording in Finder\" is chosen");
-    choose("About Audrel…");
-    tell("\"About Audrel…\" is chosen, and its first button");
-    mac().failing["AudioDeviceStart"] = -50;
-    choose("Start Recording");
-    tell("\"Start Recording\" is chosen, and the device does not start");
-  });
-  tell("the event loop has ended");
-  const auto difference = fakes::differenceFromTranscript("macos-session", story);
-  EXPECT_EQ(difference, std::nullopt) << *difference;
 }
 
 }  // namespace

@@ -4,20 +4,24 @@
 #include <cstdlib>
 
 #include "tests/macos/frameworks/FakeFoundation.h"
+#include "tests/macos/frameworks/FakeGraphics.h"
 #include "tests/macos/frameworks/FakeMac.h"
 
 using audrel::fakemac::mac;
+using audrel::fakemac::number;
 using audrel::fakemac::text;
 
 extern "C" void objc_msgSend();
 
-const NSFontWeight NSFontWeightRegular = 0;
+namespace audrel::fakemac {
 
-static std::string number(double value) {
-  char digits[32];
-  std::snprintf(digits, sizeof digits, "%g", value);
-  return digits;
-}
+/// As the journal calls it.
+static std::string nameOf(NSMenu* menu);
+
+/// An item with all that it has.
+static std::string whole(NSMenuItem* item);
+
+}  // namespace audrel::fakemac
 
 @implementation NSResponder
 @end
@@ -26,9 +30,31 @@ static std::string number(double value) {
 @end
 
 @implementation NSControl
+
+- (void)setFont:(NSFont*)font {
+  _font = font;
+  mac().noteDetail("button.font = " + audrel::fakemac::nameOf(font));
+}
+
 @end
 
 @implementation NSButton
+
+- (void)setTitle:(NSString*)title {
+  _title = title;
+  mac().noteDetail("button.title = " + audrel::fakemac::described(title));
+}
+
+- (void)setImage:(NSImage*)image {
+  _image = image;
+  mac().noteDetail("button.image = " + audrel::fakemac::nameOf(image));
+}
+
+- (void)setImagePosition:(NSCellImagePosition)position {
+  _imagePosition = position;
+  mac().noteDetail("button.imagePosition = " + std::to_string(position));
+}
+
 @end
 
 @implementation NSStatusBarButton
@@ -44,6 +70,11 @@ static __weak NSStatusItem* itemInMenuBar;
 
 - (NSStatusBarButton*)button {
   return _made;
+}
+
+- (void)setMenu:(NSMenu*)menu {
+  _menu = menu;
+  mac().noteDetail("statusItem.menu = " + audrel::fakemac::nameOf(menu));
 }
 
 @end
@@ -74,15 +105,29 @@ static __weak NSStatusItem* itemInMenuBar;
 @implementation NSMenu {
  @public
   std::vector<NSMenuItem*> _items;
+  std::string _name;
 }
 
 - (instancetype)initWithTitle:(NSString*)title {
-  self.autoenablesItems = YES;
+  _autoenablesItems = YES;
+  _name = "menu " + std::to_string(++mac().menus);
+  mac().noteDetail("NSMenu.initWithTitle: " + audrel::fakemac::described(title) + " -> " + _name);
   return self;
+}
+
+- (void)setAutoenablesItems:(BOOL)autoenables {
+  _autoenablesItems = autoenables;
+  mac().noteDetail(_name + ".autoenablesItems = " + (autoenables ? "true" : "false"));
+}
+
+- (void)setDelegate:(id<NSMenuDelegate>)delegate {
+  _delegate = delegate;
+  mac().noteDetail(_name + ".delegate = " + (delegate == self ? "itself" : "another object"));
 }
 
 - (void)addItem:(NSMenuItem*)item {
   _items.push_back(item);
+  mac().noteDetail(_name + ".addItem: " + audrel::fakemac::whole(item));
 }
 
 @end
@@ -91,10 +136,13 @@ static __weak NSStatusItem* itemInMenuBar;
  @public
   std::string _title;
   std::string _key;
+  BOOL _isSeparator;
 }
 
 + (NSMenuItem*)separatorItem {
-  return [[self alloc] initWithTitle:@"---" action:nullptr keyEquivalent:@""];
+  NSMenuItem* item = [[self alloc] initWithTitle:@"---" action:nullptr keyEquivalent:@""];
+  item->_isSeparator = YES;
+  return item;
 }
 
 - (instancetype)initWithTitle:(NSString*)title
@@ -108,125 +156,6 @@ static __weak NSStatusItem* itemInMenuBar;
 }
 
 @end
-
-@implementation NSColor {
- @public
-  std::string _name;
-}
-
-/// What `set` made current.
-static std::string currentColor;
-
-+ (NSColor*)systemRedColor {
-  NSColor* color = [[NSColor alloc] init];
-  color->_name = "red";
-  return color;
-}
-
-+ (NSColor*)systemOrangeColor {
-  NSColor* color = [[NSColor alloc] init];
-  color->_name = "orange";
-  return color;
-}
-
-- (void)set {
-  currentColor = _name;
-}
-
-@end
-
-@implementation NSFont {
- @public
-  std::string _name;
-}
-
-+ (NSFont*)monospacedDigitSystemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight {
-  NSFont* font = [[NSFont alloc] init];
-  font->_name = "monospaced digits, " + number(size) + " pt, weight " + number(weight);
-  return font;
-}
-
-@end
-
-@implementation NSImageSymbolConfiguration {
- @public
-  std::string _name;
-}
-
-+ (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight {
-  NSImageSymbolConfiguration* configuration = [[NSImageSymbolConfiguration alloc] init];
-  configuration->_name = number(pointSize) + " pt, weight " + number(weight);
-  return configuration;
-}
-
-@end
-
-static NSImage* focused;
-
-@implementation NSImage {
- @public
-  std::string _content;
-  NSSize _size;
-  BOOL _isTemplate;
-}
-@dynamic size;
-
-+ (instancetype)imageWithSystemSymbolName:(NSString*)name
-                 accessibilityDescription:(NSString*)description {
-  if (!mac().symbols.contains(text(name))) {
-    return nil;
-  }
-  NSImage* image = [[NSImage alloc] initWithSize:NSSize{17, 15}];
-  image->_content = text(name);
-  return image;
-}
-
-- (instancetype)initWithSize:(NSSize)size {
-  _size = size;
-  return self;
-}
-
-- (NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration {
-  NSImage* image = [[NSImage alloc] initWithSize:_size];
-  image->_content = _content + " at " + configuration->_name;
-  return image;
-}
-
-- (NSSize)size {
-  return _size;
-}
-
-- (void)setSize:(NSSize)size {
-  _size = size;
-}
-
-- (BOOL)isTemplate {
-  return _isTemplate;
-}
-
-- (void)setTemplate:(BOOL)isTemplate {
-  _isTemplate = isTemplate;
-}
-
-- (void)lockFocus {
-  focused = self;
-}
-
-- (void)unlockFocus {
-  focused = nil;
-}
-
-- (void)drawInRect:(NSRect)rect {
-  focused->_content +=
-      _content + " in " + number(rect.size.width) + " x " + number(rect.size.height);
-}
-
-@end
-
-void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
-  focused->_content += ", filled " + currentColor + " with operation " + std::to_string(operation) +
-                       " in " + number(rect.size.width) + " x " + number(rect.size.height);
-}
 
 @implementation NSAlert {
   audrel::fakemac::Alert _shown;
@@ -279,6 +208,7 @@ void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
 }
 
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
+  mac().noteDetail("NSRunningApplication(" + std::to_string(pid) + ")");
   const auto found = mac().applications.find(pid);
   if (found == mac().applications.end()) {
     return nil;
@@ -309,6 +239,12 @@ void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
   return YES;
 }
 
+- (void)setDelegate:(id<NSApplicationDelegate>)delegate {
+  _delegate = delegate;
+  mac().noteDetail(std::string("NSApplication.delegate = ") +
+                   (delegate == nil ? "nil" : "an object"));
+}
+
 - (void)run {
   mac().note("NSApplication.run");
   NSNotification* notification = [[NSNotification alloc] init];
@@ -318,10 +254,13 @@ void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
   }
 }
 
-/// As the real one, it ends the process. What happened goes to standard error.
+/// As the real one, it ends the process. What is left in the journal goes to standard error.
 - (void)terminate:(id)sender {
   mac().note("NSApplication.terminate:");
   [self.delegate applicationWillTerminate:[[NSNotification alloc] init]];
+  if (mac().whenTerminated) {
+    mac().whenTerminated();
+  }
   for (const std::string& line : mac().takeJournal()) {
     std::fprintf(stderr, "%s\n", line.c_str());
   }
@@ -331,6 +270,22 @@ void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
 @end
 
 namespace audrel::fakemac {
+
+static std::string nameOf(NSMenu* menu) {
+  return menu == nil ? "nil" : menu->_name;
+}
+
+static std::string whole(NSMenuItem* item) {
+  if (item->_isSeparator) {
+    return "separator";
+  }
+  return "\"" + item->_title + "\", key \"" + item->_key + "\", " +
+         (item.action == nullptr ? "no action" : sel_getName(item.action)) +
+         (item.target == nil ? ", no target" : ", target") +
+         (item.isEnabled ? ", enabled" : ", disabled") +
+         (item.state == NSControlStateValueOn ? ", on" : ", off") +
+         (item.submenu == nil ? "" : ", submenu " + nameOf(item.submenu));
+}
 
 std::vector<NSMenuItem*> itemsOf(NSMenu* menu) {
   return menu->_items;
@@ -376,6 +331,7 @@ std::string shown(NSMenu* menu) {
 NSMenu* openMenu() {
   @autoreleasepool {
     NSMenu* menu = statusItem().menu;
+    mac().noteDetail("the user opens " + nameOf(menu));
     [menu.delegate menuWillOpen:menu];
     return menu;
   }
@@ -392,6 +348,7 @@ void choose(NSMenuItem* item) {
       mac().note("an item without target was chosen");
       return;
     }
+    mac().noteDetail("the user chooses \"" + item->_title + "\"");
     reinterpret_cast<void (*)(id, SEL, id)> (&objc_msgSend)(target, item.action, item);
   }
 }
@@ -402,16 +359,13 @@ NSStatusItem* statusItem() {
 
 std::string shownInMenuBar() {
   NSStatusBarButton* button = statusItem().button;
-  NSImage* image = button.image;
-  return (image == nil ? "no image" : image->_content + (image.isTemplate ? ", template" : "")) +
-         ", title " + fakemac::described(button.title) + ", image position " +
+  return shown(button.image) + ", title " + described(button.title) + ", image position " +
          std::to_string(button.imagePosition) + ", " +
-         (button.font == nil ? "no font" : button.font->_name);
+         (button.font == nil ? "no font" : nameOf(button.font));
 }
 
 void resetAppKit() {
-  focused = nil;
-  currentColor.clear();
+  resetGraphics();
 }
 
 }  // namespace audrel::fakemac

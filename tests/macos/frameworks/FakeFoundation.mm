@@ -336,11 +336,16 @@ static NSString* made(const std::string& text) {
                                                    isDirectory:YES
                                                  relativeToURL:nil]];
   }
+  mac().noteDetail("NSFileManager.URLsForDirectory: " + std::to_string(directory) + " inDomains: " +
+                   std::to_string(domains) + " -> \"" + mac().downloads.value_or("") + "\"");
   return urls;
 }
 
 - (BOOL)fileExistsAtPath:(NSString*)path {
-  return mac().existing.contains(path.UTF8String);
+  const bool exists = mac().existing.contains(path.UTF8String);
+  mac().noteDetail("NSFileManager.fileExistsAtPath: " + audrel::fakemac::described(path) + " -> " +
+                   (exists ? "true" : "false"));
+  return exists;
 }
 
 - (NSString*)stringWithFileSystemRepresentation:(const char*)path length:(NSUInteger)length {
@@ -357,7 +362,10 @@ static NSString* made(const std::string& text) {
 
 - (NSString*)stringForKey:(NSString*)key {
   const auto found = mac().defaults.find(key.UTF8String);
-  return found == mac().defaults.end() ? nil : made(found->second);
+  NSString* value = found == mac().defaults.end() ? nil : made(found->second);
+  mac().noteDetail("NSUserDefaults " + audrel::fakemac::text(key) + " -> " +
+                   audrel::fakemac::described(value));
+  return value;
 }
 
 - (void)setObject:(id)value forKey:(NSString*)key {
@@ -382,20 +390,23 @@ static std::vector<NSTimer*>& timers() {
 @implementation NSTimer {
  @public
   void (^_block)(NSTimer*);
+  std::string _name;
 }
 
 + (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)interval
                                    repeats:(BOOL)repeats
                                      block:(void (^)(NSTimer* timer))block {
-  mac().note("NSTimer every " + std::to_string(interval) + " s" + (repeats ? "" : ", once"));
   NSTimer* timer = [[NSTimer alloc] init];
+  timer->_name = "timer " + std::to_string(++mac().timers);
+  mac().note("NSTimer every " + std::to_string(interval) + " s" + (repeats ? "" : ", once") +
+             " -> " + timer->_name);
   timer->_block = block;
   timers().push_back(timer);
   return timer;
 }
 
 - (void)invalidate {
-  mac().note("NSTimer invalidated");
+  mac().note(_name + " invalidated");
   _block = nil;
   std::erase_if(timers(), [=](NSTimer* timer) { return timer == self; });
 }
@@ -410,6 +421,7 @@ void fireTimers() {
   for (NSTimer* timer : scheduled) {
     @autoreleasepool {
       if (void (^block)(NSTimer*) = timer->_block) {
+        mac().note(timer->_name + " fires");
         block(timer);
       }
     }

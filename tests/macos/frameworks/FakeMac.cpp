@@ -18,6 +18,12 @@ void Mac::note(const std::string& line) {
   journal_.push_back(line);
 }
 
+void Mac::noteDetail(const std::string& line) {
+  if (tellsAll) {
+    note(line);
+  }
+}
+
 std::vector<std::string> Mac::takeJournal() {
   const std::lock_guard lock(mutex_);
   return std::exchange(journal_, {});

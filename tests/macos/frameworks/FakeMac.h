@@ -49,6 +49,9 @@ class Mac {
   /// Any thread.
   void note(const std::string& line);
 
+  /// While it tells all.
+  void noteDetail(const std::string& line);
+
   /// What was noted since the last call.
   std::vector<std::string> takeJournal();
 
@@ -84,8 +87,15 @@ class Mac {
   /// the order in the journal is then the same each time.
   bool holdsQueues = false;
 
-  /// That were made.
+  /// Has what only shows, and what is only read, noted too: menus, images, the menu bar, user
+  /// defaults, files, applications.
+  bool tellsAll = false;
+
+  /// How many were made.
   std::uint32_t uuids = 0;
+  std::uint32_t timers = 0;
+  std::uint32_t menus = 0;
+  std::uint32_t images = 0;
 
   std::map<std::string, std::string> defaults;
   std::optional<std::string> downloads = "/Users/test/Downloads";
@@ -99,6 +109,9 @@ class Mac {
 
   /// While the application's event loop runs, which returns afterwards.
   std::function<void()> whileRunning;
+
+  /// Before the application's end ends the process. Without it the journal goes to standard error.
+  std::function<void()> whenTerminated;
 
  private:
   std::mutex mutex_;
