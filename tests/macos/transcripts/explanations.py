@@ -131,7 +131,9 @@ EXPLANATIONS = [
     Explanation(
         "close",
         "The interface's journal tells the name of a file that is closed, that of macOS its path.",
-        ((r"^file closed: (new\.\w+)$", r"AVAudioFile closed: /recordings/\1"),)),
+        ((r"^file closed: (new\.\w+)$", r"AVAudioFile closed: /recordings/\1"),
+         (r"^file closed: (audio-[\w-]+\.\w+)$",
+          r"AVAudioFile closed: /Users/test/Downloads/\1"))),
     Explanation(
         "clock",
         "The clock of macOS is the C++ library's and asks no framework. That it was read at the "
@@ -143,4 +145,100 @@ EXPLANATIONS = [
         "the same code on macOS, and no framework sees it.",
         only_interface=r"the engine's (tap|aggregate device): \d+|"
                        r"the engine keeps a (writer format|stream description): (yes|no)"),
+    Explanation(
+        "size before",
+        "The interface's journal tells what the caller's size was before it was asked for.",
+        ((r"^(AudioObjectGetPropertyDataSize\(.*, no qualifier), from 0\)", r"\1)"),)),
+    Explanation(
+        "application",
+        "The interface's application is NSApplication.",
+        ((r"^application\.setActivationPolicy\((\d)\)$", r"NSApplication.setActivationPolicy: \1"),
+         (r"^application\.run\(\) begins$", "NSApplication.run"),
+         (r"^application\.terminate\(\)$", "NSApplication.terminate:"))),
+    Explanation(
+        "end",
+        "On macOS `terminate:` ends the process, and `run` does not return.",
+        only_interface=r"application\.run\(\) ends"),
+    Explanation(
+        "delegate",
+        "Delegates on macOS are objects of Objective-C. The application's is one of the adapter's; a "
+        "menu is its own, and passes on that it opens.",
+        ((r"^application\.delegate = delegate$", "NSApplication.delegate = an object"),
+         (r"^(menu \d+)\.delegate = delegate$", r"\1.delegate = itself"))),
+    Explanation(
+        "menu bar",
+        "The status item and its font are asked for by the methods of AppKit.",
+        ((r"^statusItem\(withLength -1\)$", "statusItemWithLength: -1"),
+         (r"^button\.font = monospacedDigitSystemFont\(size 12, weight 0\)$",
+          "button.font = monospaced digits, 12 pt, weight 0"))),
+    Explanation(
+        "menu",
+        "A menu is made with a title, which is empty.",
+        ((r"^NSMenu\(\) -> ", 'NSMenu.initWithTitle: "" -> '),)),
+    Explanation(
+        "item",
+        "An item is added by a method of AppKit. One without a key has an empty one there.",
+        ((r"^(menu \d+)\.addItem\((.*)\)$", r"\1.addItem: \2"),
+         (r'^(menu \d+\.addItem: "[^"]*"), no key, ', r'\1, key "", '))),
+    Explanation(
+        "represents",
+        "What an item represents is the program's own. It lies in an object of the adapter's, and "
+        "AppKit does not look into that: that the same comes back is seen in `AppKitTest`.",
+        ((r', represents process \d+ "[^"]*" ("[^"]*"|without bundle identifier)$', ""),)),
+    Explanation(
+        "image",
+        "Images are made and drawn by the methods of AppKit.",
+        ((r'^imageWithSystemSymbolName\("([\w.]+)"\) ->',
+          r"NSImage.imageWithSystemSymbolName: \1 ->"),
+         (r"^(image \d+)\.withSymbolConfiguration\(pointSize 14, weight 0\) ->",
+          r"\1.imageWithSymbolConfiguration: 14 pt, weight 0 ->"),
+         (r"^NSImage\((\d+ x \d+)\) ->", r"NSImage.initWithSize: \1 ->"),
+         (r"^(image \d+\.(?:un)?lockFocus)\(\)$", r"\1"),
+         (r"^(image \d+\.drawInRect)\((0, 0, \d+ x \d+)\)$", r"\1: \2"),
+         (r"^fillRect\((0, 0, \d+ x \d+)\) with operation 5$",
+          r"NSRectFillUsingOperation(\1, 5)"))),
+    Explanation(
+        "size of a symbol",
+        "Each system's symbols have a size of their own.",
+        ((r"^(NSImage\.initWithSize: |image \d+\.drawInRect: 0, 0, |"
+          r"NSRectFillUsingOperation\(0, 0, )18 x 16", r"\g<1>17 x 15"),)),
+    Explanation(
+        "colour",
+        "The colours are class properties of NSColor.",
+        ((r"^systemRedColor\.set\(\)$", "NSColor red is set"),
+         (r"^systemOrangeColor\.set\(\)$", "NSColor orange is set"))),
+    Explanation(
+        "updater",
+        "The updater can be given delegates, of which the interface does not know. It gets none.",
+        ((r"^(SPUStandardUpdaterController\(startingUpdater true)\)$", r"\1, no delegates)"),)),
+    Explanation(
+        "defaults",
+        "The user's defaults are NSUserDefaults.",
+        ((r'^stringForKey\("(\w+)"\) -> ', r"NSUserDefaults \1 -> "),
+         (r'^setString\((".*"), "(\w+)"\)$', r"NSUserDefaults \2 = \1"))),
+    Explanation(
+        "Downloads",
+        "The users of the two systems are not the same, nor are their folders.",
+        ((r"^/home/listener/Downloads\b", "/Users/test/Downloads"),
+         (r"(?<=\")/home/listener/Downloads\b", "/Users/test/Downloads"))),
+    Explanation(
+        "files",
+        "The folder is asked of NSFileManager by the numbers of \"Downloads\" and of \"the user's\", "
+        "and so is whether a file exists.",
+        ((r"^downloadsDirectory\(\) -> ", "NSFileManager.URLsForDirectory: 15 inDomains: 1 -> "),
+         (r"^fileExists\((\".*\")\) -> ", r"NSFileManager.fileExistsAtPath: \1 -> "))),
+    Explanation(
+        "running",
+        "A running application is found by NSRunningApplication.",
+        ((r"^runningApplication\((\d+)\)$", r"NSRunningApplication(\1)"),)),
+    Explanation(
+        "timer",
+        "A timer of the run loop is an NSTimer.",
+        ((r"^scheduleRepeatingTimer\(1 s\) -> ", "NSTimer every 1.000000 s -> "),
+         (r"^(timer \d+)\.invalidate\(\)$", r"\1 invalidated"))),
+    Explanation(
+        "Finder",
+        "Files are shown by NSWorkspace, which takes URLs.",
+        ((r'^workspace\.activateFileViewerSelecting\("([^"]*)"\)$',
+          r"NSWorkspace.activateFileViewerSelectingURLs: \1"),)),
 ]

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Puts the journals of each story side by side: what the program asked of the interfaces on tests/fakes,
-and what the adapters of macOS asked of the frameworks of tests/macos/frameworks in the same story.
+"""Puts the journals of each story side by side: what the program asked of the interfaces on
+tests/fakes, and what the adapters of macOS asked of the frameworks of tests/macos/frameworks.
 
 side_by_side.py [--update] [FOLDER]
   --update  write FOLDER/side-by-side.md; without it that file must be as it would be written
@@ -26,16 +26,16 @@ LOG = INDENT + "log "
 HEAD = """\
 # The journals side by side
 
-Each story of the engine twice: on the interfaces, as `tests/fakes` noted their calls, and on macOS, as the
-frameworks of `tests/macos/frameworks` noted what the adapters asked of them. The two journals share no code
-but the program between them. What both tell in the same words stands once. Where they differ, the line of
-the interfaces begins with `i` and that of macOS, below it, with `m`; behind it stands, in brackets, what
-explains the difference:
+A session of the whole program and each story of the engine, twice: on the interfaces, as `tests/fakes`
+noted their calls, and on macOS, as the frameworks of `tests/macos/frameworks` noted what the adapters
+asked of them. The two journals share no code but the program between them. What both tell in the same
+words stands once. Where they differ, the line of the interfaces begins with `i` and that of macOS, below
+it, with `m`; behind it stands, in brackets, what explains the difference:
 
 """
 FOOT = """
-`tests/macos/transcripts/side_by_side.py --update` writes this file, and refuses to while a line differs that
-nothing here explains.
+`tests/macos/transcripts/side_by_side.py --update` writes this file, and refuses to while a line differs
+that nothing here explains.
 """
 
 
@@ -117,19 +117,21 @@ def section(story, aligned):
 
 
 def stories(folder):
-    """Those of the engine, each told on both sides."""
+    """(story, its file of the interfaces, its file of macOS): the session, then the engine's."""
     interface = {path.stem for path in folder.glob("engine-*.txt")}
     macos = {path.stem.removeprefix("macos-") for path in folder.glob("macos-engine-*.txt")}
     for story in interface ^ macos:
         raise Unexplained(f"{story} is told on one side alone")
-    return sorted(interface)
+    return [("session", folder / "app-session.txt", folder / "macos-session.txt")] + [
+        (story, folder / f"{story}.txt", folder / f"macos-{story}.txt")
+        for story in sorted(interface)]
 
 
 def document(folder, explanations=tuple(EXPLANATIONS)):
     text = HEAD + "".join(f"- **{each.name}**: {each.reason}\n" for each in explanations) + FOOT
     needed = set()
-    for story in stories(folder):
-        aligned = pairs(story, folder / f"{story}.txt", folder / f"macos-{story}.txt",
+    for story, interface, macos in stories(folder):
+        aligned = pairs(story, interface, macos,
                         [each for each in explanations if re.fullmatch(each.stories, story)])
         needed.update(name for line, _ in aligned for name in line.explained_by)
         text += section(story, aligned)

@@ -84,6 +84,10 @@ class CopyTest(unittest.TestCase):
         self.change("macos-" + STORY, "open files: 0", "open files: 1")
         self.assert_refused("open files: 1")
 
+    def test_an_item_that_lacks_in_a_menu_is_told(self):
+        self.change("macos-session", '    menu 14.addItem: "Stop Recording"', "    NSNothing")
+        self.assert_refused('menu 14.addItem("Stop Recording"')
+
     def test_a_change_of_the_interfaces_is_told_too(self):
         self.change(STORY, "AudioDeviceStart(201", "AudioDeviceStart(202")
         self.assert_refused("of the interfaces: AudioDeviceStart(202")
