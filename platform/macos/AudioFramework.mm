@@ -22,6 +22,20 @@ static_assert(AVAudioPCMFormatInt32 ==
               static_cast<NSUInteger>(AV::AudioCommonFormat::pcmFormatInt32));
 static_assert(AV::AVAudioQualityHigh == ::AVAudioQualityHigh);
 
+/// What `call` raised; nil when nothing. The audio framework raises an exception, where it could
+/// give an error, for what it takes for a mistake of the program, and none may end a recording.
+/// Within the caller's autorelease pool, which takes the pools along that the exception leaves
+/// behind.
+template <typename Call>
+NSException* raisedBy(Call call) {
+  @try {
+    call();
+    return nil;
+  } @catch (NSException* exception) {
+    return exception;
+  }
+}
+
 class AudioFormat final : public AV::AudioFormat {
  public:
   explicit AudioFormat(AVAudioFormat* format)
@@ -63,11 +77,17 @@ class PCMBuffer final : public AV::PCMBuffer {
   std::shared_ptr<const AV::AudioFormat> format_;
 };
 
+constexpr const char* noReason = "The audio framework gave no reason.";
+
 NS::Error programError(NSError* error) {
   if (error == nil) {
-    return {"", 0, "The audio framework gave no reason."};
+    return {"", 0, noReason};
   }
   return {utf8(error.domain), error.code, utf8(error.localizedDescription)};
+}
+
+NS::Error programError(NSException* exception) {
+  return {utf8(exception.name), 0, exception.reason == nil ? noReason : utf8(exception.reason)};
 }
 
 class AudioFile final : public AV::AudioFile {
@@ -83,11 +103,15 @@ class AudioFile final : public AV::AudioFile {
 
   std::optional<NS::Error> write(AV::PCMBuffer& buffer) override {
     @autoreleasepool {
-      NSError* error = nil;
-      if ([file_ writeFromBuffer:static_cast<PCMBuffer&>(buffer).systemBuffer() error:&error]) {
+      AVAudioPCMBuffer* systemBuffer = static_cast<PCMBuffer&>(buffer).systemBuffer();
+      NSError* __autoreleasing error = nil;
+      BOOL isWritten = NO;
+      NSException* exception =
+          raisedBy([&] { isWritten = [file_ writeFromBuffer:systemBuffer error:&error]; });
+      if (isWritten) {
         return std::nullopt;
       }
-      return programError(error);
+      return exception == nil ? programError(error) : programError(exception);
     }
   }
 
@@ -140,9 +164,9 @@ NSDictionary<NSString*, id>* systemSettings(const AV::Settings& settings) {
 std::shared_ptr<const AV::AudioFormat> AudioFramework::makeFormat(
     const CA::AudioStreamBasicDescription& description) {
   @autoreleasepool {
-    AVAudioFormat* format = [[AVAudioFormat alloc]
-        initWithStreamDescription:reinterpret_cast<const ::AudioStreamBasicDescription*>(
-                                      &description)];
+    const auto* system = reinterpret_cast<const ::AudioStreamBasicDescription*>(&description);
+    AVAudioFormat* format = nil;
+    raisedBy([&] { format = [[AVAudioFormat alloc] initWithStreamDescription:system]; });
     return format == nil ? nullptr : std::make_shared<AudioFormat>(format);
   }
 }
@@ -150,9 +174,12 @@ std::shared_ptr<const AV::AudioFormat> AudioFramework::makeFormat(
 std::unique_ptr<AV::PCMBuffer> AudioFramework::makePCMBuffer(
     const std::shared_ptr<const AV::AudioFormat>& format, std::uint32_t frameCapacity) noexcept {
   @autoreleasepool {
-    AVAudioPCMBuffer* buffer = [[AVAudioPCMBuffer alloc]
-        initWithPCMFormat:static_cast<const AudioFormat&>(*format).systemFormat()
-            frameCapacity:frameCapacity];
+    AVAudioFormat* systemFormat = static_cast<const AudioFormat&>(*format).systemFormat();
+    AVAudioPCMBuffer* buffer = nil;
+    raisedBy([&] {
+      buffer = [[AVAudioPCMBuffer alloc] initWithPCMFormat:systemFormat
+                                             frameCapacity:frameCapacity];
+    });
     if (buffer == nil) {
       return nullptr;
     }
@@ -165,15 +192,17 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
                                                               AV::AudioCommonFormat commonFormat,
                                                               bool interleaved, NS::Error* error) {
   @autoreleasepool {
-    NSError* systemError = nil;
-    AVAudioFile* file =
-        [[AVAudioFile alloc] initForWriting:fileURL(url)
-                                   settings:systemSettings(settings)
-                               commonFormat:static_cast<AVAudioCommonFormat>(commonFormat)
-                                interleaved:interleaved
-                                      error:&systemError];
+    NSError* __autoreleasing systemError = nil;
+    AVAudioFile* file = nil;
+    NSException* exception = raisedBy([&] {
+      file = [[AVAudioFile alloc] initForWriting:fileURL(url)
+                                        settings:systemSettings(settings)
+                                    commonFormat:static_cast<AVAudioCommonFormat>(commonFormat)
+                                     interleaved:interleaved
+                                           error:&systemError];
+    });
     if (file == nil) {
-      *error = programError(systemError);
+      *error = exception == nil ? programError(systemError) : programError(exception);
       return nullptr;
     }
     return std::make_shared<AudioFile>(file);

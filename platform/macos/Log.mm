@@ -40,4 +40,11 @@ void logFailedCall(const char* call, const char* reason) noexcept {
   os_log_with_type(log, OS_LOG_TYPE_ERROR, "%{public}s failed: %{public}s", call, reason);
 }
 
+void logFailedCall(const char* call, NSException* exception) noexcept {
+  @autoreleasepool {
+    const char* reason = exception.reason.UTF8String;
+    logFailedCall(call, reason == nullptr ? "exception without a reason" : reason);
+  }
+}
+
 }  // namespace audrel::macos

@@ -14,8 +14,8 @@ target_compile_options(macos_abi INTERFACE
 
 # The runtime is what implements retain and release, so the compiler must not add any.
 add_library(macos_runtime OBJECT
-  runtime/Blocks.cpp runtime/Classes.cpp runtime/Functions.cpp runtime/Messages.cpp
-  runtime/Ownership.cpp runtime/Root.mm)
+  runtime/Blocks.cpp runtime/Classes.cpp runtime/Exceptions.cpp runtime/Functions.cpp
+  runtime/Messages.cpp runtime/Ownership.cpp runtime/Root.mm)
 target_link_libraries(macos_runtime PUBLIC audrel_options macos_abi)
 target_compile_options(macos_runtime PRIVATE -Wno-pedantic -Wno-old-style-cast
   -Wno-deprecated-objc-isa-usage

@@ -20,6 +20,9 @@ constexpr CA::AudioStreamBasicDescription floatStereo = {
     32,
     0};
 
+constexpr const char* notCompressed =
+    "required condition is false: !isCompressedFormat(format.streamDescription)";
+
 class AudioFrameworkTest : public MacTest {
  protected:
   std::shared_ptr<AV::AudioFile> open(const AV::Settings& settings = {}) {
@@ -108,6 +111,40 @@ TEST_F(AudioFrameworkTest, aWriteThatFailsSaysWhyAndLeavesTheFileOpen) {
   mac().writeFails = {"com.example", 28, "No space."};
   EXPECT_EQ(file->write(*frames), (NS::Error{"com.example", 28, "No space."}));
   mac().writeFails.reset();
+  EXPECT_EQ(file->write(*frames), std::nullopt);
+  EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{4}));
+}
+
+TEST_F(AudioFrameworkTest, aFormatForWhichTheFrameworkRaisesAnExceptionIsNone) {
+  mac().raising["AVAudioFormat.initWithStreamDescription:"] = notCompressed;
+  EXPECT_EQ(framework.makeFormat(floatStereo), nullptr);
+}
+
+// On the IO thread nothing else would catch it, and no pool is there.
+TEST_F(AudioFrameworkTest, aBufferForWhichTheFrameworkRaisesAnExceptionIsNone) {
+  const auto format = framework.makeFormat(floatStereo);
+  mac().raising["AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:"] = notCompressed;
+  std::thread([&] { EXPECT_EQ(framework.makePCMBuffer(format, 16), nullptr); }).join();
+}
+
+TEST_F(AudioFrameworkTest, anExceptionRaisedWhileAFileIsOpenedSaysWhy) {
+  auto& raising =
+      mac().raising["AVAudioFile.initForWriting:settings:commonFormat:interleaved:error:"];
+  raising = notCompressed;
+  EXPECT_EQ(open(), nullptr);
+  EXPECT_EQ(error, (NS::Error{"com.apple.coreaudio.avfaudio", 0, notCompressed}));
+  raising = std::nullopt;
+  EXPECT_EQ(open(), nullptr);
+  EXPECT_EQ(error,
+            (NS::Error{"com.apple.coreaudio.avfaudio", 0, "The audio framework gave no reason."}));
+}
+
+TEST_F(AudioFrameworkTest, anExceptionRaisedByAWriteSaysWhyAndLeavesTheFileOpen) {
+  const auto file = open();
+  const auto frames = buffer(4);
+  mac().raising["AVAudioFile.writeFromBuffer:error:"] = notCompressed;
+  EXPECT_EQ(file->write(*frames), (NS::Error{"com.apple.coreaudio.avfaudio", 0, notCompressed}));
+  mac().raising.clear();
   EXPECT_EQ(file->write(*frames), std::nullopt);
   EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{4}));
 }

@@ -108,6 +108,21 @@ TEST_F(FoundationTest, anExceptionOfATimersBlockIsLoggedAndGoesNoFurther) {
   timer->invalidate();
 }
 
+TEST_F(FoundationTest, anExceptionThatAFrameworkRaisesInATimersBlockIsLoggedWithItsReason) {
+  std::optional<std::string> reason = "Invalid parameter not satisfying: title";
+  const auto timer = RunLoop().scheduleRepeatingTimer(
+      1.0, [&] { fakemac::raise("NSInternalInconsistencyException", reason); });
+  fireTimers();
+  reason.reset();
+  fireTimers();
+  const Lines lines = journal();
+  const std::string beginning =
+      "log io.github.audrel.Audrel [platform] error: A timer's block failed: ";
+  EXPECT_TRUE(contains(lines, beginning + "Invalid parameter not satisfying: title"));
+  EXPECT_TRUE(contains(lines, beginning + "exception without a reason"));
+  timer->invalidate();
+}
+
 TEST_F(FoundationTest, linesOfTheLogArePublicAndHaveTheirLevel) {
   const auto logger = Log().makeLogger("io.example", "engine");
   logger->info("100 %s %{private}s");

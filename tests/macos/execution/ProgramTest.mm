@@ -216,6 +216,37 @@ TEST_F(ProgramTest, countsCyclesForWhichThereIsNoMemoryAndGoesOn) {
   });
 }
 
+TEST_F(ProgramTest, countsCyclesForWhoseBuffersTheFrameworkRaisesAnExceptionAndGoesOn) {
+  run([] {
+    choose("Start Recording");
+    mac().raising["AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:"] = "a reason";
+    EXPECT_EQ(fakemac::deliver({counting(16)}), 0);
+    mac().raising.clear();
+    fakemac::deliver({counting(16)});
+    journal();
+    choose("Stop Recording");
+    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] info: Recording stopped "
+                                    "— elapsed=0.0s underruns=1"));
+    EXPECT_EQ(mac().files.front().writes.size(), 1U);
+  });
+}
+
+TEST_F(ProgramTest, logsAWriteThatRaisesAnExceptionAndWritesTheNext) {
+  run([] {
+    choose("Start Recording");
+    mac().raising["AVAudioFile.writeFromBuffer:error:"] = "required condition is false: a reason";
+    fakemac::deliver({counting(16)});
+    while (!contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
+                                "failed: required condition is false: a reason")) {
+    }
+    mac().raising.clear();
+    fakemac::deliver({counting(16)});
+    choose("Stop Recording");
+    EXPECT_EQ(mac().files.front().writes.size(), 1U);
+    EXPECT_FALSE(mac().files.front().isOpen);
+  });
+}
+
 TEST_F(ProgramTest, logsAWriteThatFailsAndWritesTheNext) {
   run([] {
     choose("Start Recording");
@@ -346,6 +377,9 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
       {"tap UID", property('tuid'), tap + "-50). Try restarting Audrel.", 1},
       {"tap format", property('tfmt'), format + "-50).", 1},
       {"no format", [](auto& mac) { mac.tapFormatID = 0; }, format + "-1).", 1},
+      {"format raises",
+       [](auto& mac) { mac.raising["AVAudioFormat.initWithStreamDescription:"] = "a reason"; },
+       format + "-1).", 1},
       {"output device", property('dOut'), device + "-50).", 1},
       {"no output device", [](auto& mac) { mac.defaultOutput = 0; }, device + "0).", 1},
       {"its UID", property('uid '), device + "-50).", 1},
@@ -356,6 +390,12 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
          mac.openFails = {"domain", 1, "No room."};
        },
        "Could not create the output file: No room.", 0},
+      {"file raises",
+       [](auto& mac) {
+         mac.raising["AVAudioFile.initForWriting:settings:commonFormat:interleaved:error:"] =
+             "required condition is false: a reason";
+       },
+       "Could not create the output file: required condition is false: a reason", 0},
       {"procedure", call("AudioDeviceCreateIOProcID"), callback + "-50).", 0},
       {"procedure id", empty("AudioDeviceCreateIOProcID"), callback + "0).", 0},
       {"start", call("AudioDeviceStart"), callback + "-50).", 0},
@@ -380,6 +420,7 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
       mac().withoutResult.clear();
       mac().failingProperties.clear();
       mac().openFails.reset();
+      mac().raising.clear();
       mac().tapFormatID = 'lpcm';
       mac().defaultOutput = 51;
       choose("Start Recording");

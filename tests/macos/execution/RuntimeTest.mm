@@ -3,6 +3,8 @@
 #import <Foundation/Foundation.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "tests/macos/frameworks/FakeFoundation.h"
 #include "tests/macos/frameworks/FakeMac.h"
 #include "tests/macos/runtime/Runtime.h"
@@ -13,6 +15,18 @@
 @end
 
 @implementation Counted
+@end
+
+@interface Thrown : NSException
+@end
+
+@implementation Thrown
+@end
+
+@interface OtherwiseThrown : NSException
+@end
+
+@implementation OtherwiseThrown
 @end
 
 /// Larger than its declaration said when the class below was compiled.
@@ -114,6 +128,71 @@ TEST_F(RuntimeTest, aBlockKeepsWhatItCapturedAsLongAsItLives) {
     EXPECT_EQ(block(), 1U);
   }
   EXPECT_EQ(live(), 0U);
+}
+
+TEST_F(RuntimeTest, anExceptionIsCaughtByItsClassAndThoseAboveItAlone) {
+  std::string caught;
+  @autoreleasepool {
+    @try {
+      @try {
+        @throw [[Thrown alloc] init];
+      } @catch (OtherwiseThrown* exception) {
+        caught = "by another class";
+      }
+    } @catch (NSException* exception) {
+      caught = [exception class] == [Thrown class] ? "by the class above" : "something else";
+    }
+  }
+  EXPECT_EQ(caught, "by the class above");
+  EXPECT_EQ(objcruntime::liveObjectsOf("Thrown"), 0U);
+}
+
+TEST_F(RuntimeTest, exceptionsOfBothLanguagesUnwindFramesOfTheOther) {
+  std::string caught;
+  try {
+    Counted* held = [[Counted alloc] init];
+    @try {
+      throw std::runtime_error(held == nil ? "" : "of C++");
+    } @catch (NSException* exception) {
+      caught = "as another's";
+    }
+  } catch (const std::exception& error) {
+    caught = error.what();
+  }
+  EXPECT_EQ(caught, "of C++");
+  EXPECT_EQ(live(), 0U);
+  @autoreleasepool {
+    try {
+      const std::string destroyed(100, ' ');
+      try {
+        @throw [[Thrown alloc] init];
+      } catch (const std::exception&) {
+        caught = "as another's";
+      }
+    } catch (...) {
+      caught = "of Objective-C";
+    }
+  }
+  EXPECT_EQ(caught, "of Objective-C");
+  EXPECT_EQ(objcruntime::liveObjectsOf("Thrown"), 0U);
+}
+
+TEST_F(RuntimeTest, aPoolThatAnExceptionLeavesBehindEndsWithTheOneAroundIt) {
+  const std::size_t before = objcruntime::liveObjects();
+  const std::size_t without = objcruntime::autoreleasedWithoutPool();
+  @autoreleasepool {
+    try {
+      @autoreleasepool {
+        [NSMutableArray array];
+        throw 1;
+      }
+    } catch (int) {
+      EXPECT_EQ(objcruntime::liveObjects(), before + 1);
+    }
+  }
+  EXPECT_EQ(objcruntime::liveObjects(), before);
+  (void)NSUserDefaults.standardUserDefaults;
+  EXPECT_EQ(objcruntime::autoreleasedWithoutPool(), without + 1);
 }
 
 TEST_F(RuntimeTest, anUnknownSelectorEndsTheProcess) {

@@ -59,11 +59,24 @@ static std::string giveError(const Failure& failure, NSError* __autoreleasing* e
   return "error \"" + failure.description + "\"";
 }
 
+/// Out of a pool of its own, which the exception leaves behind.
+static void raiseIfAskedTo(const std::string& call) {
+  const auto reason = mac().raising.find(call);
+  if (reason != mac().raising.end()) {
+    mac().note(call + " raises an exception");
+    @autoreleasepool {
+      objc_retainAutorelease([[NSObject alloc] init]);
+      audrel::fakemac::raise("com.apple.coreaudio.avfaudio", reason->second);
+    }
+  }
+}
+
 @implementation AVAudioFormat {
   AudioStreamBasicDescription _description;
 }
 
 - (instancetype)initWithStreamDescription:(const AudioStreamBasicDescription*)description {
+  raiseIfAskedTo("AVAudioFormat.initWithStreamDescription:");
   _description = *description;
   const bool isKnown =
       description->mFormatID == kAudioFormatLinearPCM && description->mSampleRate > 0;
@@ -117,6 +130,7 @@ static std::string giveError(const Failure& failure, NSError* __autoreleasing* e
 
 - (instancetype)initWithPCMFormat:(AVAudioFormat*)format
                     frameCapacity:(AVAudioFrameCount)frameCapacity {
+  raiseIfAskedTo("AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:");
   mac().note("AVAudioPCMBuffer(" + std::to_string(frameCapacity) + " frames) -> " +
              (mac().hasMemoryForBuffers ? "buffer" : "nil"));
   if (!mac().hasMemoryForBuffers) {
@@ -178,6 +192,7 @@ static std::string giveError(const Failure& failure, NSError* __autoreleasing* e
                          error:(NSError* __autoreleasing*)error {
   // The system's own code leaves references of its own in the caller's pool.
   objc_retainAutorelease(self);
+  raiseIfAskedTo("AVAudioFile.initForWriting:settings:commonFormat:interleaved:error:");
   const std::string path = url.fileSystemRepresentation;
   const std::string described = audrel::fakemac::described(settings);
   const std::string call = "AVAudioFile(forWriting \"" + path + "\", settings " + described +
@@ -196,6 +211,7 @@ static std::string giveError(const Failure& failure, NSError* __autoreleasing* e
 
 - (BOOL)writeFromBuffer:(const AVAudioPCMBuffer*)buffer error:(NSError* __autoreleasing*)error {
   objc_retainAutorelease(self);
+  raiseIfAskedTo("AVAudioFile.writeFromBuffer:error:");
   auto* writable = const_cast<AVAudioPCMBuffer*>(buffer);
   const std::string call =
       "AVAudioFile.writeFromBuffer: " + std::to_string(writable.frameLength) + " frames -> ";

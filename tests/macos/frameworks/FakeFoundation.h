@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
+#include <optional>
 #include <string>
 
 /// Fires the timers that are scheduled, as the run loop would.
@@ -9,6 +10,9 @@ void fireTimers();
 std::size_t scheduledTimers();
 
 namespace audrel::fakemac {
+
+/// As the frameworks do for what they take for a mistake of their caller.
+[[noreturn]] void raise(const std::string& name, const std::optional<std::string>& reason);
 
 /// A property list as text: keys sorted, each value with its type.
 std::string described(id object);

@@ -416,6 +416,15 @@ static std::vector<NSTimer*>& timers() {
 @implementation NSNotification
 @end
 
+@implementation NSException {
+ @public
+  NSString* _name;
+  NSString* _reason;
+}
+@synthesize name = _name;
+@synthesize reason = _reason;
+@end
+
 void fireTimers() {
   const std::vector<NSTimer*> scheduled = timers();
   for (NSTimer* timer : scheduled) {
@@ -433,6 +442,13 @@ std::size_t scheduledTimers() {
 }
 
 namespace audrel::fakemac {
+
+void raise(const std::string& name, const std::optional<std::string>& reason) {
+  NSException* exception = [[NSException alloc] init];
+  exception->_name = made(name);
+  exception->_reason = reason ? made(*reason) : nil;
+  @throw exception;
+}
 
 std::string text(NSString* string) {
   const char* bytes = string.UTF8String;

@@ -78,6 +78,10 @@ class Mac {
   std::vector<Process> processes;
   std::map<std::int32_t, std::string> applications;
 
+  /// Calls of the audio framework that raise an exception, each with its reason, or none. By class
+  /// and selector: "AVAudioFile.writeFromBuffer:error:".
+  std::map<std::string, std::optional<std::string>> raising;
+
   bool hasMemoryForBuffers = true;
   std::optional<Failure> openFails;
   std::optional<Failure> writeFails;

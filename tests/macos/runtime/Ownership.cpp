@@ -42,6 +42,7 @@ Bookkeeping& bookkeeping() {
 
 std::atomic<std::size_t> withoutPool = 0;
 
+/// All pools of a thread, the innermost last. Null stands where one begins.
 struct Pools {
   std::vector<Object*> objects;
   std::size_t depth = 0;
@@ -175,17 +176,19 @@ Object* objc_autorelease(Object* object) {
 
 void* objc_autoreleasePoolPush() {
   ++pools.depth;
-  return reinterpret_cast<void*>(pools.objects.size() + 1);
+  pools.objects.push_back(nullptr);
+  return reinterpret_cast<void*>(pools.objects.size());
 }
 
+/// With the pools inside it that an exception left behind.
 void objc_autoreleasePoolPop(void* pool) {
-  const std::size_t first = reinterpret_cast<std::size_t>(pool) - 1;
-  while (pools.objects.size() > first) {
+  const std::size_t beginning = reinterpret_cast<std::size_t>(pool);
+  while (pools.objects.size() >= beginning) {
     Object* object = pools.objects.back();
     pools.objects.pop_back();
+    pools.depth -= object == nullptr ? 1 : 0;
     objc_release(object);
   }
-  --pools.depth;
 }
 
 Object* objc_retainAutorelease(Object* object) {

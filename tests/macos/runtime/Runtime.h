@@ -4,7 +4,7 @@
 
 /// A small Objective-C runtime for tests on x86-64 Linux. It executes what clang compiled with
 /// `-fobjc-runtime=macosx -fobjc-arc`: classes, categories, messages, reference counts, weak
-/// references, autorelease pools, properties and blocks.
+/// references, autorelease pools, properties, blocks and exceptions.
 ///
 /// It is stricter than the real one where that finds faults: an autoreleased object is never handed
 /// over past its pool, so a pool that is missing keeps the object alive, here always and on a Mac

@@ -81,6 +81,14 @@ enum : NSStringEncoding {
 @property(readonly, copy) NSString* localizedDescription;
 @end
 
+typedef NSString* NSExceptionName;  // nsexceptionname
+
+__attribute__((objc_exception))
+@interface NSException : NSObject  // nsexception
+@property(readonly, copy) NSExceptionName name;
+@property(nullable, readonly, copy) NSString* reason;
+@end
+
 @interface NSURL : NSObject <NSCopying>  // nsurl
 + (nullable instancetype)URLWithString:(NSString*)string;
 + (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path
