@@ -54,21 +54,27 @@ macos_test(macos_adapters_test
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)
+
+# A session that the program has to tell, however it was built.
+add_library(macos_story OBJECT execution/SessionStory.mm)
+target_link_libraries(macos_story PUBLIC audrel_options macos_abi GTest::gtest)
+
 macos_test(macos_transcripts_test
   SOURCES
     execution/EngineTranscriptTest.mm
     execution/SessionTranscriptTest.mm
     "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm"
-  LINKS audrel_app audrel_fakes)
+  LINKS audrel_app audrel_fakes macos_story)
 target_compile_definitions(macos_transcripts_test PRIVATE AUDREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 
 # The programs as they were linked for macOS, on the same runtime and frameworks, which they find as
 # symbols of the test.
 audrel_test(macos_loaded_program_test
   SOURCES loader/HostSymbols.cpp loader/Image.cpp loader/LoadedProgramTest.mm loader/Unwinding.cpp
-  LINKS audrel_fakes macos_frameworks macos_runtime
+  LINKS audrel_fakes macos_frameworks macos_runtime macos_story
   LABELS macos)
 target_compile_definitions(macos_loaded_program_test PRIVATE
-  AUDREL_APP="${PROJECT_BINARY_DIR}/Audrel.app")
+  AUDREL_APP="${PROJECT_BINARY_DIR}/Audrel.app"
+  AUDREL_WITH_UPDATER="${CMAKE_CURRENT_BINARY_DIR}/sparkle/audrel")
 set_target_properties(macos_loaded_program_test PROPERTIES ENABLE_EXPORTS ON)
 add_dependencies(audrel_macos_checks macos_loaded_program_test)

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -14,6 +16,9 @@
 #import "tests/macos/frameworks/FakeCoreAudio.h"
 #import "tests/macos/frameworks/FakeFoundation.h"
 
+#include "tests/fakes/ScopedVariable.h"
+#include "tests/fakes/Transcript.h"
+#include "tests/macos/execution/SessionStory.h"
 #include "tests/macos/frameworks/FakeMac.h"
 #include "tests/macos/loader/HostSymbols.h"
 #include "tests/macos/loader/Image.h"
@@ -32,7 +37,7 @@ std::span<T> sectionOf(const macho::Image& image, const char* name) {
 }
 
 struct LoadedProgram {
-  explicit LoadedProgram(const std::string& name) : image(programs / name, macho::hostSymbol) {
+  explicit LoadedProgram(const std::filesystem::path& file) : image(file, macho::hostSymbol) {
     objcruntime::registerMetadata(
         {.selectors = sectionOf<objcruntime::Selector>(image, "__objc_selrefs"),
          .classes = sectionOf<objcruntime::Class* const>(image, "__objc_classlist"),
@@ -44,12 +49,12 @@ struct LoadedProgram {
 };
 
 const LoadedProgram& application() {
-  static const LoadedProgram program("Audrel");
+  static const LoadedProgram program(programs / "Audrel");
   return program;
 }
 
 const LoadedProgram& commandLine() {
-  static const LoadedProgram program("audrel-record");
+  static const LoadedProgram program(programs / "audrel-record");
   return program;
 }
 
@@ -65,6 +70,26 @@ class LoadedProgramTest : public testing::Test {
  private:
   fakemac::ScopedMac scopedMac_;
 };
+
+// What is shipped does what the sanitized build of the same sources does, to the letter.
+TEST_F(LoadedProgramTest, tellsTheStoryThatTheAdaptersTell) {
+  static const LoadedProgram program(AUDREL_WITH_UPDATER);
+  const fakes::ScopedVariable utc{"TZ", "UTC0"};
+  SessionStory story({.run =
+                          [](const std::function<void()>& happens) {
+                            mac().whileRunning = happens;
+                            program.image.run({"Audrel"});
+                          },
+                      .setClock =
+                          [](NS::Date time) {
+                            macho::scriptedTime =
+                                std::chrono::duration_cast<std::chrono::microseconds>(
+                                    time.time_since_epoch())
+                                    .count();
+                          }});
+  const auto difference = fakes::differenceFromTranscript("macos-session", story.tell());
+  EXPECT_EQ(difference, std::nullopt) << difference.value_or("");
+}
 
 void choose(const std::string& title) {
   @autoreleasepool {
@@ -82,6 +107,28 @@ TEST_F(LoadedProgramTest, completesTheFileWhenItIsQuitInMidRecording) {
   EXPECT_EXIT(application().image.run({"Audrel"}), testing::ExitedWithCode(0),
               "NSApplication.terminate:\n(.*\n)*AudioDeviceStop.*\n(.*\n)*AVAudioFile closed: "
               ".*\n(.*\n)*.*Recording stopped");
+}
+
+TEST_F(LoadedProgramTest, tellsOfAStartThatFailsByAnExceptionOfItsOwn) {
+  mac().whileRunning = [] {
+    mac().failing["AudioDeviceStart"] = -50;
+    choose("Start Recording");
+  };
+  EXPECT_EQ(application().image.run({"Audrel"}), 0);
+  ASSERT_EQ(mac().alerts.size(), 1U);
+  EXPECT_EQ(mac().alerts.front().text, "Could not install the audio callback (OSStatus -50).");
+}
+
+TEST_F(LoadedProgramTest, tellsOfAStartThatFailsByAnExceptionOfTheFrameworks) {
+  mac().whileRunning = [] {
+    mac().raising["AVAudioFile.initForWriting:settings:commonFormat:interleaved:error:"] =
+        "required condition is false";
+    choose("Start Recording");
+  };
+  EXPECT_EQ(application().image.run({"Audrel"}), 0);
+  ASSERT_EQ(mac().alerts.size(), 1U);
+  EXPECT_EQ(mac().alerts.front().text,
+            "Could not create the output file: required condition is false");
 }
 
 /// What goes to standard output too.
