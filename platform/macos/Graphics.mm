@@ -26,6 +26,11 @@ NS::Size Image::size() const {
   }
 }
 
+// What the system has in their place draws at a time and a resolution of its own; these draw now,
+// as the interface says.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wdeprecated-declarations"
+
 void Image::lockFocus() {
   @autoreleasepool {
     [image_ lockFocus];
@@ -37,6 +42,8 @@ void Image::unlockFocus() {
     [image_ unlockFocus];
   }
 }
+
+#pragma clang diagnostic pop
 
 void Image::drawInRect(const NS::Rect& rect) {
   @autoreleasepool {

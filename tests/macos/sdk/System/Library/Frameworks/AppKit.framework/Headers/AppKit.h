@@ -101,8 +101,9 @@ API_AVAILABLE(macos(11.0))
 // The property's name is a word of C++.
 - (BOOL)isTemplate;
 - (void)setTemplate:(BOOL)isTemplate;
-- (void)lockFocus;
-- (void)unlockFocus;
+// Deprecated by their pages. Since when the headers say so was not seen: from 14.0 at the earliest.
+- (void)lockFocus API_DEPRECATED("Not independent of the resolution.", macos(10.0, 14.0));
+- (void)unlockFocus API_DEPRECATED("Not independent of the resolution.", macos(10.0, 14.0));
 - (void)drawInRect:(NSRect)rect;
 @end
 
