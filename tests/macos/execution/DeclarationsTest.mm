@@ -1,9 +1,7 @@
 // What our declarations say about ownership, each seen at work: a wrong one compiles, and frees too
-// early or never.
+// early or never. That each test can fail: check-declarations.py.
 
-#import <dispatch/dispatch.h>
-#import <os/log.h>
-
+#include "tests/macos/execution/Declared.h"
 #include "tests/macos/execution/MacTest.h"
 
 namespace audrel::macos {
@@ -11,75 +9,28 @@ namespace {
 
 class DeclarationsTest : public MacTest {};
 
-NSString* made(const char* text) {
-  return [[NSString alloc] initWithBytes:text length:strlen(text) encoding:NSUTF8StringEncoding];
-}
-
-// The address sanitizer would see the freed bytes.
-TEST_F(DeclarationsTest, theBytesOfAStringOutliveItsLastReferenceUntilThePoolEnds) {
-  @autoreleasepool {
-    const char* bytes = nullptr;
-    {
-      NSString* text = made("long enough to live on the heap, far from the string itself");
-      bytes = text.UTF8String;
-    }
-    EXPECT_EQ(strlen(bytes), 59U);
+#define AUDREL_DECLARED(statement)      \
+  TEST_F(DeclarationsTest, statement) { \
+    EXPECT_TRUE(declared::statement()); \
   }
-}
 
-TEST_F(DeclarationsTest, thePathOfAURLOutlivesItToo) {
-  @autoreleasepool {
-    const char* path = nullptr;
-    {
-      NSURL* url = [NSURL fileURLWithFileSystemRepresentation:"/a/path/long/enough/for/the/heap"
-                                                  isDirectory:NO
-                                                relativeToURL:nil];
-      path = url.fileSystemRepresentation;
-    }
-    EXPECT_STREQ(path, "/a/path/long/enough/for/the/heap");
-  }
-}
+AUDREL_DECLARED(bytesOfAStringOutliveItsLastReference)
+AUDREL_DECLARED(thePathOfAURLOutlivesIt)
+AUDREL_DECLARED(aLogIsItsCreatorsAlone)
+AUDREL_DECLARED(aQueueIsItsCreatorsAlone)
+AUDREL_DECLARED(aSourceIsItsCreatorsAlone)
+AUDREL_DECLARED(aReferenceThatIsBridgedOverIsTakenOver)
+AUDREL_DECLARED(theTargetOfAnItemIsWeak)
+AUDREL_DECLARED(theDelegateOfAMenuIsWeak)
+AUDREL_DECLARED(theDelegateOfTheApplicationIsWeak)
+AUDREL_DECLARED(theTitleOfAButtonIsACopy)
+AUDREL_DECLARED(theMessageOfAnAlertIsACopy)
+AUDREL_DECLARED(theInformationOfAnAlertIsACopy)
+AUDREL_DECLARED(theNameOfATapIsACopy)
+AUDREL_DECLARED(theUUIDOfATapIsACopy)
+AUDREL_DECLARED(theProcessesOfATapAreACopy)
 
-TEST_F(DeclarationsTest, aLogAndAQueueAreTheirCreatorsAlone) {
-  os_log_t log = os_log_create("io.example", "test");
-  EXPECT_EQ(objcruntime::liveObjectsOf("FakeLog"), 2U);  // the platform's own is the other
-  EXPECT_NE(log, nil);
-  log = nil;
-  EXPECT_EQ(objcruntime::liveObjectsOf("FakeLog"), 1U);
-  @autoreleasepool {
-    dispatch_queue_t queue =
-        dispatch_queue_create("a queue", dispatch_queue_attr_make_with_qos_class(
-                                             DISPATCH_QUEUE_SERIAL, QOS_CLASS_USER_INITIATED, 0));
-    EXPECT_EQ(objcruntime::liveObjectsOf("FakeQueue"), 1U);
-    EXPECT_NE(queue, nil);
-    queue = nil;
-    EXPECT_EQ(objcruntime::liveObjectsOf("FakeQueue"), 0U);
-  }
-}
-
-TEST_F(DeclarationsTest, aReferenceThatIsBridgedOverIsTakenOver) {
-  @autoreleasepool {
-    CFStringRef owned = (__bridge_retained CFStringRef)made("text");
-    NSString* text = CFBridgingRelease(owned);
-    EXPECT_STREQ(text.UTF8String, "text");
-  }
-  EXPECT_EQ(objcruntime::liveObjectsOf("NSString"), 0U);
-}
-
-TEST_F(DeclarationsTest, targetsAndDelegatesAreReferredToWeakly) {
-  @autoreleasepool {
-    NSMenuItem* item = [NSMenuItem separatorItem];
-    NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
-    @autoreleasepool {
-      NSMenuItem* target = [NSMenuItem separatorItem];
-      item.target = target;
-      menu.delegate = static_cast<id<NSMenuDelegate>>(static_cast<id>(target));
-      EXPECT_NE(item.target, nil);
-    }
-    EXPECT_EQ(item.target, nil);
-    EXPECT_EQ(menu.delegate, nil);
-  }
-}
+#undef AUDREL_DECLARED
 
 }  // namespace
 }  // namespace audrel::macos

@@ -63,9 +63,8 @@ API_AVAILABLE(macos(10.10))
                                settings:(NSDictionary<NSString*, id>*)settings
                            commonFormat:(AVAudioCommonFormat)format
                             interleaved:(BOOL)interleaved
-                                  error:(NSError* _Nullable __autoreleasing* _Nullable)error;
-- (BOOL)writeFromBuffer:(const AVAudioPCMBuffer*)buffer
-                  error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+                                  error:(NSError* _Nullable* _Nullable)error;
+- (BOOL)writeFromBuffer:(const AVAudioPCMBuffer*)buffer error:(NSError* _Nullable* _Nullable)error;
 - (void)close API_AVAILABLE(macos(15.0));
 @end
 

@@ -8,7 +8,6 @@
 
 #define CF_EXPORT extern "C"
 #define CF_BRIDGED_TYPE(type) __attribute__((objc_bridge(type)))
-#define CF_CONSUMED __attribute__((cf_consumed))
 #define CF_ENUM(type, name)                                        \
   enum __attribute__((enum_extensibility(open))) name : type name; \
   enum name : type

@@ -137,7 +137,7 @@ typedef CF_ENUM(NSUInteger, NSSearchPathDomainMask) { NSUserDomainMask = 1 };
 @end
 
 // cfbridgingrelease(_:). Takes over the reference that the caller owns.
-static inline id _Nullable CFBridgingRelease(CFTypeRef CF_CONSUMED _Nullable reference) {
+static inline id _Nullable CFBridgingRelease(CFTypeRef _Nullable reference) {
   return (__bridge_transfer id)reference;
 }
 
