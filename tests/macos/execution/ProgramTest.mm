@@ -335,6 +335,7 @@ TEST_F(ProgramTest, completesTheFileWhenASignalEndsItInMidRecording) {
     EXPECT_EXIT(run([number] {
                   choose("Start Recording");
                   fakemac::deliver({counting(16)});
+                  std::raise(number);  // to the process itself, which it must not end
                   fakemac::deliverSignal(static_cast<unsigned long>(number));
                 }),
                 testing::ExitedWithCode(0),
