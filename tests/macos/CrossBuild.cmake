@@ -15,24 +15,27 @@ add_custom_target(macos_sdk DEPENDS "${sdk}.stamp")
 # updater, in sparkle/<arch>/ and plain/<arch>/. One folder is built for both, since they differ in
 # one file. The oldest system is the project's own word: the toolchain says none, and tools/sw_vers
 # says a newer one, as a developer's Mac does.
+set(feed "https://example.invalid/appcast.xml")
+set(key "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
 function(macos_build arch)
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/${arch}")
   set(commands)
   foreach(variant sparkle plain)
-    set(sparkle "")
+    set(updater -DAUDREL_SPARKLE= -DAUDREL_UPDATE_FEED= -DAUDREL_UPDATE_KEY=)
     if(variant STREQUAL "sparkle")
-      set(sparkle "${sdk}/Library/Frameworks")
+      set(updater "-DAUDREL_SPARKLE=${sdk}/Library/Frameworks" "-DAUDREL_UPDATE_FEED=${feed}"
+        "-DAUDREL_UPDATE_KEY=${key}")
     endif()
     list(APPEND commands
       COMMAND ${CMAKE_COMMAND} -E env "PATH=${CMAKE_CURRENT_SOURCE_DIR}/tools:$ENV{PATH}"
         ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
         --toolchain "${CMAKE_CURRENT_SOURCE_DIR}/toolchain.cmake" --log-level=WARNING -Wno-dev
-        -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} -DAUDREL_SPARKLE=${sparkle}
+        -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} ${updater}
         -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF
       COMMAND ${CMAKE_COMMAND} --build "${folder}" --target audrel audrel-record -- --quiet
       COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}"
       COMMAND ${CMAKE_COMMAND} -E copy "${folder}/audrel" "${folder}/audrel-record"
-        "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}")
+        "${folder}/packaging/macos/Info.plist" "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}")
   endforeach()
   add_custom_target(macos_${arch} ${commands}
     COMMENT "Building for macOS on ${arch}"
@@ -57,7 +60,7 @@ set(plain "${CMAKE_CURRENT_BINARY_DIR}/plain")
 add_custom_target(macos_app ${commands}
   COMMAND "${PROJECT_SOURCE_DIR}/packaging/macos/make-bundle" "${PROJECT_BINARY_DIR}/Audrel.app"
     "${plain}/audrel" "${plain}/audrel-record"
-    "${CMAKE_CURRENT_BINARY_DIR}/arm64/packaging/macos/Info.plist"
+    "${plain}/arm64/Info.plist"
     "${PROJECT_SOURCE_DIR}/packaging/macos/Audrel.icns"
   COMMENT "Putting Audrel.app together"
   VERBATIM)
@@ -80,4 +83,5 @@ endforeach()
 macos_check(macos_negatives "${CMAKE_CURRENT_SOURCE_DIR}/check-negatives.py" "${sdk}"
   "${plain}/audrel")
 macos_check(macos_bundle "${CMAKE_CURRENT_SOURCE_DIR}/check-bundle.py"
-  "${PROJECT_BINARY_DIR}/Audrel.app" ${PROJECT_VERSION})
+  "${PROJECT_BINARY_DIR}/Audrel.app" ${PROJECT_VERSION}
+  "${CMAKE_CURRENT_BINARY_DIR}/sparkle/arm64/Info.plist" "${feed}" "${key}")

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Checks Audrel.app, and that the lint of its Info.plist can fail.
 
-check-bundle.py BUNDLE VERSION
+check-bundle.py BUNDLE VERSION INFO_PLIST FEED KEY
+  INFO_PLIST  of a build that was given that feed of updates and that key
 """
 import copy
 import os
@@ -80,6 +81,14 @@ def lint_failures(path, version):
             yield "the lint does not see a file cut short"
 
 
+def feed_failures(path, version, feed, key):
+    with open(path, "rb") as file:
+        plist = plistlib.load(file)
+    yield from lint_plist.complaints(plist, version, MINIMUM_SYSTEM)
+    if (plist.get("SUFeedURL"), plist.get("SUPublicEDKey")) != (feed, key):
+        yield f"{path} has not the feed and the key that the build was given"
+
+
 def icon_failures(path):
     with open(path, "rb") as file:
         data = file.read()
@@ -105,7 +114,7 @@ def drawing_failures(path):
 
 
 def main():
-    bundle, version = sys.argv[1:]
+    bundle, version, with_feed, feed, key = sys.argv[1:]
     contents = f"{bundle}/Contents"
     found = []
     files = {os.path.relpath(os.path.join(folder, name), contents)
@@ -122,6 +131,7 @@ def main():
         if not os.access(f"{contents}/MacOS/{program}", os.X_OK):
             found.append(f"{program} cannot be executed")
     found += lint_failures(f"{contents}/Info.plist", version)
+    found += feed_failures(with_feed, version, feed, key)
     found += icon_failures(f"{contents}/Resources/Audrel.icns")
     found += drawing_failures(f"{contents}/Resources/Audrel.icns")
     if found:
