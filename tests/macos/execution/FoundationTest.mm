@@ -16,6 +16,7 @@ TEST_F(FoundationTest, textsKeepEveryCharacter) {
     EXPECT_EQ(utf8(nsString("")), "");
     EXPECT_EQ(utf8(nsString("Grüße, 世界 \U0001F3A7")), "Grüße, 世界 \U0001F3A7");
     EXPECT_EQ(utf8(nil), "");
+    EXPECT_EQ(utf8(nsString(std::string_view("cut off", 3))), "cut");
   }
 }
 

@@ -197,6 +197,7 @@ TEST_F(ProgramTest, takesChannelsInBuffersOfTheirOwnAlsoWhenTheyDifferInSize) {
     append(counting(8, 100));
     append(counting(8));
     append(Bytes(8));
+    EXPECT_FALSE(mac().files.front().isInterleaved);
     EXPECT_EQ(mac().files.front().bytes, expected);
   });
 }
