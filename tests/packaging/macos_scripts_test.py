@@ -182,6 +182,11 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
         self.assertEqual(self.made_calls()[-2], [
             "codesign", "--force", "--sign", "Audrel Development", "--timestamp=none", "APP"])
 
+    def test_a_certificate_is_found_among_more_than_a_pipe_holds(self):
+        self.keychain(others=["Audrel Development", *(f"Somebody else {i}" for i in range(3000))])
+        result = self.call("sign", self.application)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
     def test_nothing_is_signed_without_an_identity(self):
         self.keychain(others=["Somebody else"])
         result = self.call("sign", self.application)
