@@ -93,6 +93,28 @@ class HereTest(unittest.TestCase):
                 self.assertNotEqual(result.stdout, call([ROOT / script, "--help"]).stdout)
 
 
+    def test_a_framework_is_embedded_as_it_is_with_its_links(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            given = Path(scratch) / "given"
+            framework = given / "Sparkle.framework"
+            (framework / "Versions" / "B").mkdir(parents=True)
+            (framework / "Versions" / "B" / "Sparkle").write_text("code", encoding="utf-8")
+            (framework / "Versions" / "Current").symlink_to("B")
+            (framework / "Sparkle").symlink_to("Versions/Current/Sparkle")
+            parts = [given / name for name in ("program", "recorder", "plist", "icon")]
+            for part in parts:
+                part.write_text(part.name, encoding="utf-8")
+            bundle = Path(scratch) / "Audrel.app"
+            for _ in ("the first time", "again"):
+                result = call([MACOS / "make-bundle", bundle, *parts, framework])
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+            embedded = bundle / "Contents" / "Frameworks" / "Sparkle.framework"
+            self.assertEqual(os.readlink(embedded / "Versions" / "Current"), "B")
+            self.assertEqual(os.readlink(embedded / "Sparkle"), "Versions/Current/Sparkle")
+            self.assertEqual((embedded / "Sparkle").read_text(encoding="utf-8"), "code")
+            self.assertEqual(sorted(os.listdir(embedded)), ["Sparkle", "Versions"])
+
+
 class BesideRecordedToolsTest(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
