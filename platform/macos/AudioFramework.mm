@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <new>
+#include <span>
 
 #include "platform/macos/AudioLayout.h"
 #include "platform/macos/Text.h"
@@ -68,8 +69,15 @@ class PCMBuffer final : public AV::PCMBuffer {
   std::uint32_t frameCapacity() const override { return buffer_.frameCapacity; }
   std::uint32_t frameLength() const override { return buffer_.frameLength; }
   void setFrameLength(std::uint32_t frames) override { buffer_.frameLength = frames; }
+
+  /// The framework's list has the sizes of the capacity.
   CA::AudioBufferList* mutableAudioBufferList() override {
-    return reinterpret_cast<CA::AudioBufferList*>(buffer_.mutableAudioBufferList);
+    auto* list = reinterpret_cast<CA::AudioBufferList*>(buffer_.mutableAudioBufferList);
+    const std::uint32_t size = buffer_.frameLength * format_->streamDescription().mBytesPerFrame;
+    for (CA::AudioBuffer& part : std::span(list->mBuffers, list->mNumberBuffers)) {
+      part.mDataByteSize = size;
+    }
+    return list;
   }
 
  private:

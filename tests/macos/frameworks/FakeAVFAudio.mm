@@ -141,7 +141,7 @@ static void raiseIfAskedTo(const std::string& call) {
   const UInt32 count = format.isInterleaved ? 1 : format.channelCount;
   _list = std::make_unique<std::byte[]>(offsetof(AudioBufferList, mBuffers) +
                                         count * sizeof(AudioBuffer));
-  AudioBufferList* list = self.mutableAudioBufferList;
+  AudioBufferList* list = reinterpret_cast<AudioBufferList*>(_list.get());
   list->mNumberBuffers = count;
   for (UInt32 i = 0; i < count; ++i) {
     _data.push_back(
@@ -155,8 +155,14 @@ static void raiseIfAskedTo(const std::string& call) {
   return _format;
 }
 
+/// With the sizes of the capacity, whatever the length is, as its page says.
 - (AudioBufferList*)mutableAudioBufferList {
-  return reinterpret_cast<AudioBufferList*>(_list.get());
+  auto* list = reinterpret_cast<AudioBufferList*>(_list.get());
+  for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
+    (&list->mBuffers[0])[i].mDataByteSize =
+        _frameCapacity * _format.streamDescription->mBytesPerFrame;
+  }
+  return list;
 }
 
 - (AVAudioFrameCount)frameCapacity {
@@ -172,10 +178,6 @@ static void raiseIfAskedTo(const std::string& call) {
     abort();
   }
   _frameLength = frames;
-  AudioBufferList* list = self.mutableAudioBufferList;
-  for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
-    (&list->mBuffers[0])[i].mDataByteSize = frames * _format.streamDescription->mBytesPerFrame;
-  }
 }
 
 @end
@@ -223,10 +225,10 @@ static void raiseIfAskedTo(const std::string& call) {
   auto& file = mac().files[_index];
   file.writes.push_back(writable.frameLength);
   const AudioBufferList& list = *writable.mutableAudioBufferList;
+  const UInt32 size = writable.frameLength * writable.format.streamDescription->mBytesPerFrame;
   for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
-    const AudioBuffer& one = (&list.mBuffers[0])[i];
-    const auto* bytes = static_cast<const std::byte*>(one.mData);
-    file.bytes.insert(file.bytes.end(), bytes, bytes + one.mDataByteSize);
+    const auto* bytes = static_cast<const std::byte*>((&list.mBuffers[0])[i].mData);
+    file.bytes.insert(file.bytes.end(), bytes, bytes + size);
   }
   return YES;
 }
