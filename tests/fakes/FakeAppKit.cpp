@@ -8,10 +8,6 @@ namespace {
 
 constexpr NS::Size unconfiguredSize{13, 12};
 
-std::string shown(NS::Size size) {
-  return shortNumber(size.width) + " x " + shortNumber(size.height);
-}
-
 }  // namespace
 
 FakeAppKit::FakeAppKit(Journal& journal)

@@ -9,6 +9,8 @@ namespace {
 /// Of a symbol in a configuration; without one it is another, so that a mix-up shows.
 constexpr NS::Size configuredSize{18, 16};
 
+}  // namespace
+
 std::string shown(NS::Size size) {
   return shortNumber(size.width) + " x " + shortNumber(size.height);
 }
@@ -16,8 +18,6 @@ std::string shown(NS::Size size) {
 std::string shown(const NS::Rect& rect) {
   return "(" + shortNumber(rect.x) + ", " + shortNumber(rect.y) + ", " + shown(rect.size) + ")";
 }
-
-}  // namespace
 
 void FakeGraphics::push(FakeImage& image) {
   stack_.push_back({&image, "no colour"});

@@ -12,6 +12,10 @@ namespace audrel::fakes {
 
 class FakeImage;
 
+/// As the journal has them: "18 x 16", "(0, 0, 18 x 16)".
+std::string shown(NS::Size size);
+std::string shown(const NS::Rect& rect);
+
 /// What drawing goes into, and with which colour. Drawing without a focus throws.
 class FakeGraphics {
  public:

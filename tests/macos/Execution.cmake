@@ -33,11 +33,27 @@ target_compile_options(macos_frameworks PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-w
 add_subdirectory("${PROJECT_SOURCE_DIR}/platform/macos" platform)
 target_link_libraries(audrel_macos_platform PUBLIC macos_abi)
 
-# macos_test(name SOURCES... LINKS...)
+# A unity build is meant to be quick, and knows none of Objective-C++ before CMake 3.29.
+if(CMAKE_UNITY_BUILD)
+  set(common "$<$<COMPILE_LANGUAGE:OBJCXX>:${CMAKE_CURRENT_SOURCE_DIR}/StandardLibrary.h>")
+  target_precompile_headers(macos_frameworks PRIVATE "${common}")
+  target_precompile_headers(audrel_macos_platform PRIVATE "${common}")
+endif()
+
+# What the thread sanitizer has something to say about.
+add_custom_target(audrel_macos_threads_tests)
+
+# macos_test(name SOURCES... LINKS... [THREADS])
 function(macos_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "THREADS" "" "SOURCES;LINKS" ${ARGN})
+  set(threads "")
+  if(ARG_THREADS)
+    set(threads macos-threads)
+    add_dependencies(audrel_macos_threads_tests ${name})
+  endif()
   audrel_test(${name} SOURCES ${ARG_SOURCES}
-    LINKS ${ARG_LINKS} audrel_macos_platform macos_frameworks macos_runtime LABELS macos)
+    LINKS ${ARG_LINKS} audrel_macos_platform macos_frameworks macos_runtime
+    LABELS macos ${threads})
   add_dependencies(audrel_macos_checks ${name})
 endfunction()
 
@@ -47,9 +63,9 @@ macos_test(macos_adapters_test
     execution/AppKitTest.mm
     execution/AudioFrameworkTest.mm
     execution/AudioHardwareTest.mm
-    execution/DispatchTest.mm
     execution/FoundationTest.mm
   LINKS audrel_engine audrel_fakes audrel_ui)
+macos_test(macos_queue_test SOURCES execution/DispatchTest.mm LINKS audrel_engine audrel_fakes THREADS)
 
 # What DeclarationsTest sees of the declarations is a file of its own, which is cheap to compile again.
 add_library(macos_declared OBJECT execution/Declared.mm)
@@ -67,7 +83,7 @@ if(AUDREL_SANITIZE MATCHES "address")
 endif()
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
-macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes)
+macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes THREADS)
 
 # A session that the program has to tell, however it was built.
 add_library(macos_story OBJECT execution/SessionStory.mm)
