@@ -1,5 +1,17 @@
 #include "platform/macos/AudioHardware.h"
 
+#include <array>
+#include <string_view>
+
+/// The interface's keys of dictionaries, as they are before the framework makes macros of their
+/// names.
+static constexpr std::array<std::string_view, 9> interfaceKeys = {
+    CA::kAudioAggregateDeviceNameKey,          CA::kAudioAggregateDeviceUIDKey,
+    CA::kAudioAggregateDeviceMainSubDeviceKey, CA::kAudioAggregateDeviceIsPrivateKey,
+    CA::kAudioAggregateDeviceIsStackedKey,     CA::kAudioAggregateDeviceTapAutoStartKey,
+    CA::kAudioAggregateDeviceTapListKey,       CA::kAudioSubTapUIDKey,
+    CA::kAudioSubTapDriftCompensationKey};
+
 #import <CoreAudio/AudioHardwareTapping.h>
 #import <CoreAudio/CATapDescription.h>
 #import <CoreAudio/CoreAudio.h>
@@ -23,6 +35,14 @@ struct CA::InstalledIOProc {
 
 namespace audrel::macos {
 namespace {
+
+static_assert(interfaceKeys ==
+              std::array<std::string_view, 9>{
+                  kAudioAggregateDeviceNameKey, kAudioAggregateDeviceUIDKey,
+                  kAudioAggregateDeviceMainSubDeviceKey, kAudioAggregateDeviceIsPrivateKey,
+                  kAudioAggregateDeviceIsStackedKey, kAudioAggregateDeviceTapAutoStartKey,
+                  kAudioAggregateDeviceTapListKey, kAudioSubTapUIDKey,
+                  kAudioSubTapDriftCompensationKey});
 
 const ::AudioObjectPropertyAddress* systemAddress(const CA::AudioObjectPropertyAddress& address) {
   return reinterpret_cast<const ::AudioObjectPropertyAddress*>(&address);
