@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 """Joins PNGs to an icon file of macOS: make-icns.py OUT PNG...
 
-Each size stands for itself, and for half its size on a Retina display. The entries are those that
-iconutil writes for a full set.
+Each size stands for itself, and for half its size on a Retina display.
 """
 import struct
 import sys
