@@ -19,11 +19,6 @@ std::string escaped(char32_t point) {
   return text;
 }
 
-/// JSON asks for the first ones; the others would act on a terminal that shows the object.
-bool isControl(char32_t point) {
-  return point < 0x20 || (point >= 0x7F && point <= 0x9F);
-}
-
 }  // namespace
 
 std::string jsonString(std::string_view text) {
@@ -34,7 +29,7 @@ std::string jsonString(std::string_view text) {
       json.append("\\ufffd");
     } else if (*point == '"' || *point == '\\') {
       json.append("\\").append(text.substr(0, 1));
-    } else if (isControl(*point)) {
+    } else if (isControl(*point)) {  // JSON minds the first ones alone, but terminals show JSON
       json.append(escaped(*point));
     } else {
       json.append(text.substr(0, size));

@@ -9,10 +9,6 @@ namespace audrel::cli {
 
 namespace {
 
-constexpr bool isControl(char32_t point) {
-  return point < 0x20 || (point >= 0x7F && point <= 0x9F);
-}
-
 /// Marks that change the direction of writing, and separators of lines.
 constexpr bool changesLayout(char32_t point) {
   return point == 0x061C || point == 0x200E || point == 0x200F ||

@@ -16,4 +16,9 @@ struct Utf8Character {
 /// `text` must not be empty. Overlong forms, surrogates and all beyond U+10FFFF are invalid.
 Utf8Character firstCharacter(std::string_view text);
 
+/// Those of ASCII and of Latin-1: a terminal acts on them.
+constexpr bool isControl(char32_t point) {
+  return point < 0x20 || (point >= 0x7F && point <= 0x9F);
+}
+
 }  // namespace audrel::cli
