@@ -11,13 +11,15 @@ add_custom_command(OUTPUT "${sdk}.stamp"
   VERBATIM)
 add_custom_target(macos_sdk DEPENDS "${sdk}.stamp")
 
-# macos_build(arch): target macos_<arch>, which leaves the programs, as they are with and without the
-# updater, in sparkle/<arch>/ and plain/<arch>/. One folder is built for both, since they differ in
-# one file. The oldest system is the project's own word: the toolchain says none, and tools/sw_vers
-# says a newer one, as a developer's Mac does.
+# macos_build(arch [UNITY]): target macos_<arch>, which leaves the programs, as they are with and
+# without the updater, in sparkle/<arch>/ and plain/<arch>/. One folder is built for both, since they
+# differ in one file. UNITY: in few large files, which is quicker; that each file compiles by itself is
+# seen on the other architecture. The oldest system is the project's own word: the toolchain says none,
+# and tools/sw_vers says a newer one, as a developer's Mac does.
 set(feed "https://example.invalid/appcast.xml")
 set(key "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
 function(macos_build arch)
+  cmake_parse_arguments(ARG "UNITY" "" "" ${ARGN})
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/${arch}")
   set(commands)
   foreach(variant sparkle plain)
@@ -31,7 +33,8 @@ function(macos_build arch)
         ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
         --toolchain "${CMAKE_CURRENT_SOURCE_DIR}/toolchain.cmake" --log-level=WARNING -Wno-dev
         -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} ${updater}
-        -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF
+        -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF -DCMAKE_UNITY_BUILD=${ARG_UNITY}
+        -DCMAKE_UNITY_BUILD_BATCH_SIZE=20
       COMMAND ${CMAKE_COMMAND} --build "${folder}" --target audrel audrel-record -- --quiet
       COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}"
       COMMAND ${CMAKE_COMMAND} -E copy "${folder}/audrel" "${folder}/audrel-record"
@@ -44,7 +47,7 @@ function(macos_build arch)
 endfunction()
 
 macos_build(arm64)
-macos_build(x86_64)
+macos_build(x86_64 UNITY)
 # One after the other: each uses all processors.
 add_dependencies(macos_x86_64 macos_arm64)
 
