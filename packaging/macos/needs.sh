@@ -22,6 +22,12 @@ needMacTools() {
   done
 }
 
+# needCompiler: stops unless Xcode's command-line tools are there; xcrun alone is on every Mac.
+needCompiler() {
+  xcrun --find clang++ >/dev/null 2>&1 ||
+    stop "this needs Xcode's command-line tools, which \"xcode-select --install\" gets"
+}
+
 # needBundle FOLDER: stops unless it is an application.
 needBundle() {
   [[ -f $1/Contents/Info.plist ]] || stop "\"$1\" is no application: it has no Contents/Info.plist"

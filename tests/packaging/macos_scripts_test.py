@@ -229,6 +229,17 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
         self.assertIn("no application", self.call("sign", self.tools).stderr)
         self.assertEqual(self.made_calls(), [])
 
+    def test_nothing_is_built_without_a_compiler(self):
+        self.tool("xcrun", "exit 72")
+        for name in ("cmake", "ninja", "ctest"):
+            self.recorded(name)
+        for script in ("run", "test"):
+            result = self.call(script)
+            self.assertEqual((result.returncode, result.stderr),
+                             (1, f"{script}: this needs Xcode's command-line tools, which "
+                                 '"xcode-select --install" gets\n'))
+        self.assertEqual(self.made_calls(), [])
+
     def test_notarising_needs_a_profile(self):
         self.notary("Accepted")
         result = self.call("notarise", self.application)
