@@ -16,7 +16,7 @@ add_custom_target(macos_sdk DEPENDS "${sdk}.stamp")
 # differ in one file. UNITY: in few large files, which is quicker; that each file compiles by itself is
 # seen on the other architecture. The oldest system is the project's own word: the toolchain says none,
 # and tools/sw_vers says a newer one, as a developer's Mac does.
-set(feed "https://example.invalid/appcast.xml")
+set(feed "https://example.invalid/appcast.xml?for=all&of=them")
 set(key "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
 function(macos_build arch)
   cmake_parse_arguments(ARG "UNITY" "" "" ${ARGN})
