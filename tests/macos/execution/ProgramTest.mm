@@ -233,13 +233,14 @@ TEST_F(ProgramTest, countsCyclesForWhoseBuffersTheFrameworkRaisesAnExceptionAndG
 }
 
 TEST_F(ProgramTest, logsAWriteThatRaisesAnExceptionAndWritesTheNext) {
+  mac().holdsQueues = true;
   run([] {
     choose("Start Recording");
     mac().raising["AVAudioFile.writeFromBuffer:error:"] = "required condition is false: a reason";
     fakemac::deliver({counting(16)});
-    while (!contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
-                                "failed: required condition is false: a reason")) {
-    }
+    fakemac::runQueues();
+    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
+                                    "failed: required condition is false: a reason"));
     mac().raising.clear();
     fakemac::deliver({counting(16)});
     choose("Stop Recording");
@@ -249,13 +250,14 @@ TEST_F(ProgramTest, logsAWriteThatRaisesAnExceptionAndWritesTheNext) {
 }
 
 TEST_F(ProgramTest, logsAWriteThatFailsAndWritesTheNext) {
+  mac().holdsQueues = true;
   run([] {
     choose("Start Recording");
     mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."};
     fakemac::deliver({counting(16)});
-    while (!contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
-                                "failed: The disk is full.")) {
-    }
+    fakemac::runQueues();
+    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
+                                    "failed: The disk is full."));
     mac().writeFails.reset();
     fakemac::deliver({counting(16)});
     choose("Stop Recording");
