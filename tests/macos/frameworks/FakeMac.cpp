@@ -1,7 +1,7 @@
 #include "tests/macos/frameworks/FakeMac.h"
 
+#include <algorithm>
 #include <memory>
-#include <utility>
 
 namespace audrel::fakemac {
 namespace {
@@ -13,9 +13,16 @@ std::unique_ptr<Mac>& current() {
 
 }  // namespace
 
+Mac::~Mac() {
+  takeJournal();
+}
+
 void Mac::note(const std::string& line) {
-  const std::lock_guard lock(mutex_);
-  journal_.push_back(line);
+  auto noted = std::make_unique<Line>(line, last_.load(std::memory_order_relaxed));
+  while (!last_.compare_exchange_weak(noted->previous, noted.get(), std::memory_order_release,
+                                      std::memory_order_relaxed)) {
+  }
+  noted.release();
 }
 
 void Mac::noteDetail(const std::string& line) {
@@ -25,8 +32,14 @@ void Mac::noteDetail(const std::string& line) {
 }
 
 std::vector<std::string> Mac::takeJournal() {
-  const std::lock_guard lock(mutex_);
-  return std::exchange(journal_, {});
+  std::vector<std::string> lines;
+  std::unique_ptr<Line> line(last_.exchange(nullptr, std::memory_order_acquire));
+  while (line) {
+    lines.push_back(std::move(line->text));
+    line.reset(line->previous);
+  }
+  std::reverse(lines.begin(), lines.end());
+  return lines;
 }
 
 std::int32_t Mac::statusOf(const std::string& call) const {

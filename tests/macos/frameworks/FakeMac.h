@@ -1,11 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -46,7 +46,13 @@ struct Alert {
 
 class Mac {
  public:
-  /// Any thread.
+  Mac() = default;
+  ~Mac();
+  Mac(const Mac&) = delete;
+  Mac& operator=(const Mac&) = delete;
+
+  /// Any thread, without order between threads: the thread sanitizer is to see what the program
+  /// itself leaves without order.
   void note(const std::string& line);
 
   /// While it tells all.
@@ -118,8 +124,11 @@ class Mac {
   std::function<void()> whenTerminated;
 
  private:
-  std::mutex mutex_;
-  std::vector<std::string> journal_;
+  struct Line {
+    std::string text;
+    Line* previous;
+  };
+  std::atomic<Line*> last_ = nullptr;
 };
 
 /// The one that the frameworks talk to, of the `ScopedMac` that lives.

@@ -1,5 +1,6 @@
 #include "tests/macos/runtime/Classes.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -34,6 +35,7 @@ struct Registry {
   std::unordered_set<std::string> selectors;
   std::unordered_map<std::string, Class*> classes;
   std::unordered_map<const Class*, std::unordered_map<Selector, Implementation>> methods;
+  std::unordered_map<const Class*, std::atomic<std::size_t>> instances;
   std::unordered_set<const Class*> realized;
 };
 
@@ -81,6 +83,7 @@ void realize(Class* type) {
   addMethods(type, type->data().methods);
   addMethods(type->isa, type->isa->data().methods);
   registry().classes[type->data().name] = type;
+  registry().instances[type] = 0;
   if (type->superclass != nullptr) {
     slideVariables(type);
   }
@@ -126,6 +129,10 @@ Class* classNamed(const char* name) {
   return found == registry().classes.end() ? nullptr : found->second;
 }
 
+std::atomic<std::size_t>& instancesOf(const Class* type) {
+  return registry().instances.at(type);
+}
+
 Implementation findOwn(const Class* type, Selector selector) {
   const auto methods = registry().methods.find(type);
   if (methods == registry().methods.end()) {
@@ -142,6 +149,19 @@ Implementation find(const Class* type, Selector selector) {
     }
   }
   return nullptr;
+}
+
+std::size_t liveObjects() {
+  std::size_t count = 0;
+  for (const auto& [type, instances] : registry().instances) {
+    count += instances.load(std::memory_order_relaxed);
+  }
+  return count;
+}
+
+std::size_t liveObjectsOf(const char* className) {
+  const Class* type = classNamed(className);
+  return type == nullptr ? 0 : instancesOf(type).load(std::memory_order_relaxed);
 }
 
 bool instancesRespondTo(const char* className, const char* selector) {

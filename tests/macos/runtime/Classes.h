@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <span>
 
 #include "tests/macos/runtime/Metadata.h"
@@ -27,6 +29,11 @@ Implementation findOwn(const Class* type, Selector selector);
 
 /// Null when there is none.
 Class* classNamed(const char* name);
+
+/// How many there are of that very class. To be counted with relaxed order, like everything in this
+/// runtime that threads pass through without being ordered by it on a Mac: the thread sanitizer is
+/// to see what the program itself leaves without order.
+std::atomic<std::size_t>& instancesOf(const Class* type);
 
 /// What constant strings have for a class stands for that of their implementation.
 const Class* resolved(const Class* type);

@@ -17,17 +17,19 @@ Object* objc_retain(Object* object);
 void objc_release(Object* object);
 Object* objc_autorelease(Object* object);
 
+/// The selector is a unique one.
 static Object* sendForObject(void* receiver, Selector selector) {
-  return reinterpret_cast<Object* (*)(void*, Selector)>(&objc_msgSend)(receiver,
-                                                                       objc::unique(selector));
+  return reinterpret_cast<Object* (*)(void*, Selector)>(&objc_msgSend)(receiver, selector);
 }
 
 Object* objc_alloc(Class* type) {
-  return sendForObject(type, "alloc");
+  static const Selector alloc = objc::unique("alloc");
+  return sendForObject(type, alloc);
 }
 
 Object* objc_alloc_init(Class* type) {
-  return sendForObject(objc_alloc(type), "init");
+  static const Selector init = objc::unique("init");
+  return sendForObject(objc_alloc(type), init);
 }
 
 Object* objc_opt_self(Object* object) {
@@ -66,7 +68,8 @@ void objc_setProperty_nonatomic(Object* object, Selector, Object* value, std::pt
 }
 
 void objc_setProperty_atomic_copy(Object* object, Selector, Object* value, std::ptrdiff_t offset) {
-  setRetained(object, offset, value == nullptr ? nullptr : sendForObject(value, "copy"));
+  static const Selector copy = objc::unique("copy");
+  setRetained(object, offset, value == nullptr ? nullptr : sendForObject(value, copy));
 }
 
 void objc_setProperty_nonatomic_copy(Object* object, Selector selector, Object* value,

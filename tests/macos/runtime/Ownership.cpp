@@ -2,11 +2,8 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <mutex>
 #include <new>
-#include <set>
-#include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -27,20 +24,19 @@ namespace {
 /// Stands before every object.
 struct alignas(16) Header {
   std::atomic<long> references = 1;
+  std::atomic<bool> isWeaklyReferred = false;
 };
 
 struct Bookkeeping {
   std::mutex mutex;
   std::unordered_map<const Object*, std::unordered_set<Object**>> weakReferences;
-  std::set<const Object*> live;
+  std::vector<const Object*> withoutPool;
 };
 
 Bookkeeping& bookkeeping() {
   static auto* const bookkeeping = new Bookkeeping;
   return *bookkeeping;
 }
-
-std::atomic<std::size_t> withoutPool = 0;
 
 /// All pools of a thread, the innermost last. Null stands where one begins.
 struct Pools {
@@ -60,10 +56,6 @@ bool isCounted(const Object* object) {
          (type->data().flags & objc::isMetaclass) == 0;
 }
 
-void send(Object* receiver, Selector selector) {
-  reinterpret_cast<void (*)(Object*, Selector)> (&objc_msgSend)(receiver, objc::unique(selector));
-}
-
 /// The C++ members of an object's own class and those above it.
 void callOwnOfEach(Object* object, Selector selector, bool fromTheRoot) {
   std::vector<const Class*> line;
@@ -71,7 +63,7 @@ void callOwnOfEach(Object* object, Selector selector, bool fromTheRoot) {
     line.insert(fromTheRoot ? line.begin() : line.end(), type);
   }
   for (const Class* type : line) {
-    if (const auto method = objc::findOwn(type, objc::unique(selector))) {
+    if (const auto method = objc::findOwn(type, selector)) {
       reinterpret_cast<void (*)(Object*, Selector)>(method)(object, selector);
     }
   }
@@ -81,22 +73,9 @@ void callOwnOfEach(Object* object, Selector selector, bool fromTheRoot) {
 
 namespace audrel::objcruntime {
 
-std::size_t liveObjects() {
-  const std::lock_guard lock(bookkeeping().mutex);
-  return bookkeeping().live.size();
-}
-
-std::size_t liveObjectsOf(const char* className) {
-  const std::lock_guard lock(bookkeeping().mutex);
-  std::size_t count = 0;
-  for (const Object* object : bookkeeping().live) {
-    count += std::strcmp(object->isa->data().name, className) == 0 ? 1 : 0;
-  }
-  return count;
-}
-
 std::size_t autoreleasedWithoutPool() {
-  return withoutPool;
+  const std::lock_guard lock(bookkeeping().mutex);
+  return bookkeeping().withoutPool.size();
 }
 
 }  // namespace audrel::objcruntime
@@ -107,18 +86,16 @@ Object* audrelMakeInstance(Class* type) {
   void* memory = std::calloc(1, sizeof(Header) + type->data().instanceSize);
   auto* object = reinterpret_cast<Object*>(new (memory) Header + 1);
   object->isa = type;
-  callOwnOfEach(object, ".cxx_construct", true);
-  const std::lock_guard lock(bookkeeping().mutex);
-  bookkeeping().live.insert(object);
+  static const Selector construct = objc::unique(".cxx_construct");
+  callOwnOfEach(object, construct, true);
+  objc::instancesOf(type).fetch_add(1, std::memory_order_relaxed);
   return object;
 }
 
 void audrelDestroyInstance(Object* object) {
-  callOwnOfEach(object, ".cxx_destruct", false);
-  {
-    const std::lock_guard lock(bookkeeping().mutex);
-    bookkeeping().live.erase(object);
-  }
+  static const Selector destruct = objc::unique(".cxx_destruct");
+  callOwnOfEach(object, destruct, false);
+  objc::instancesOf(object->isa).fetch_sub(1, std::memory_order_relaxed);
   std::free(&headerOf(object));
 }
 
@@ -147,7 +124,7 @@ void objc_release(Object* object) {
       headerOf(object).references.fetch_sub(1, std::memory_order_acq_rel) != 1) {
     return;
   }
-  {
+  if (headerOf(object).isWeaklyReferred.load(std::memory_order_relaxed)) {
     const std::lock_guard lock(bookkeeping().mutex);
     const auto found = bookkeeping().weakReferences.find(object);
     if (found != bookkeeping().weakReferences.end()) {
@@ -157,7 +134,8 @@ void objc_release(Object* object) {
       bookkeeping().weakReferences.erase(found);
     }
   }
-  send(object, "dealloc");
+  static const Selector dealloc = objc::unique("dealloc");
+  reinterpret_cast<void (*)(Object*, Selector)> (&objc_msgSend)(object, dealloc);
 }
 
 Object* objc_autorelease(Object* object) {
@@ -166,7 +144,8 @@ Object* objc_autorelease(Object* object) {
   }
   if (pools.depth == 0) {
     if (isCounted(object)) {
-      ++withoutPool;
+      const std::lock_guard lock(bookkeeping().mutex);
+      bookkeeping().withoutPool.push_back(object);
     }
     return object;
   }
@@ -222,6 +201,9 @@ Object* objc_initWeak(Object** reference, Object* object) {
   *reference = object;
   if (object != nullptr) {
     bookkeeping().weakReferences[object].insert(reference);
+    if (isCounted(object)) {
+      headerOf(object).isWeaklyReferred.store(true, std::memory_order_relaxed);
+    }
   }
   return object;
 }
