@@ -35,19 +35,23 @@ class AudioFormat {
   virtual AudioCommonFormat commonFormat() const = 0;
 };
 
-/// A run of audio in memory, with memory of its own.
+/// A run of audio in memory, with memory of its own: one `AudioBuffer` of all channels when its
+/// format is interleaved, else one a channel.
 class PCMBuffer {
  public:
   virtual ~PCMBuffer() = default;
 
   virtual const AudioFormat& format() const = 0;
   virtual std::uint32_t frameCapacity() const = 0;
+
+  /// 0 at first.
   virtual std::uint32_t frameLength() const = 0;
 
   /// At most `frameCapacity()`. Sets every buffer's `mDataByteSize` to match.
   virtual void setFrameLength(std::uint32_t frames) = 0;
 
-  /// Valid as long as the buffer lives.
+  /// Valid as long as the buffer lives. Each buffer of the list has memory for `frameCapacity()`
+  /// frames.
   virtual CA::AudioBufferList* mutableAudioBufferList() = 0;
 
   /// Hands the buffer on to a queue. It is part of the buffer's own allocation, so that with the
@@ -55,7 +59,8 @@ class PCMBuffer {
   dispatch::WorkItem workItem;
 };
 
-/// A file open for writing. The last reference to go finalises and closes it.
+/// A file open for writing. The last reference to go finalises and closes it: when it is gone, the
+/// file is complete, and any program can play it.
 class AudioFile {
  public:
   virtual ~AudioFile() = default;
@@ -88,16 +93,18 @@ class AudioFramework {
   virtual ~AudioFramework() = default;
 
   /// `AVAudioFormat`'s `init(streamDescription:)`; null when the description describes no format.
+  /// What is no linear PCM may be a format, with no common one, of which no buffer can be made.
   virtual std::shared_ptr<const AudioFormat> makeFormat(
       const CA::AudioStreamBasicDescription& description) = 0;
 
-  /// `AVAudioPCMBuffer`'s `init(pcmFormat:frameCapacity:)`; null when there is no memory. Called
-  /// on the IO thread: allocates, but takes no lock of ours and never throws.
+  /// `AVAudioPCMBuffer`'s `init(pcmFormat:frameCapacity:)`; null when there is no memory.
+  /// Called on the IO thread: allocates, but takes no lock of ours and never throws.
   virtual std::unique_ptr<PCMBuffer> makePCMBuffer(const std::shared_ptr<const AudioFormat>& format,
                                                    std::uint32_t frameCapacity) noexcept = 0;
 
   /// `AVAudioFile`'s `initForWriting:settings:commonFormat:interleaved:error:`; null when `error`
-  /// was set.
+  /// was set, as it is when `url` is a folder, or in none. A file that is there already is an error
+  /// and stays, or is replaced whole.
   virtual std::shared_ptr<AudioFile> openForWriting(const std::filesystem::path& url,
                                                     const Settings& settings,
                                                     AudioCommonFormat commonFormat,

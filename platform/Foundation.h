@@ -28,9 +28,12 @@ using Date = std::chrono::system_clock::time_point;
 class Clock {
  public:
   virtual ~Clock() = default;
+
+  /// The time of day.
   virtual Date now() = 0;
 };
 
+/// Folders are absolute paths.
 class FileManager {
  public:
   virtual ~FileManager() = default;
@@ -47,7 +50,8 @@ class UUIDFactory {
  public:
   virtual ~UUIDFactory() = default;
 
-  /// A new random UUID's text: upper-case hexadecimal with hyphens, 36 characters.
+  /// A new random UUID's text: upper-case hexadecimal with hyphens, 36 characters. Never the same
+  /// twice.
   virtual std::string uuidString() = 0;
 };
 
@@ -61,7 +65,8 @@ class Collation {
  public:
   virtual ~Collation() = default;
 
-  /// `localizedCaseInsensitiveCompare:` of two UTF-8 texts in the user's locale.
+  /// `localizedCaseInsensitiveCompare:` of two UTF-8 texts in the user's locale. Texts can be
+  /// sorted by it; those that differ in case alone are the same.
   virtual ComparisonResult localizedCaseInsensitiveCompare(std::string_view left,
                                                            std::string_view right) = 0;
 };
@@ -77,11 +82,13 @@ class URLParser {
  public:
   virtual ~URLParser() = default;
 
-  /// `NSURL`'s `URLWithString:`; nothing when `text` is no URL.
+  /// `NSURL`'s `URLWithString:`; nothing when `text` is no URL. A text without a character that has
+  /// to be escaped stays as it is.
   virtual std::optional<URL> urlWithString(const std::string& text) = 0;
 };
 
-/// The standard user defaults of the application. Nothing is registered in advance.
+/// The standard user defaults of the application. Nothing is registered in advance. What is set
+/// lasts until it is removed, beyond the object and the program.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
@@ -96,7 +103,8 @@ class Timer {
  public:
   virtual ~Timer() = default;
 
-  /// The timer fires no more.
+  /// The timer fires no more. May be called in the timer's own block, which is not destroyed before
+  /// it returns.
   virtual void invalidate() = 0;
 };
 

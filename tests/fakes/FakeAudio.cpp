@@ -38,14 +38,18 @@ bool FakeFormat::isInterleaved() const {
 }
 
 AV::AudioCommonFormat FakeFormat::commonFormat() const {
+  using enum AV::AudioCommonFormat;
   const bool isFloat = (description_.mFormatFlags & CA::kAudioFormatFlagIsFloat) != 0;
-  if (isFloat && description_.mBitsPerChannel == 32) {
-    return AV::AudioCommonFormat::pcmFormatFloat32;
+  switch (description_.mBitsPerChannel) {
+    case 16:
+      return isFloat ? otherFormat : pcmFormatInt16;
+    case 32:
+      return isFloat ? pcmFormatFloat32 : pcmFormatInt32;
+    case 64:
+      return isFloat ? pcmFormatFloat64 : otherFormat;
+    default:
+      return otherFormat;
   }
-  if (!isFloat && description_.mBitsPerChannel == 16) {
-    return AV::AudioCommonFormat::pcmFormatInt16;
-  }
-  return AV::AudioCommonFormat::otherFormat;
 }
 
 class FakeAudio::Buffer final : public AV::PCMBuffer {
@@ -55,13 +59,15 @@ class FakeAudio::Buffer final : public AV::PCMBuffer {
       : format_(std::move(format)),
         frameSize_(format_->streamDescription().mBytesPerFrame),
         frameCapacity_(frameCapacity) {
-    const std::uint32_t ownCount = format_->isInterleaved() ? 1 : format_->channelCount();
+    const bool isInterleaved = format_->isInterleaved();
+    const std::uint32_t ownCount = isInterleaved ? 1 : format_->channelCount();
     const std::uint32_t count = audio.buffersInList.value_or(ownCount);
     std::vector<CA::AudioBuffer> buffers;
     for (std::uint32_t i = 0; i < count; ++i) {
       auto& bytes = data_.emplace_back(std::size_t{frameCapacity} * frameSize_);
       const bool hasData = !audio.buffersWithoutData.contains(i);
-      buffers.push_back({1, 0, hasData ? bytes.data() : nullptr});
+      buffers.push_back(
+          {isInterleaved ? format_->channelCount() : 1, 0, hasData ? bytes.data() : nullptr});
     }
     list_ = makeBufferList(storage_, buffers);
   }
@@ -135,9 +141,10 @@ class FakeAudio::File final : public AV::AudioFile {
 
 std::shared_ptr<const AV::AudioFormat> FakeAudio::makeFormat(
     const CA::AudioStreamBasicDescription& description) {
+  const bool isFormat = !makesNoFormat && description.mFormatID == CA::kAudioFormatLinearPCM;
   journal_.add(std::string("AVAudioFormat(streamDescription) -> ") +
-               (makesNoFormat ? "nothing" : "format"));
-  return makesNoFormat ? nullptr : std::make_shared<FakeFormat>(description);
+               (isFormat ? "format" : "nothing"));
+  return isFormat ? std::make_shared<FakeFormat>(description) : nullptr;
 }
 
 std::unique_ptr<AV::PCMBuffer> FakeAudio::makePCMBuffer(

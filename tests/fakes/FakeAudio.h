@@ -51,7 +51,7 @@ class FakeAudio final : public AV::AudioFramework {
  public:
   explicit FakeAudio(Journal& journal) : journal_(journal) {}
 
-  /// No description describes a format.
+  /// No description describes a format, not even one of linear PCM.
   bool makesNoFormat = false;
   /// No buffer can be made.
   bool hasNoMemory = false;

@@ -1,0 +1,93 @@
+#include <glib.h>
+
+#include <chrono>
+#include <optional>
+#include <thread>
+
+#include "platform/linux/desktop/Clock.h"
+#include "platform/linux/desktop/Collation.h"
+#include "platform/linux/desktop/FileManager.h"
+#include "platform/linux/desktop/UUIDFactory.h"
+#include "platform/linux/ffmpeg/AudioFramework.h"
+#include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/session/URLParser.h"
+#include "platform/linux/session/UserDefaults.h"
+#include "platform/linux/tray/RunLoop.h"
+#include "tests/contract/AudioBufferContract.h"
+#include "tests/contract/AudioFileContract.h"
+#include "tests/contract/AudioFormatContract.h"
+#include "tests/contract/ClockContract.h"
+#include "tests/contract/CollationContract.h"
+#include "tests/contract/DiagnosticsContract.h"
+#include "tests/contract/FileManagerContract.h"
+#include "tests/contract/LastingUserDefaultsContract.h"
+#include "tests/contract/RunningApplicationsContract.h"
+#include "tests/contract/TimerContract.h"
+#include "tests/contract/URLContract.h"
+#include "tests/contract/UUIDContract.h"
+#include "tests/contract/UserDefaultsContract.h"
+#include "tests/fakes/FakeSystem.h"
+
+namespace audrel::contract {
+namespace {
+
+class LinuxInterfaces {
+ public:
+  AV::AudioFramework& audioFramework() { return audioFramework_; }
+  NS::Clock& clock() { return clock_; }
+  NS::Collation& collation() { return collation_; }
+  NS::FileManager& fileManager() { return fileManager_; }
+  NS::RunLoop& runLoop() { return runLoop_; }
+  NS::RunningApplications& runningApplications() { return hardware_; }
+  NS::URLParser& urlParser() { return urlParser_; }
+  NS::UUIDFactory& uuids() { return uuids_; }
+  capture::Diagnostics& diagnostics() { return hardware_; }
+
+  NS::UserDefaults& userDefaults() {
+    if (!userDefaults_) {
+      userDefaults_.emplace(folder_ / "defaults.ini", log_.makeLogger("org.example", "settings"));
+    }
+    return *userDefaults_;
+  }
+  void forgetUserDefaults() { userDefaults_.reset(); }
+
+  void letRunLoopRun() {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(20);
+    while (std::chrono::steady_clock::now() < end) {
+      if (g_main_context_iteration(nullptr, FALSE) == FALSE) {
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+      }
+    }
+  }
+
+ private:
+  ScratchFolder folder_;
+  fakes::Journal journal_;
+  fakes::FakeLog log_{journal_};
+  linuxos::AudioFramework audioFramework_{log_};
+  linuxos::Clock clock_;
+  linuxos::Collation collation_{"en_GB.UTF-8"};
+  linuxos::FileManager fileManager_;
+  linuxos::RunLoop runLoop_;
+  linuxos::URLParser urlParser_;
+  linuxos::UUIDFactory uuids_;
+  linuxos::CaptureHardware hardware_{log_, uuids_};
+  std::optional<linuxos::UserDefaults> userDefaults_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioBufferContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioFileContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioFormatContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, ClockContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, CollationContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, DiagnosticsContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LastingUserDefaultsContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RunningApplicationsContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TimerContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, URLContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, UUIDContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, UserDefaultsContract, LinuxInterfaces);
+
+}  // namespace
+}  // namespace audrel::contract
