@@ -27,7 +27,8 @@ bool FileManager::fileExists(const std::filesystem::path& path) {
     NSFileManager* manager = NSFileManager.defaultManager;
     NSString* text = [manager stringWithFileSystemRepresentation:path.c_str()
                                                           length:path.native().size()];
-    return [manager fileExistsAtPath:text];
+    // Of bytes that are no UTF-8 the framework makes no text, and takes none.
+    return text != nil && [manager fileExistsAtPath:text];
   }
 }
 
@@ -96,12 +97,15 @@ class Timer final : public NS::Timer {
 
 std::shared_ptr<NS::Timer> RunLoop::scheduleRepeatingTimer(double interval,
                                                            std::function<void()> block) {
+  const auto shared = std::make_shared<std::function<void()>>(std::move(block));
   @autoreleasepool {
     return std::make_shared<Timer>([NSTimer
         scheduledTimerWithTimeInterval:interval
                                repeats:YES
                                  block:^(NSTimer*) {
-                                   callProgram("A timer's block", [&block] { block(); });
+                                   // It may invalidate its timer, which then lets go of it.
+                                   const auto held = shared;
+                                   callProgram("A timer's block", [&held] { (*held)(); });
                                  }]);
   }
 }

@@ -24,7 +24,7 @@ target_compile_options(macos_runtime PRIVATE -Wno-pedantic -Wno-old-style-cast
 add_library(macos_frameworks OBJECT
   frameworks/FakeAVFAudio.mm frameworks/FakeAppKit.mm frameworks/FakeCoreAudio.mm
   frameworks/FakeFoundation.mm frameworks/FakeGraphics.mm frameworks/FakeMac.cpp
-  frameworks/FakeSparkle.mm frameworks/FakeSystem.mm)
+  frameworks/FakeSparkle.mm frameworks/FakeSystem.mm frameworks/FileOnDisk.cpp)
 target_link_libraries(macos_frameworks PUBLIC audrel_options macos_abi)
 # They implement a part of what is declared, and trust the declarations where theirs differ.
 target_compile_options(macos_frameworks PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-w>")
@@ -65,7 +65,22 @@ macos_test(macos_adapters_test
     execution/AudioHardwareTest.mm
     execution/FoundationTest.mm
   LINKS audrel_engine audrel_fakes audrel_ui)
-macos_test(macos_queue_test SOURCES execution/DispatchTest.mm LINKS audrel_engine audrel_fakes THREADS)
+macos_test(macos_queue_test SOURCES execution/DispatchTest.mm THREADS)
+
+# What every platform promises, in the very files that a Mac compiles.
+set(contract "${PROJECT_SOURCE_DIR}/tests/contract")
+macos_test(macos_contract_test
+  SOURCES
+    "${contract}/MacInterfacesTest.cpp"
+    "${contract}/MacQueueTest.cpp"
+    execution/StandInForMac.cpp
+  LINKS audrel_contract audrel_engine audrel_fakes
+  THREADS)
+
+# What a Mac has in the place of StandInForMac.cpp; here it is only compiled.
+add_library(macos_contract_on_a_mac OBJECT "${contract}/RealMac.cpp")
+target_link_libraries(macos_contract_on_a_mac PRIVATE audrel_options)
+add_dependencies(audrel_macos_checks macos_contract_on_a_mac)
 
 # What DeclarationsTest sees of the declarations is a file of its own, which is cheap to compile again.
 add_library(macos_declared OBJECT execution/Declared.mm)

@@ -1,29 +1,6 @@
 #include "platform/macos/Dispatch.h"
 
-#include <cstdlib>
-
-#include "tests/contract/EngineLifetimeContract.h"
-#include "tests/contract/QueueContract.h"
 #include "tests/macos/execution/MacTest.h"
-
-namespace audrel::contract {
-namespace {
-
-class MacQueues {
- public:
-  dispatch::Dispatch& dispatch() { return dispatch_; }
-  void letRun(dispatch::Queue&) {}
-
- private:
-  fakemac::ScopedMac mac_;
-  macos::Dispatch dispatch_;
-};
-
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, QueueContract, MacQueues);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, EngineLifetimeContract, MacQueues);
-
-}  // namespace
-}  // namespace audrel::contract
 
 extern "C" id objc_retainAutorelease(id object);
 

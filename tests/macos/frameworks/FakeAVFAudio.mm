@@ -1,11 +1,13 @@
 #import <AVFAudio/AVFAudio.h>
 
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
 #include "tests/macos/frameworks/FakeCoreAudio.h"
 #include "tests/macos/frameworks/FakeFoundation.h"
 #include "tests/macos/frameworks/FakeMac.h"
+#include "tests/macos/frameworks/FileOnDisk.h"
 
 using audrel::fakemac::Failure;
 using audrel::fakemac::mac;
@@ -78,8 +80,9 @@ static void raiseIfAskedTo(const std::string& call) {
 - (instancetype)initWithStreamDescription:(const AudioStreamBasicDescription*)description {
   raiseIfAskedTo("AVAudioFormat.initWithStreamDescription:");
   _description = *description;
-  const bool isKnown =
-      description->mFormatID == kAudioFormatLinearPCM && description->mSampleRate > 0;
+  const bool isKnown = (description->mFormatID == kAudioFormatLinearPCM ||
+                        description->mFormatID == kAudioFormatMPEG4AAC) &&
+                       description->mSampleRate > 0;
   mac().note("AVAudioFormat(" + audrel::fakemac::described(_description) + ") -> " +
              (isKnown ? "format" : "nil"));
   return isKnown ? self : nil;
@@ -102,8 +105,20 @@ static void raiseIfAskedTo(const std::string& call) {
 }
 
 - (AVAudioCommonFormat)commonFormat {
-  return (_description.mFormatFlags & kAudioFormatFlagIsFloat) != 0 ? AVAudioPCMFormatFloat32
-                                                                    : AVAudioOtherFormat;
+  if (_description.mFormatID != kAudioFormatLinearPCM) {
+    return AVAudioOtherFormat;
+  }
+  const bool isFloat = (_description.mFormatFlags & kAudioFormatFlagIsFloat) != 0;
+  switch (_description.mBitsPerChannel) {
+    case 16:
+      return isFloat ? AVAudioOtherFormat : AVAudioPCMFormatInt16;
+    case 32:
+      return isFloat ? AVAudioPCMFormatFloat32 : AVAudioPCMFormatInt32;
+    case 64:
+      return isFloat ? AVAudioPCMFormatFloat64 : AVAudioOtherFormat;
+    default:
+      return AVAudioOtherFormat;
+  }
 }
 
 @end
@@ -131,6 +146,9 @@ static void raiseIfAskedTo(const std::string& call) {
 - (instancetype)initWithPCMFormat:(AVAudioFormat*)format
                     frameCapacity:(AVAudioFrameCount)frameCapacity {
   raiseIfAskedTo("AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:");
+  if (format.streamDescription->mFormatID != kAudioFormatLinearPCM) {
+    audrel::fakemac::raise("com.apple.coreaudio.avfaudio", "no format of linear PCM");
+  }
   mac().note("AVAudioPCMBuffer(" + std::to_string(frameCapacity) + " frames) -> " +
              (mac().hasMemoryForBuffers ? "buffer" : "nil"));
   if (!mac().hasMemoryForBuffers) {
@@ -182,9 +200,16 @@ static void raiseIfAskedTo(const std::string& call) {
 
 @end
 
+/// The value of a number.
+static double number(id described) {
+  const std::string text = audrel::fakemac::described(described);
+  return std::stod(text.substr(text.find(' ')));
+}
+
 @implementation AVAudioFile {
   std::size_t _index;
   BOOL _isOpen;
+  std::unique_ptr<audrel::fakemac::FileOnDisk> _onDisk;
 }
 
 - (instancetype)initForWriting:(NSURL*)url
@@ -203,6 +228,16 @@ static void raiseIfAskedTo(const std::string& call) {
   if (mac().openFails) {
     mac().note(call + giveError(*mac().openFails, error));
     return nil;
+  }
+  if (mac().hasDisk) {
+    const bool isWav = number(settings[AVFormatIDKey]) == kAudioFormatLinearPCM;
+    const auto rate = static_cast<std::uint32_t>(number(settings[AVSampleRateKey]));
+    const auto channels = static_cast<std::uint16_t>(number(settings[AVNumberOfChannelsKey]));
+    _onDisk = audrel::fakemac::FileOnDisk::create(path, isWav, rate, channels);
+    if (_onDisk == nullptr) {
+      mac().note(call + giveError({"com.apple.coreaudio.avfaudio", errno, strerror(errno)}, error));
+      return nil;
+    }
   }
   mac().note(call + "file");
   _index = mac().files.size();
@@ -229,6 +264,9 @@ static void raiseIfAskedTo(const std::string& call) {
   for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
     const auto* bytes = static_cast<const std::byte*>((&list.mBuffers[0])[i].mData);
     file.bytes.insert(file.bytes.end(), bytes, bytes + size);
+  }
+  if (_onDisk != nullptr) {
+    _onDisk->append(static_cast<const float*>(list.mBuffers[0].mData), writable.frameLength);
   }
   return YES;
 }

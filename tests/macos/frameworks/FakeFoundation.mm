@@ -1,5 +1,7 @@
 #include "tests/macos/frameworks/FakeFoundation.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -342,7 +344,11 @@ static NSString* made(const std::string& text) {
 }
 
 - (BOOL)fileExistsAtPath:(NSString*)path {
-  const bool exists = mac().existing.contains(path.UTF8String);
+  if (path == nil) {
+    abort();  // declared nonnull
+  }
+  const bool exists =
+      mac().hasDisk ? access(path.UTF8String, F_OK) == 0 : mac().existing.contains(path.UTF8String);
   mac().noteDetail("NSFileManager.fileExistsAtPath: " + audrel::fakemac::described(path) + " -> " +
                    (exists ? "true" : "false"));
   return exists;
@@ -425,16 +431,27 @@ static std::vector<NSTimer*>& timers() {
 @synthesize reason = _reason;
 @end
 
+// The timer alone holds its block: one that invalidates its timer is gone in its own midst.
 void fireTimers() {
   const std::vector<NSTimer*> scheduled = timers();
   for (NSTimer* timer : scheduled) {
     @autoreleasepool {
-      if (void (^block)(NSTimer*) = timer->_block) {
+      __unsafe_unretained void (^block)(NSTimer*) = timer->_block;
+      if (block != nil) {
         mac().note(timer->_name + " fires");
         block(timer);
       }
     }
   }
+}
+
+const CFRunLoopMode kCFRunLoopDefaultMode = (__bridge CFStringRef) @"kCFRunLoopDefaultMode";
+
+// As if as much time had passed as it takes for each timer to fire once.
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds,
+                                      Boolean returnAfterSourceHandled) {
+  fireTimers();
+  return kCFRunLoopRunTimedOut;
 }
 
 std::size_t scheduledTimers() {

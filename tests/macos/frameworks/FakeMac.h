@@ -101,6 +101,9 @@ class Mac {
   /// defaults, files, applications.
   bool tellsAll = false;
 
+  /// Looks for files on this machine's disk, and writes recordings there.
+  bool hasDisk = false;
+
   /// How many were made.
   std::uint32_t uuids = 0;
   std::uint32_t timers = 0;

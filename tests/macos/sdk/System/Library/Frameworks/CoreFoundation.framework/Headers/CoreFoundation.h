@@ -29,3 +29,20 @@ struct CGRect {  // cgrect
   CGPoint origin;
   CGSize size;
 };
+
+typedef double CFTimeInterval;      // cftimeinterval
+typedef CFStringRef CFRunLoopMode;  // cfrunloopmode
+
+// cfrunlooprunresult
+typedef CF_ENUM(SInt32, CFRunLoopRunResult) {
+  kCFRunLoopRunFinished = 1,
+  kCFRunLoopRunStopped = 2,
+  kCFRunLoopRunTimedOut = 3,
+  kCFRunLoopRunHandledSource = 4,
+};
+
+CF_EXPORT const CFRunLoopMode kCFRunLoopDefaultMode;  // cfrunloopmode/defaultmode
+
+// cfrunloopruninmode(_:_:_:)
+CF_EXPORT CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds,
+                                                Boolean returnAfterSourceHandled);
