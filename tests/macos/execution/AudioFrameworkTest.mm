@@ -158,6 +158,7 @@ TEST_F(AudioFrameworkTest, aFileIsClosedWhenItsLastReferenceGoesInWhicheverPool)
     EXPECT_TRUE(mac().files.front().isOpen);
     file.reset();
     EXPECT_FALSE(mac().files.front().isOpen);
+    EXPECT_EQ(objcruntime::liveObjectsOf("FakeFilePart"), 0U);
   }
 }
 
