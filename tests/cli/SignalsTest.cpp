@@ -21,14 +21,25 @@ void (*handlerOf(int signal))(int) {
   return action.sa_handler;
 }
 
-TEST(Signals, withoutAnyTheWaitTimesOut) {
+/// Whoever started the tests may ignore signals, as a shell does for what it runs in the
+/// background.
+class SignalsTest : public testing::Test {
+ protected:
+  SignalsTest() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+      signal(number, SIG_DFL);
+    }
+  }
+};
+
+TEST_F(SignalsTest, withoutAnyTheWaitTimesOut) {
   Signals signals;
   const auto before = std::chrono::steady_clock::now();
   EXPECT_EQ(signals.wait(20ms), Event::timeout);
   EXPECT_GE(std::chrono::steady_clock::now() - before, 20ms);
 }
 
-TEST(Signals, interruptTerminationAndHangUpAskToStop) {
+TEST_F(SignalsTest, interruptTerminationAndHangUpAskToStop) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     Signals signals;
     raise(signal);
@@ -36,7 +47,7 @@ TEST(Signals, interruptTerminationAndHangUpAskToStop) {
   }
 }
 
-TEST(Signals, theWishToStopStaysHoweverOftenItComes) {
+TEST_F(SignalsTest, theWishToStopStaysHoweverOftenItComes) {
   Signals signals;
   for (int i = 0; i < 100'000; ++i) {  // more than a pipe holds
     raise(SIGINT);
@@ -47,7 +58,7 @@ TEST(Signals, theWishToStopStaysHoweverOftenItComes) {
   EXPECT_EQ(signals.wait(atOnce), Event::stop);
 }
 
-TEST(Signals, aNewWindowSizeIsToldOnce) {
+TEST_F(SignalsTest, aNewWindowSizeIsToldOnce) {
   Signals signals;
   raise(SIGWINCH);
   raise(SIGWINCH);
@@ -55,7 +66,7 @@ TEST(Signals, aNewWindowSizeIsToldOnce) {
   EXPECT_EQ(signals.wait(atOnce), Event::timeout);
 }
 
-TEST(Signals, anotherThreadEndsTheWait) {
+TEST_F(SignalsTest, anotherThreadEndsTheWait) {
   Signals signals;
   std::thread other([&signals] {
     std::this_thread::sleep_for(5ms);
@@ -66,13 +77,13 @@ TEST(Signals, anotherThreadEndsTheWait) {
   EXPECT_EQ(signals.wait(atOnce), Event::timeout);
 }
 
-TEST(Signals, aWakeThatCameBeforeTheWaitIsNotLost) {
+TEST_F(SignalsTest, aWakeThatCameBeforeTheWaitIsNotLost) {
   Signals signals;
   signals.wake();
   EXPECT_EQ(signals.wait(std::nullopt), Event::woken);
 }
 
-TEST(Signals, stopComesBeforeAllElse) {
+TEST_F(SignalsTest, stopComesBeforeAllElse) {
   Signals signals;
   raise(SIGWINCH);
   signals.wake();
@@ -80,7 +91,7 @@ TEST(Signals, stopComesBeforeAllElse) {
   EXPECT_EQ(signals.wait(std::nullopt), Event::stop);
 }
 
-TEST(Signals, aClosedPipeAndAFileSizeLimitAreIgnored) {
+TEST_F(SignalsTest, aClosedPipeAndAFileSizeLimitAreIgnored) {
   Signals signals;
   EXPECT_EQ(handlerOf(SIGPIPE), SIG_IGN);
   EXPECT_EQ(handlerOf(SIGXFSZ), SIG_IGN);
@@ -89,7 +100,7 @@ TEST(Signals, aClosedPipeAndAFileSizeLimitAreIgnored) {
   EXPECT_EQ(signals.wait(atOnce), Event::timeout);
 }
 
-TEST(Signals, whatTheCallerIgnoresStaysIgnored) {
+TEST_F(SignalsTest, whatTheCallerIgnoresStaysIgnored) {
   std::signal(SIGHUP, SIG_IGN);
   {
     Signals signals;
@@ -100,7 +111,7 @@ TEST(Signals, whatTheCallerIgnoresStaysIgnored) {
   std::signal(SIGHUP, SIG_DFL);
 }
 
-TEST(Signals, allIsAsBeforeAfterwards) {
+TEST_F(SignalsTest, allIsAsBeforeAfterwards) {
   {
     const Signals signals;
     EXPECT_NE(handlerOf(SIGINT), SIG_DFL);
@@ -110,7 +121,7 @@ TEST(Signals, allIsAsBeforeAfterwards) {
   }
 }
 
-TEST(Signals, laterOnesStartAfresh) {
+TEST_F(SignalsTest, laterOnesStartAfresh) {
   {
     const Signals signals;
     raise(SIGINT);

@@ -63,7 +63,7 @@ TEST_F(FoundationTest, aTextThatIsNoURLIsNone) {
   URLParser parser;
   EXPECT_EQ(parser.urlWithString("x-apple.systempreferences:a?b"),
             NS::URL{"x-apple.systempreferences:a?b"});
-  EXPECT_EQ(parser.urlWithString("no url"), std::nullopt);
+  EXPECT_EQ(parser.urlWithString("scheme://["), std::nullopt);
 }
 
 TEST_F(FoundationTest, userDefaultsKeepTexts) {
@@ -154,7 +154,7 @@ TEST_F(FoundationTest, filesAreShownAndURLsOpened) {
   Workspace workspace;
   workspace.activateFileViewerSelecting({"/Users/test/a b.wav", "/Users/test/c.m4a"});
   EXPECT_TRUE(workspace.openURL({"x-apple:settings"}));
-  EXPECT_FALSE(workspace.openURL({"no url"}));
+  EXPECT_FALSE(workspace.openURL({"scheme://["}));
   EXPECT_EQ(journal(), (Lines{"NSWorkspace.activateFileViewerSelectingURLs: /Users/test/a b.wav "
                               "/Users/test/c.m4a",
                               "NSWorkspace.openURL: x-apple:settings"}));

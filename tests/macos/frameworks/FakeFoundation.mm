@@ -251,9 +251,10 @@ static NSNumber* numberDescribed(const std::string& text) {
   std::string _url;
 }
 
+/// Of what is no URL, only two kinds are known here.
 + (instancetype)URLWithString:(NSString*)string {
   const std::string text = string.UTF8String;
-  if (text.empty() || text.find(' ') != std::string::npos) {
+  if (text.empty() || text.ends_with("://[")) {
     return nil;
   }
   NSURL* url = [[NSURL alloc] init];
