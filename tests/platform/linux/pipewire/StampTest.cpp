@@ -129,6 +129,33 @@ TEST(Track, aGapThatWasNotReportedIsNotExact) {
   EXPECT_FALSE(isExactButFor({.silent = 0}, 1024));
 }
 
+TEST(Delivery, countsWhatIsMissingAndWhatIsSilent) {
+  Audio audio = stamped({.stream = 5, .position = 1000}, 100);
+  appendSilence(audio, 60);
+  append(audio, {.stream = 5, .position = 1130}, 100);
+  append(audio, {.stream = 5, .position = 1250}, 100);
+  std::string problem;
+  const auto delivery = deliveryOf(audio, &problem);
+  ASSERT_TRUE(delivery) << problem;
+  EXPECT_EQ(delivery->missing, 50U);
+  EXPECT_EQ(delivery->silent, 60U);
+}
+
+TEST(Delivery, isNoneOfFramesThatAreEarlyOrRepeatedOrNotTheStreams) {
+  for (const StampPosition wrong : {StampPosition{5, 1131}, {5, 1099}, {6, 1130}}) {
+    Audio audio = stamped({.stream = 5, .position = 1000}, 100);
+    appendSilence(audio, 30);
+    append(audio, wrong, 100);
+    std::string problem;
+    EXPECT_FALSE(deliveryOf(audio, &problem)) << problem;
+  }
+  Audio foreign = stamped({.stream = 5, .position = 0}, 100);
+  spoil(foreign, 50);
+  std::string problem;
+  EXPECT_FALSE(deliveryOf(foreign, &problem));
+  EXPECT_FALSE(deliveryOf(Audio(200), &problem));
+}
+
 TEST(Track, oneThatIsTakenOutOfASumLeavesTheOther) {
   const Audio one = stamped({.stream = 1, .position = 7}, 100);
   const Audio other = stamped({.stream = 2, .position = 1000}, 100);

@@ -84,6 +84,38 @@ std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& s
   return track;
 }
 
+std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem) {
+  const std::vector<Segment> segments = segmentsOf(audio);
+  *problem = describe(segments);
+  Delivery delivery;
+  const Segment* first = nullptr;
+  const Segment* previous = nullptr;
+  for (const Segment& segment : segments) {
+    if (segment.kind == Segment::Kind::foreign) {
+      return std::nullopt;
+    }
+    if (segment.kind == Segment::Kind::silence) {
+      continue;
+    }
+    if (previous == nullptr) {
+      first = &segment;
+      delivery.begin = segment.begin;
+    } else {
+      const bool isInTurn = segment.first.stream == first->first.stream &&
+                            segment.first.position >= previous->endPosition();
+      const bool isTooEarly =
+          segment.begin - first->begin < segment.first.position - first->first.position;
+      if (!isInTurn || isTooEarly) {
+        return std::nullopt;
+      }
+      delivery.missing += segment.first.position - previous->endPosition();
+      delivery.silent += segment.begin - previous->end();
+    }
+    previous = &segment;
+  }
+  return previous == nullptr ? std::nullopt : std::optional(delivery);
+}
+
 void remove(const Track& track, Audio& audio) {
   for (std::size_t frame = track.begin; frame < track.end; ++frame) {
     float& left = audio[2 * frame];

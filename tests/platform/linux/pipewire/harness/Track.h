@@ -43,6 +43,19 @@ std::optional<Track> onlyTrack(const Audio& audio, const std::vector<Stretch>& s
 /// reported as lost (which may be of cycles in which nothing was played).
 bool isExactButFor(const Track& track, std::uint64_t lostFrames);
 
+/// How a stream reached a recording of a starved machine. There the player's own queue may hold its
+/// audio back by some cycles, of which the player knows nothing: a frame may stand later than it
+/// would without, but never earlier, since time must not run short.
+struct Delivery {
+  std::size_t begin = 0;      ///< its first frame, in frames of the recording
+  std::uint64_t missing = 0;  ///< frames of the stream that are not there
+  std::uint64_t silent = 0;   ///< frames of silence between those that are
+};
+
+/// Of the only stream of a recording that holds nothing else but silence. Nothing, and `problem`
+/// set, when something else is in it, or a frame stands before its turn or too early.
+std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem);
+
 /// Takes a track out of a recording. Frames that are silent stay so.
 void remove(const Track& track, Audio& audio);
 
