@@ -32,6 +32,8 @@ target_compile_options(macos_frameworks PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-w
 # The platform as its own folder builds it, but for this ABI.
 add_subdirectory("${PROJECT_SOURCE_DIR}/platform/macos" platform)
 target_link_libraries(audrel_macos_platform PUBLIC macos_abi)
+# Optimised, whatever the rest is: only then references go before their scope ends.
+target_compile_options(audrel_macos_platform PRIVATE -O1)
 
 # A unity build is meant to be quick, and knows none of Objective-C++ before CMake 3.29.
 if(CMAKE_UNITY_BUILD)
@@ -85,6 +87,7 @@ add_dependencies(audrel_macos_checks macos_contract_on_a_mac)
 # What DeclarationsTest sees of the declarations is a file of its own, which is cheap to compile again.
 add_library(macos_declared OBJECT execution/Declared.mm)
 target_link_libraries(macos_declared PRIVATE audrel_options macos_abi)
+target_compile_options(macos_declared PRIVATE -O1)
 macos_test(macos_declarations_test SOURCES execution/DeclarationsTest.mm LINKS macos_declared)
 if(AUDREL_SANITIZE MATCHES "address")
   add_test(NAME macos_declarations COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/check-declarations.py"
