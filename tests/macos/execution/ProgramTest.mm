@@ -202,67 +202,69 @@ TEST_F(ProgramTest, takesChannelsInBuffersOfTheirOwnAlsoWhenTheyDifferInSize) {
   });
 }
 
-TEST_F(ProgramTest, countsCyclesForWhichThereIsNoMemoryAndGoesOn) {
-  run([] {
-    choose("Start Recording");
-    mac().hasMemoryForBuffers = false;
-    fakemac::deliver({counting(16)});
-    mac().hasMemoryForBuffers = true;
-    fakemac::deliver({counting(16)});
-    journal();
-    choose("Stop Recording");
-    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] info: Recording stopped "
-                                    "— elapsed=0.0s underruns=1"));
-    EXPECT_EQ(mac().files.front().writes.size(), 1U);
-  });
+/// Of two cycles, the first goes wrong.
+class SpoiltCycleTest : public ProgramTest {
+ protected:
+  void expectOneUnderrun(const std::function<void()>& spoil, const std::function<void()>& mend) {
+    run([&] {
+      choose("Start Recording");
+      spoil();
+      EXPECT_EQ(fakemac::deliver({counting(16)}), 0);
+      mend();
+      fakemac::deliver({counting(16)});
+      journal();
+      choose("Stop Recording");
+      EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] info: Recording "
+                                      "stopped — elapsed=0.0s underruns=1"));
+      EXPECT_EQ(mac().files.front().writes.size(), 1U);
+    });
+  }
+
+  void expectOneFailedWrite(const std::function<void()>& spoil, const std::function<void()>& mend,
+                            const std::string& reason) {
+    mac().holdsQueues = true;
+    run([&] {
+      choose("Start Recording");
+      spoil();
+      fakemac::deliver({counting(16)});
+      fakemac::runQueues();
+      EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] error: "
+                                      "AVAudioFile.write failed: " +
+                                          reason));
+      mend();
+      fakemac::deliver({counting(16)});
+      choose("Stop Recording");
+      EXPECT_EQ(mac().files.front().writes.size(), 1U);
+      EXPECT_FALSE(mac().files.front().isOpen);
+    });
+  }
+
+  static void raiseNothing() { mac().raising.clear(); }
+};
+
+TEST_F(SpoiltCycleTest, isCountedWhenThereIsNoMemory) {
+  expectOneUnderrun([] { mac().hasMemoryForBuffers = false; },
+                    [] { mac().hasMemoryForBuffers = true; });
 }
 
-TEST_F(ProgramTest, countsCyclesForWhoseBuffersTheFrameworkRaisesAnExceptionAndGoesOn) {
-  run([] {
-    choose("Start Recording");
-    mac().raising["AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:"] = "a reason";
-    EXPECT_EQ(fakemac::deliver({counting(16)}), 0);
-    mac().raising.clear();
-    fakemac::deliver({counting(16)});
-    journal();
-    choose("Stop Recording");
-    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] info: Recording stopped "
-                                    "— elapsed=0.0s underruns=1"));
-    EXPECT_EQ(mac().files.front().writes.size(), 1U);
-  });
+TEST_F(SpoiltCycleTest, isCountedWhenTheFrameworkRaisesAnExceptionForItsBuffer) {
+  expectOneUnderrun(
+      [] { mac().raising["AVAudioPCMBuffer.initWithPCMFormat:frameCapacity:"] = "a reason"; },
+      raiseNothing);
 }
 
-TEST_F(ProgramTest, logsAWriteThatRaisesAnExceptionAndWritesTheNext) {
-  mac().holdsQueues = true;
-  run([] {
-    choose("Start Recording");
-    mac().raising["AVAudioFile.writeFromBuffer:error:"] = "required condition is false: a reason";
-    fakemac::deliver({counting(16)});
-    fakemac::runQueues();
-    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
-                                    "failed: required condition is false: a reason"));
-    mac().raising.clear();
-    fakemac::deliver({counting(16)});
-    choose("Stop Recording");
-    EXPECT_EQ(mac().files.front().writes.size(), 1U);
-    EXPECT_FALSE(mac().files.front().isOpen);
-  });
+TEST_F(SpoiltCycleTest, isLoggedWhenItsWriteRaisesAnException) {
+  expectOneFailedWrite(
+      [] { mac().raising["AVAudioFile.writeFromBuffer:error:"] = "required condition is false"; },
+      raiseNothing, "required condition is false");
 }
 
-TEST_F(ProgramTest, logsAWriteThatFailsAndWritesTheNext) {
-  mac().holdsQueues = true;
-  run([] {
-    choose("Start Recording");
-    mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."};
-    fakemac::deliver({counting(16)});
-    fakemac::runQueues();
-    EXPECT_TRUE(contains(journal(), "log io.github.audrel.Audrel [engine] error: AVAudioFile.write "
-                                    "failed: The disk is full."));
-    mac().writeFails.reset();
-    fakemac::deliver({counting(16)});
-    choose("Stop Recording");
-    EXPECT_EQ(mac().files.front().writes.size(), 1U);
-  });
+TEST_F(SpoiltCycleTest, isLoggedWhenItsWriteFails) {
+  expectOneFailedWrite(
+      [] {
+        mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."};
+      },
+      [] { mac().writeFails.reset(); }, "The disk is full.");
 }
 
 TEST_F(ProgramTest, offersTheSettingsWhenThePermissionIsRefused) {
