@@ -13,6 +13,7 @@
 #include <string>
 #include <system_error>
 
+#include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
 #include "tests/platform/linux/program/harness/Session.h"
 
@@ -48,6 +49,9 @@ struct Footprint {
 
 class Soak : public Session {
  protected:
+  /// The allocator starts another arena whenever threads happen to meet, which no leak is.
+  fakes::ScopedVariable oneArena{"MALLOC_ARENA_MAX", "1"};
+
   void SetUp() override {
     Session::SetUp();
     startProgram();
