@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/platform/linux/session/harness/TestService.h"
@@ -13,7 +11,6 @@
 namespace audrel::linuxos {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -96,17 +93,14 @@ TEST_F(SuspendInhibitorTest, saysWhyTheLoginManagerRefuses) {
               ElementsAre("The machine may suspend while it records: refused by the test"));
 }
 
-TEST_F(SuspendInhibitorTest, delaysNoStartAndHardlyAStopWhenTheLoginManagerHangs) {
-  using std::chrono::steady_clock;
+TEST_F(SuspendInhibitorTest, delaysNoStartAndGivesUpWhenTheLoginManagerHangs) {
   const auto login = loginManager("-");
   ASSERT_TRUE(login.isRunning());
-  const auto start = steady_clock::now();
   inhibitor->hold();
-  const auto held = steady_clock::now();
+  EXPECT_THAT(log->lines, IsEmpty());  // whoever had waited would have given up
   inhibitor->release();
-  EXPECT_LT(held - start, 500ms);
-  EXPECT_LT(steady_clock::now() - held, 5s);
-  EXPECT_EQ(log->lines.size(), 1U);
+  EXPECT_THAT(log->lines,
+              ElementsAre("The machine may suspend while it records: Connection timed out"));
 }
 
 }  // namespace

@@ -30,6 +30,9 @@ class KeepingLogger final : public os::Logger {
   std::vector<std::string> lines;
 };
 
+/// Of the registration, with a panel that answers in a fraction of it.
+constexpr std::chrono::milliseconds patience = 500ms;
+
 class WatcherRegistrationTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -42,7 +45,7 @@ class WatcherRegistrationTest : public testing::Test {
     ASSERT_NE(connection, nullptr);
   }
 
-  void startRegistration() { registration.emplace(connection.get(), logger, 200ms); }
+  void startRegistration() { registration.emplace(connection.get(), logger, patience); }
 
   traytest::PrivateBus bus;
   traytest::Panel panel{bus.address()};
@@ -53,14 +56,14 @@ class WatcherRegistrationTest : public testing::Test {
 
 TEST_F(WatcherRegistrationTest, tellsOnceOfADesktopWithoutAWatcher) {
   startRegistration();
-  panel.runFor(600ms);
+  panel.runFor(3 * patience);
   EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
 }
 
 TEST_F(WatcherRegistrationTest, tellsOfAWatcherWithoutAPanel) {
   panel.startWatcher(false);
   startRegistration();
-  panel.runFor(400ms);
+  panel.runFor(2 * patience);
   EXPECT_THAT(panel.registrations(), testing::SizeIs(1));
   EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
 }
@@ -68,7 +71,7 @@ TEST_F(WatcherRegistrationTest, tellsOfAWatcherWithoutAPanel) {
 TEST_F(WatcherRegistrationTest, tellsNothingWhereThereIsAPanel) {
   panel.startWatcher();
   startRegistration();
-  panel.runFor(400ms);
+  panel.runFor(2 * patience);
   EXPECT_THAT(logger->lines, IsEmpty());
 }
 
@@ -77,7 +80,7 @@ TEST_F(WatcherRegistrationTest, waitsForAPanelThatComesLater) {
   startRegistration();
   ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
   panel.addHost();
-  panel.runFor(400ms);
+  panel.runFor(2 * patience);
   EXPECT_THAT(logger->lines, IsEmpty());
 }
 
@@ -86,7 +89,7 @@ TEST_F(WatcherRegistrationTest, mayGoWhileAnAnswerIsOnItsWay) {
   startRegistration();
   ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
   registration.reset();
-  panel.runFor(300ms);
+  panel.runFor(2 * patience);
   EXPECT_THAT(logger->lines, IsEmpty());
 }
 

@@ -13,7 +13,9 @@ inline ServerOptions realTime() {
   return options;
 }
 
-/// Tells how much audio should have been recorded since it was made.
+/// Tells how much audio should have been recorded since it was made. On a busy machine a call takes
+/// its time: a recording is at least as long as it was from the start's return to the stop's call,
+/// and at most as long as from the start's call to the stop's return.
 class Stopwatch {
  public:
   double frames() const {
