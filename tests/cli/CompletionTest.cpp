@@ -13,6 +13,7 @@
 
 #include "cli/Options.h"
 #include "tests/cli/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::cli {
 namespace {
@@ -25,17 +26,6 @@ using testing::SizeIs;
 
 class BashCompletion : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string name = (std::filesystem::temp_directory_path() / "audrel-bash-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-  }
-
-  void TearDown() override {
-    std::error_code error;
-    std::filesystem::remove_all(folder_, error);
-  }
-
   /// Makes `audrel-record --list --json` print a list of `names`, as they stand in JSON.
   void play(const std::vector<std::string>& names) const {
     std::ofstream program(folder_ / "audrel-record");
@@ -56,7 +46,7 @@ class BashCompletion : public testing::Test {
     ChildProcess bash({"/bin/bash", "-c",
                        "cd \"$1\"; PATH=$1:$PATH; source \"$2\"; COMP_WORDS=(audrel-record \"$3\" "
                        "\"$4\"); COMP_CWORD=2; _audrel_record; printf '%s\\n' \"${COMPREPLY[@]}\"",
-                       "bash", folder_.string(), AUDREL_BASH_COMPLETION, previous, current});
+                       "bash", folder_.path().string(), AUDREL_BASH_COMPLETION, previous, current});
     EXPECT_EQ(bash.wait(), 0);
     EXPECT_EQ(bash.errorOutput(), "");
     std::vector<std::string> words;
@@ -69,7 +59,7 @@ class BashCompletion : public testing::Test {
     return words;
   }
 
-  path folder_;
+  support::TemporaryFolder folder_;
 };
 
 TEST_F(BashCompletion, offersEveryOption) {

@@ -25,6 +25,7 @@
 
 #include "tests/cli/ChildProcess.h"
 #include "tests/cli/TerminalPair.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::cli {
 namespace {
@@ -82,18 +83,6 @@ std::string contentsOf(const path& file) {
 
 class Demo : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string name = (std::filesystem::temp_directory_path() / "audrel-demo-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-    file_ = folder_ / "take.wav";
-  }
-
-  void TearDown() override {
-    std::error_code error;
-    std::filesystem::remove_all(folder_, error);
-  }
-
   std::vector<std::string> commandLine(std::vector<std::string> words) const {
     words.insert(words.begin(), {AUDREL_PROGRAM, "--output", file_.string()});
     return words;
@@ -105,8 +94,8 @@ class Demo : public testing::Test {
     return at == std::string::npos ? -1 : std::strtoll(&json[at + key.size() + 4], nullptr, 10);
   }
 
-  path folder_;
-  path file_;
+  support::TemporaryFolder folder_;
+  path file_ = folder_ / "take.wav";
 };
 
 TEST_F(Demo, recordsItsMelodyForExactlyTheLength) {
@@ -181,7 +170,7 @@ TEST_F(Demo, neverReplacesAFile) {
 }
 
 TEST_F(Demo, namesAFolderThatIsMissing) {
-  file_ = folder_ / "missing" / "take.wav";
+  file_ = folder_ / "missing/take.wav";
   ChildProcess program(commandLine({"--demo", "--duration", "1"}));
   EXPECT_EQ(program.wait(), 1);
   EXPECT_THAT(program.errorOutput(),
@@ -202,9 +191,9 @@ TEST_F(Demo, listsThePlayerWhichCanBeChosenByName) {
 }
 
 TEST_F(Demo, withoutAServerSaysWhatToDo) {
-  const ChildEnvironment noServer = {
-      .set = {{"XDG_RUNTIME_DIR", folder_.string()}, {"PIPEWIRE_RUNTIME_DIR", folder_.string()}},
-      .closed = {}};
+  const ChildEnvironment noServer = {.set = {{"XDG_RUNTIME_DIR", folder_.path().string()},
+                                             {"PIPEWIRE_RUNTIME_DIR", folder_.path().string()}},
+                                     .closed = {}};
   ChildProcess program(commandLine({"--duration", "1"}), noServer);
   EXPECT_EQ(program.wait(), 1);
   EXPECT_THAT(program.errorOutput(),

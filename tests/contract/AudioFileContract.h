@@ -19,7 +19,7 @@
 #include "platform/AVFAudio.h"
 #include "tests/contract/AudioDescriptions.h"
 #include "tests/contract/RecordedFiles.h"
-#include "tests/contract/ScratchFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 /// What every platform's files keep, with the settings that a recording has. An implementation is a
 /// type with
@@ -77,7 +77,7 @@ class AudioFileContract : public testing::Test {
   }
 
   Implementation implementation;
-  ScratchFolder folder;
+  support::TemporaryFolder folder;
   NS::Error error;
   AV::AudioFramework& framework = implementation.audioFramework();
   std::shared_ptr<const AV::AudioFormat> tapFormat = framework.makeFormat(floatStereo());

@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "platform/Foundation.h"
-#include "tests/contract/ScratchFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 /// What every platform tells of files and folders. An implementation is a type with
 ///   NS::FileManager& fileManager();
@@ -18,7 +18,7 @@ class FileManagerContract : public testing::Test {
  protected:
   Implementation implementation;
   NS::FileManager& files = implementation.fileManager();
-  ScratchFolder folder;
+  support::TemporaryFolder folder;
 };
 
 TYPED_TEST_SUITE_P(FileManagerContract);

@@ -27,6 +27,7 @@
 #include "tests/contract/UUIDContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/fakes/FakeSystem.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::contract {
 namespace {
@@ -61,7 +62,7 @@ class LinuxInterfaces {
   }
 
  private:
-  ScratchFolder folder_;
+  support::TemporaryFolder folder_;
   fakes::Journal journal_;
   fakes::FakeLog log_{journal_};
   linuxos::AudioFramework audioFramework_{log_};

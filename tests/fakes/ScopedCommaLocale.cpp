@@ -1,6 +1,5 @@
 #include "tests/fakes/ScopedCommaLocale.h"
 
-#include <unistd.h>
 
 #include <array>
 #include <clocale>
@@ -10,6 +9,8 @@
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::fakes {
 namespace {
@@ -28,10 +29,8 @@ bool printfWritesACommaNow() {
 
 /// A machine without foreign locales can still compile one: C's library brings the compiler.
 void useACompiledLocale() {
-  std::string folder = std::filesystem::temp_directory_path() / "audrel-locale-XXXXXX";
-  if (mkdtemp(folder.data()) == nullptr) {
-    throw std::runtime_error("no folder for a locale");
-  }
+  const support::TemporaryFolder temporary;
+  const std::string folder = temporary.path();
   std::ofstream(folder + "/source") << "comment_char %\n"
                                        "escape_char /\n"
                                        "LC_NUMERIC\n"
@@ -46,8 +45,6 @@ void useACompiledLocale() {
   setenv("LOCPATH", folder.c_str(), 1);
   std::setlocale(LC_NUMERIC, "comma");
   unsetenv("LOCPATH");
-  std::error_code ignored;
-  std::filesystem::remove_all(folder, ignored);
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "tests/packaging/InstalledTree.h"
 #include "tests/packaging/KeyFile.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
 namespace {
@@ -148,7 +149,7 @@ TEST(IconTree, eachSizeOfTheApplicationIconHasThatSize) {
 
 /// What an icon's drawing looks like in a square, as `drawPixmap` tells it. Empty on failure.
 std::vector<std::uint8_t> rendered(const fs::path& drawing, int side) {
-  const pwtest::TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string png = folder.path() / "icon.png";
   const std::string dots = std::to_string(side);
   linuxos::test::runTool(

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
 
@@ -30,7 +30,7 @@ class InstalledTree {
  private:
   InstalledTree();
 
-  pwtest::TemporaryFolder root_;
+  support::TemporaryFolder root_;
   bool isInstalled_ = false;
 };
 

@@ -8,6 +8,8 @@
 #include "tests/packaging/InstalledTree.h"
 #include "tests/packaging/KeyFile.h"
 #include "tests/platform/linux/session/harness/SessionTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
 namespace {
@@ -64,7 +66,7 @@ class Program final : public linuxos::ApplicationCommands {
 /// Runs a command line of a desktop entry, while this thread's main loop goes on: what the command
 /// ended with.
 std::optional<std::string> run(const std::string& commandLine) {
-  const auto child = pwtest::ChildProcess::start(
+  const auto child = support::ChildProcess::start(
       {.arguments = {"sh", "-c", commandLine + "; echo $?"}, .environment = {}});
   std::optional<std::string> status;
   runLoopUntil([&] {
@@ -129,7 +131,7 @@ class ServiceTest : public testing::Test {
     return isOwned.value_or(false);
   }
 
-  pwtest::TemporaryFolder folder;
+  support::TemporaryFolder folder;
   fakes::ScopedVariable home{"HOME", folder.path().c_str()};
   fakes::ScopedVariable configuration{"XDG_CONFIG_HOME", folder.path().c_str()};
   fakes::ScopedVariable runtimeFolder{"XDG_RUNTIME_DIR", folder.path().c_str()};

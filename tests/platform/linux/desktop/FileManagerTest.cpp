@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "platform/linux/desktop/UserDirectories.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -55,17 +56,9 @@ TEST(UserDirectory, ignoresWhatIsNoPath) {
 class LinuxFileManager : public testing::Test {
  protected:
   void SetUp() override {
-    std::string name = (std::filesystem::temp_directory_path() / "audrel-home-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    home_ = name;
-    setenv("HOME", home_.c_str(), 1);
+    setenv("HOME", home_.path().c_str(), 1);
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("XDG_DOWNLOAD_DIR");
-  }
-
-  void TearDown() override {
-    std::error_code error;
-    std::filesystem::remove_all(home_, error);
   }
 
   void configure(const path& folder, const std::string& text) const {
@@ -74,7 +67,7 @@ class LinuxFileManager : public testing::Test {
     std::ofstream(folder / "user-dirs.dirs") << text;
   }
 
-  path home_;
+  support::TemporaryFolder home_;
   FileManager fileManager_;
 };
 
@@ -106,7 +99,7 @@ TEST_F(LinuxFileManager, takesTheHomeFolderForNoDownloadsFolder) {
 }
 
 TEST_F(LinuxFileManager, hasTheHomeFolderOfTheEnvironmentElseOfTheUserDatabase) {
-  EXPECT_EQ(fileManager_.homeDirectoryForCurrentUser(), home_);
+  EXPECT_EQ(fileManager_.homeDirectoryForCurrentUser(), home_.path());
   setenv("HOME", "not/absolute", 1);
   EXPECT_TRUE(fileManager_.homeDirectoryForCurrentUser().is_absolute());
   unsetenv("HOME");
@@ -117,10 +110,10 @@ TEST_F(LinuxFileManager, findsFilesFoldersAndDanglingLinks) {
   std::ofstream(home_ / "file") << "x";
   ASSERT_EQ(symlink("/nowhere/at/all", (home_ / "dangling").c_str()), 0);
   EXPECT_TRUE(fileManager_.fileExists(home_ / "file"));
-  EXPECT_TRUE(fileManager_.fileExists(home_));
+  EXPECT_TRUE(fileManager_.fileExists(home_.path()));
   EXPECT_TRUE(fileManager_.fileExists(home_ / "dangling"));
   EXPECT_FALSE(fileManager_.fileExists(home_ / "missing"));
-  EXPECT_FALSE(fileManager_.fileExists(home_ / "file" / "below"));
+  EXPECT_FALSE(fileManager_.fileExists(home_ / "file/below"));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -85,7 +86,7 @@ std::vector<NS::Error> writeOften(AudioFramework& framework, AV::AudioFile& file
 TEST(Allocation, aWavIsWrittenWithoutAny) {
   LogBook log;
   AudioFramework framework(log);
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   {
     const auto file = openFile(framework, folder / "a.wav", wavSettings(noise(1)));
     EXPECT_TRUE(writeOften(framework, *file, 120, true).empty());
@@ -97,7 +98,7 @@ TEST(Allocation, aWavIsWrittenWithoutAny) {
 TEST(Allocation, anM4aAllocatesLittleOfItsOwn) {
   LogBook log;
   AudioFramework framework(log);
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto file = openFile(framework, folder / "a.m4a", m4aSettings(noise(1)));
   writeOften(framework, *file, 100, false);
   const std::size_t before = allocations;
@@ -108,7 +109,7 @@ TEST(Allocation, anM4aAllocatesLittleOfItsOwn) {
 TEST(Allocation, anM4aFragmentWithoutMemoryForItsIndexBecomesSilence) {
   LogBook log;
   AudioFramework framework(log);
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   {
     const auto file = openFile(framework, folder / "a.m4a", m4aSettings(noise(1)));
     EXPECT_TRUE(writeOften(framework, *file, 300, false).empty());

@@ -11,6 +11,7 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -49,7 +50,7 @@ int recordWithLimit(const std::filesystem::path& path, const AV::Settings& setti
 }
 
 TEST(FileSizeLimit, isAnErrorAndWhatFitsIsRight) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const Audio audio = noise(800'000);
   ASSERT_EQ(recordWithLimit(folder / "a.wav", wavSettings(audio), audio, false), 0);
   auto expected = asSixteenBit(audio.samples);
@@ -63,7 +64,7 @@ TEST(FileSizeLimit, isAnErrorAndWhatFitsIsRight) {
 }
 
 TEST(FileSizeLimit, thatGoesAwayCostsNothing) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const Audio audio = noise(800'000);
   ASSERT_EQ(recordWithLimit(folder / "a.wav", wavSettings(audio), audio, true), 0);
   EXPECT_EQ(readWav(folder / "a.wav").samples, asSixteenBit(audio.samples));

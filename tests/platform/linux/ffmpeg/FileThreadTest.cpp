@@ -6,12 +6,13 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
 
 TEST(FileThreads, openingWritingAndClosingMayEachHaveTheirOwn) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   LogBook log;
   AudioFramework framework(log);
   const Audio audio = noise(60'000);
@@ -37,7 +38,7 @@ TEST(FileThreads, buffersAreMadeOnOneAndFreedOnAnother) {
 }
 
 TEST(FileThreads, severalFilesMayBeWrittenAtOnce) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   LogBook log;
   AudioFramework framework(log);
   const Audio audio = noise(60'000);

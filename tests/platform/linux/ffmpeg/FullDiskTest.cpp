@@ -16,6 +16,7 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -121,8 +122,8 @@ Outcome inChild(const std::function<Outcome()>& work) {
 }
 
 TEST(FullDisk, thatHasRoomAgainBeforeTheEndCostsAWavNothing) {
-  const TemporaryFolder disk;
-  const TemporaryFolder folder;
+  const support::TemporaryFolder disk;
+  const support::TemporaryFolder folder;
   const Audio audio = noise(200'000);
   ASSERT_EQ(inChild([&] {
               return recordOnFullDisk(disk.path(), "a.wav", wavSettings(audio), audio,
@@ -133,8 +134,8 @@ TEST(FullDisk, thatHasRoomAgainBeforeTheEndCostsAWavNothing) {
 }
 
 TEST(FullDisk, thatHasRoomAgainBeforeTheEndCostsAnM4aNothing) {
-  const TemporaryFolder disk;
-  const TemporaryFolder folder;
+  const support::TemporaryFolder disk;
+  const support::TemporaryFolder folder;
   const Audio audio = noise(1'000'000);
   ASSERT_EQ(inChild([&] {
               return recordOnFullDisk(disk.path(), "a.m4a", m4aSettings(audio), audio,

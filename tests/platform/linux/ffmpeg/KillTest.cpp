@@ -14,6 +14,7 @@
 #include "tests/platform/linux/ffmpeg/FakeDisk.h"
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -55,7 +56,7 @@ class Kills : public testing::TestWithParam<Kind> {
     EXPECT_GE(playable, expected);
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Files, Kills, testing::Values(Kind::m4a, Kind::wav),

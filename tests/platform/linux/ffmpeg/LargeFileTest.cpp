@@ -14,6 +14,7 @@
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/SparseFile.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -41,7 +42,7 @@ std::string firstFourBytes(const std::filesystem::path& path) {
 }
 
 TEST(LargeWav, isRightBeforeAtAndBeyondFourGiBWhileItGrows) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto path = folder / "large.wav";
   const WavFormat format = {48000, 2};
   WavWriter writer(BlockFile(createSparse(path)), format);
@@ -118,7 +119,7 @@ class LargeM4a : public testing::Test {
 
   M4aWriter makeWriter() { return {BlockFile(createSparse(path_)), track_, {}}; }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   std::filesystem::path path_ = folder_ / "large.m4a";
   AacEncoder::Settings settings_ = {48000, 2, 256'000};
   std::unique_ptr<AacEncoder> encoder_;

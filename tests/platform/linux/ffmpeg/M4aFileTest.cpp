@@ -7,6 +7,7 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -20,7 +21,7 @@ class M4aFiles : public testing::Test {
     return path;
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   LogBook log_;
   AudioFramework framework_ = AudioFramework(log_);
   int count_ = 0;

@@ -11,6 +11,7 @@
 #include "tests/platform/linux/ffmpeg/FakeDisk.h"
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -58,7 +59,7 @@ class M4aWriters : public testing::Test {
     return numbers;
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   std::shared_ptr<FakeDisk> disk_ = std::make_shared<FakeDisk>();
   const std::vector<std::byte> silence_ = AacEncoder::silentPacket(settings);
   std::optional<M4aWriter> writer_;

@@ -9,6 +9,7 @@
 #include "platform/linux/ffmpeg/FileSettings.h"
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -36,7 +37,7 @@ class OpenForWriting : public testing::Test {
         << error.localizedDescription;
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   LogBook log_;
   AudioFramework framework_ = AudioFramework(log_);
   AV::Settings wav_ = wavSettings(noise(1));

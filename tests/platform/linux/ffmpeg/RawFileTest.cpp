@@ -10,6 +10,7 @@
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -20,7 +21,7 @@ int creationCode(const std::filesystem::path& path) {
 }
 
 TEST(CreateExclusively, makesAnEmptyFileThatOnlyTheUmaskRestricts) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const mode_t previous = umask(027);
   EXPECT_EQ(creationCode(folder / "a.wav"), 0);
   umask(previous);
@@ -31,7 +32,7 @@ TEST(CreateExclusively, makesAnEmptyFileThatOnlyTheUmaskRestricts) {
 }
 
 TEST(CreateExclusively, leavesWhatExistsAlone) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   std::ofstream(folder / "a.wav") << "precious";
   EXPECT_EQ(creationCode(folder / "a.wav"), EEXIST);
   std::string contents;
@@ -41,14 +42,14 @@ TEST(CreateExclusively, leavesWhatExistsAlone) {
 }
 
 TEST(CreateExclusively, followsNoLinkNotEvenOneThatLeadsNowhere) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   ASSERT_EQ(symlink((folder / "target.wav").c_str(), (folder / "a.wav").c_str()), 0);
   EXPECT_EQ(creationCode(folder / "a.wav"), EEXIST);
   EXPECT_NE(access((folder / "target.wav").c_str(), F_OK), 0) << "the target was created";
 }
 
 TEST(CreateExclusively, tellsWhyThereIsNoFile) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   std::ofstream(folder / "file") << "x";
   EXPECT_EQ(creationCode(folder / "missing/a.wav"), ENOENT);
   EXPECT_EQ(creationCode(folder / "file/a.wav"), ENOTDIR);
@@ -56,7 +57,7 @@ TEST(CreateExclusively, tellsWhyThereIsNoFile) {
 }
 
 TEST(CreateExclusively, theFileIsNotPassedOnToOtherPrograms) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   int code = 0;
   const auto file = createExclusively(folder / "a.wav", &code);
   ASSERT_TRUE(file);
@@ -66,7 +67,7 @@ TEST(CreateExclusively, theFileIsNotPassedOnToOtherPrograms) {
 }
 
 TEST(RawFile, writesWhereItIsToldAndCutsOff) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   int code = 0;
   const auto file = createExclusively(folder / "a.wav", &code);
   ASSERT_TRUE(file);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cmath>
@@ -27,19 +26,6 @@ class LogBookLogger final : public os::Logger {
 };
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = testing::TempDir() + "audrel-files-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("no temporary folder");
-  }
-  path_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 std::shared_ptr<os::Logger> LogBook::makeLogger(const std::string&,
                                                 const std::string& loggerCategory) {

@@ -17,21 +17,6 @@
 /// What the tests of files share: signals, ways to record them, and ways to compare.
 namespace audrel::linuxos::test {
 
-/// A folder that goes with everything in it.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder();
-
-  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
 /// Keeps the lines of errors.
 class LogBook final : public os::Log {
  public:

@@ -16,6 +16,7 @@
 #include <system_error>
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
+#include "tests/support/TemporaryFolder.h"
 
 extern char** environ;
 
@@ -183,7 +184,7 @@ std::vector<float> decodeTorn(const std::filesystem::path& file) {
 }
 
 DemuxedSegment demuxWithGStreamer(const std::filesystem::path& file) {
-  static const TemporaryFolder pluginRegistry;  // else it goes to the user's cache
+  static const support::TemporaryFolder pluginRegistry;  // else it goes to the user's cache
   const ToolResult result =
       runTool({"env", "GST_REGISTRY=" + (pluginRegistry / "registry").string(), "gst-launch-1.0",
                "-v", "filesrc", "location=" + file.string(), "!", "qtdemux", "!", "identity",

@@ -8,6 +8,7 @@
 #include "platform/linux/ffmpeg/PcmFormat.h"
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -21,7 +22,7 @@ class WavFiles : public testing::Test {
     return path;
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   LogBook log_;
   AudioFramework framework_ = AudioFramework(log_);
   int count_ = 0;

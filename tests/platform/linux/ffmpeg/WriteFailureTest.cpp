@@ -11,6 +11,7 @@
 #include "tests/platform/linux/ffmpeg/FakeDisk.h"
 #include "tests/platform/linux/ffmpeg/Recordings.h"
 #include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -70,7 +71,7 @@ class WriteFailures : public testing::TestWithParam<Kind> {
   }
 
   const Audio audio_ = noise(120'000);
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Files, WriteFailures, testing::Values(Kind::m4a, Kind::wav),

@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -163,9 +163,10 @@ TEST(ExactCapture, allSystemAudioIsExactAcrossTwoChangesOfTheDefaultOutput) {
 }
 
 /// An unmodified loopback, whose two streams have the properties given.
-std::unique_ptr<ChildProcess> startLoopback(const TestServer& server, const std::string& capture,
-                                            const std::string& playback) {
-  return ChildProcess::start(
+std::unique_ptr<support::ChildProcess> startLoopback(const TestServer& server,
+                                                     const std::string& capture,
+                                                     const std::string& playback) {
+  return support::ChildProcess::start(
       {.arguments = {"pw-loopback", "--capture-props", capture, "--playback-props", playback},
        .environment = {{"PIPEWIRE_REMOTE", server.socketPath()}}});
 }

@@ -11,8 +11,8 @@
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -216,7 +216,7 @@ TEST(Devices, withoutASinkThereIsNoDefaultOutputAndNoError) {
 }
 
 TEST(Devices, withoutAServerNothingRunsAndTheDiagnosisSaysWhy) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string socket = (folder.path() / "pipewire-0").string();
   Recorder recorder(socket);
   CA::AudioObjectID device = 42;

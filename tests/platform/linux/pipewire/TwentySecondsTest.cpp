@@ -32,24 +32,12 @@ std::uint64_t pausedFor(const std::vector<Stretch>& stretches) {
   return frames;
 }
 
-TEST(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
-  TestServer server(realTime());
-  ASSERT_TRUE(server.isRunning());
-  Player player(server.socketPath());
-  ASSERT_TRUE(player.open("music", 1));
-  Recorder recorder(server.socketPath());
-  const auto process = recorder.waitForProcess(player.pid());
-  const Stopwatch sinceCall;
-  ASSERT_EQ(recorder.startProcess(process), 0);
-  const Stopwatch sinceReturn;
+TEST_F(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
+  start([this] { return recorder.startProcess(process); });
   std::this_thread::sleep_for(20s);
-  const double shortest = sinceReturn.frames();
-  ASSERT_EQ(recorder.stop(), 0);
-  const double longest = sinceCall.frames();
+  const Audio audio = stop();
   const auto stretches = player.report("music").stretches;
 
-  ASSERT_FALSE(recorder.samples().hasFailed());
-  const Audio audio = recorder.samples().audio();
   std::string problem;
   if (recorder.lostFrames() == 0) {
     const auto track = onlyTrack(audio, stretches, &problem);
@@ -61,8 +49,6 @@ TEST(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
   EXPECT_LE(delivery->missing, recorder.lostFrames()) << problem;
   EXPECT_GE(delivery->begin + delivery->silent, recorder.lostFrames()) << problem;
   EXPECT_LE(delivery->silent, recorder.lostFrames() + pausedFor(stretches)) << problem;
-  EXPECT_GE(static_cast<double>(framesOf(audio)), shortest - 4096);
-  EXPECT_LE(static_cast<double>(framesOf(audio)), longest + 4096);
   RecordProperty("lostFrames", static_cast<int>(recorder.lostFrames()));
 }
 

@@ -7,12 +7,12 @@
 #include <set>
 #include <string>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/SinkMonitor.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -97,7 +97,7 @@ TEST(Undisturbed, theSinkPlaysOnExactlyWhenTheRecorderIsKilled) {
   SinkMonitor monitor(server.socketPath());
   ASSERT_TRUE(monitor.samples().waitForMore(48'000));
   for (int round = 0; round < 3; ++round) {
-    const auto recorder = ChildProcess::start(
+    const auto recorder = support::ChildProcess::start(
         {.arguments = {AUDREL_TEST_RECORDER, server.socketPath(), std::to_string(player.pid())},
          .environment = {}});
     ASSERT_TRUE(recorder);

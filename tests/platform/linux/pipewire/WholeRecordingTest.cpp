@@ -18,8 +18,8 @@
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/RecordedFile.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::pwtest {
 namespace {
@@ -60,7 +60,7 @@ class FileRecorder {
 };
 
 TEST(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   TestServer server({.timesRealTime = 10});
   ASSERT_TRUE(server.isRunning());
   Player player(server.socketPath());
@@ -76,7 +76,7 @@ TEST(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
 }
 
 TEST(WholeRecording, twoAtOnceHoldOneApplicationEach) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   TestServer server({.timesRealTime = 10});
   ASSERT_TRUE(server.isRunning());
   Player one(server.socketPath());
@@ -96,7 +96,7 @@ TEST(WholeRecording, twoAtOnceHoldOneApplicationEach) {
 }
 
 TEST(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   TestServer server({.timesRealTime = 4});
   ASSERT_TRUE(server.isRunning());
   Player player(server.socketPath());

@@ -13,6 +13,8 @@
 #include "tests/platform/linux/session/harness/Applications.h"
 #include "tests/platform/linux/session/harness/SessionTest.h"
 #include "tests/platform/linux/session/harness/XServer.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -105,7 +107,7 @@ class AlertTest : public sessiontest::SessionTest {
     return lines;
   }
 
-  pwtest::TemporaryFolder folder;
+  support::TemporaryFolder folder;
   Application application;
   Diagnosis diagnosis;
   std::filesystem::path helper = alertHelperProgram();
@@ -171,7 +173,7 @@ TEST_F(ShownAlert, letsTheApplicationsEventsGoOn) {
 TEST_F(ShownAlert, whoseDisplayDiesBecomesANotification) {
   auto service = notifications();
   ASSERT_TRUE(service.isRunning());
-  const auto user = pwtest::ChildProcess::start(
+  const auto user = support::ChildProcess::start(
       {.arguments = {"xdotool", "search", "--sync", "--onlyvisible", "--name", "^Audrel$"},
        .environment = {}});
   LoopSource poll([&] {
@@ -188,7 +190,7 @@ TEST_F(ShownAlert, whoseDisplayDiesBecomesANotification) {
 
 TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
   // What holds the other end of its input ends as soon as the window is there.
-  const auto shell = pwtest::ChildProcess::start(
+  const auto shell = support::ChildProcess::start(
       {.arguments =
            {"sh", "-c",
             "{ xdotool search --sync --onlyvisible --name '^Audrel$' >/dev/null; :; } | '" +

@@ -12,9 +12,9 @@
 #include <iterator>
 #include <thread>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -71,11 +71,11 @@ class LinuxCaptureAccess : public testing::Test {
         << access << " } }\n"
         << others << " ]\n";
     const std::string path = folder.path().string();
-    server = pwtest::ChildProcess::start({.arguments = {"pipewire", "-c", "pipewire.conf"},
-                                          .environment = {{"PIPEWIRE_CONFIG_DIR", path},
-                                                          {"PIPEWIRE_RUNTIME_DIR", path},
-                                                          {"XDG_RUNTIME_DIR", path}},
-                                          .showsErrors = false});
+    server = support::ChildProcess::start({.arguments = {"pipewire", "-c", "pipewire.conf"},
+                                           .environment = {{"PIPEWIRE_CONFIG_DIR", path},
+                                                           {"PIPEWIRE_RUNTIME_DIR", path},
+                                                           {"XDG_RUNTIME_DIR", path}},
+                                           .showsErrors = false});
     ASSERT_NE(server, nullptr);
     const auto deadline = std::chrono::steady_clock::now() + 10s;
     while (!std::filesystem::is_socket(socket()) && std::chrono::steady_clock::now() < deadline) {
@@ -93,8 +93,8 @@ class LinuxCaptureAccess : public testing::Test {
                 ElementsAre("error: The audio server refuses to be captured — " + reason));
   }
 
-  pwtest::TemporaryFolder folder;
-  std::unique_ptr<pwtest::ChildProcess> server;
+  support::TemporaryFolder folder;
+  std::unique_ptr<support::ChildProcess> server;
   SharedLog log;
   CaptureAccess access_{log};
 };

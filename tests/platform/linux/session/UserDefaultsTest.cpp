@@ -13,8 +13,8 @@
 #include <system_error>
 
 #include "tests/fakes/ScopedVariable.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -71,7 +71,7 @@ class LinuxUserDefaults : public testing::Test {
     return static_cast<int>(status.st_mode & 07777U);
   }
 
-  pwtest::TemporaryFolder folder;
+  support::TemporaryFolder folder;
   const fs::path file = folder.path() / "config" / "audrel" / "defaults.ini";
   std::shared_ptr<MemoryLogger> log = std::make_shared<MemoryLogger>();
   UserDefaults defaults{file, log};

@@ -5,6 +5,7 @@
 #include "platform/linux/session/SoftwareUpdates.h"
 #include "tests/platform/linux/session/harness/Applications.h"
 #include "tests/platform/linux/session/harness/SessionTest.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -61,13 +62,13 @@ TEST_F(WorkspaceTest, asksForNothingWithoutFiles) {
 }
 
 TEST_F(WorkspaceTest, opensTheFolderWhereTheFileManagerCannotSelect) {
-  const pwtest::TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   workspace.activateFileViewerSelecting({folder.path() / "a.wav"});
   EXPECT_THAT(applications().takeStarted(), ElementsAre("files " + folder.path().string()));
 }
 
 TEST_F(WorkspaceTest, opensTheFolderWhereTheFileManagerRefuses) {
-  const pwtest::TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   auto files = fileManager("!org.freedesktop.DBus.Error.AccessDenied");
   ASSERT_TRUE(files.isRunning());
   workspace.activateFileViewerSelecting({folder.path() / "a.wav"});

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/platform/linux/tray/TrayTest.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::traytest {
 namespace {
@@ -120,7 +121,7 @@ TEST_F(ItemOnBus, isReplacedByAnotherUnderAnotherName) {
 }
 
 TEST(IconOnBus, iconsAreSentByNameWhereTheirFilesAre) {
-  const pwtest::TemporaryFolder icons;
+  const support::TemporaryFolder icons;
   const auto folder = icons.path() / "hicolor" / "scalable" / "status";
   std::error_code error;
   ASSERT_TRUE(std::filesystem::create_directories(folder, error));

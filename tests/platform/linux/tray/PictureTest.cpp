@@ -15,7 +15,7 @@
 #include "platform/linux/tray/Image.h"
 #include "platform/linux/tray/Pixmap.h"
 #include "platform/linux/tray/TrayAppKit.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -189,7 +189,7 @@ class IconThemeTest : public PictureTest {
     std::ofstream(contextFolder / name) << "an icon";
   }
 
-  pwtest::TemporaryFolder folder;
+  support::TemporaryFolder folder;
 };
 
 TEST_F(IconThemeTest, namesTheIconThatShowsAPicture) {

@@ -38,9 +38,10 @@ void DesktopServer::makeFolders() const {
   std::ofstream(dropIns / "10-sink.conf") << sink;
 }
 
-std::unique_ptr<ChildProcess> DesktopServer::start(std::vector<std::string> arguments) const {
+std::unique_ptr<support::ChildProcess> DesktopServer::start(
+    std::vector<std::string> arguments) const {
   const std::string base = folder_.path().string();
-  return ChildProcess::start(
+  return support::ChildProcess::start(
       {.arguments = std::move(arguments),
        .environment = {{"XDG_RUNTIME_DIR", run().string()},
                        {"PIPEWIRE_RUNTIME_DIR", run().string()},

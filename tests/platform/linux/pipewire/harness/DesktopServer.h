@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::pwtest {
 
@@ -24,7 +24,7 @@ class DesktopServer {
   const std::filesystem::path& folder() const { return folder_.path(); }
 
   /// Starts a program as one of this session's.
-  std::unique_ptr<ChildProcess> start(std::vector<std::string> arguments) const;
+  std::unique_ptr<support::ChildProcess> start(std::vector<std::string> arguments) const;
 
  private:
   std::filesystem::path run() const { return folder_.path() / "run"; }
@@ -32,8 +32,8 @@ class DesktopServer {
   bool startAll();
   bool startServer(std::vector<std::string> arguments, const std::filesystem::path& socket);
 
-  TemporaryFolder folder_;
-  std::vector<std::unique_ptr<ChildProcess>> servers_;
+  support::TemporaryFolder folder_;
+  std::vector<std::unique_ptr<support::ChildProcess>> servers_;
   bool isRunning_ = false;
 };
 

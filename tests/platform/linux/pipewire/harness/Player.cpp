@@ -18,7 +18,7 @@ constexpr auto answerTimeout = 10s;
 Player::Player(const std::string& socketPath, std::vector<std::string> properties) {
   std::vector<std::string> arguments = {AUDREL_TEST_PLAYER, socketPath};
   arguments.insert(arguments.end(), properties.begin(), properties.end());
-  process_ = ChildProcess::start({.arguments = std::move(arguments), .environment = {}});
+  process_ = support::ChildProcess::start({.arguments = std::move(arguments), .environment = {}});
   isReady_ = process_ && process_->readLine(answerTimeout) == "ready";
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::pwtest {
 
@@ -50,7 +50,7 @@ class Player {
   bool tell(const std::string& command);
   std::string ask(const std::string& command);
 
-  std::unique_ptr<ChildProcess> process_;
+  std::unique_ptr<support::ChildProcess> process_;
   bool isReady_ = false;
 };
 

@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/pipewire/harness/ToneReading.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::pwtest {
 
@@ -26,9 +26,9 @@ Audio readWav(const std::filesystem::path& path) {
 }
 
 Audio readM4a(const std::filesystem::path& path) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto decoded = folder.path() / "decoded.wav";
-  const auto decoder = ChildProcess::start(
+  const auto decoder = support::ChildProcess::start(
       {.arguments = {"ffmpeg", "-nostdin", "-v", "error", "-i", path, "-c:a", "pcm_f32le", decoded},
        .environment = {}});
   return decoder && decoder->waitForEnd() == 0 ? readWav(decoded) : Audio();

@@ -74,11 +74,11 @@ bool TestServer::launch() {
   if (options_.timesRealTime) {
     arguments = {AUDREL_TEST_SERVER, pacedGroup, std::to_string(*options_.timesRealTime)};
   }
-  server_ = ChildProcess::start({.arguments = std::move(arguments),
-                                 .environment = {{"PIPEWIRE_CONFIG_DIR", folder},
-                                                 {"PIPEWIRE_RUNTIME_DIR", folder},
-                                                 {"XDG_RUNTIME_DIR", folder}},
-                                 .showsErrors = false});
+  server_ = support::ChildProcess::start({.arguments = std::move(arguments),
+                                          .environment = {{"PIPEWIRE_CONFIG_DIR", folder},
+                                                          {"PIPEWIRE_RUNTIME_DIR", folder},
+                                                          {"XDG_RUNTIME_DIR", folder}},
+                                          .showsErrors = false});
   return server_ != nullptr;
 }
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/SessionManager.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::pwtest {
 
@@ -52,8 +52,8 @@ class TestServer {
   bool launch();
 
   ServerOptions options_;
-  TemporaryFolder folder_;
-  std::unique_ptr<ChildProcess> server_;
+  support::TemporaryFolder folder_;
+  std::unique_ptr<support::ChildProcess> server_;
   std::unique_ptr<SessionManager> session_;
 };
 

@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 
 #include "platform/linux/pipewire/ProcFiles.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -175,19 +177,17 @@ TEST_F(ProcessTableTest, aDesktopEntryIsFoundByTheProgramThatItStarts) {
 class OwnDesktopEntries : public testing::Environment {
  public:
   void SetUp() override {
-    std::string folder = (std::filesystem::temp_directory_path() / "audrel-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    folder_ = folder;
-    std::filesystem::create_directories(folder_ / "applications");
-    std::ofstream(folder_ / "applications/org.example.Tuner.desktop")
+    folder_.emplace();
+    std::filesystem::create_directories(*folder_ / "applications");
+    std::ofstream(*folder_ / "applications/org.example.Tuner.desktop")
         << "[Desktop Entry]\nType=Application\nName=Tuner, in English\nExec=true\n";
-    setenv("XDG_DATA_HOME", folder.c_str(), 1);
+    setenv("XDG_DATA_HOME", folder_->path().c_str(), 1);
     setenv("LC_ALL", "C", 1);
   }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  void TearDown() override { folder_.reset(); }
 
  private:
-  std::filesystem::path folder_;
+  std::optional<support::TemporaryFolder> folder_;
 };
 
 [[maybe_unused]] const auto* const registered =

@@ -78,15 +78,15 @@ void Session::TearDown() {
 
 void Session::startProgram() {
   const auto registered = panel->registrations().size();
-  program = pwtest::ChildProcess::start(
+  program = support::ChildProcess::start(
       {.arguments = {AUDREL_MENU_BAR_PROGRAM}, .environment = environment});
   ASSERT_NE(program, nullptr);
   ASSERT_TRUE(panel->runUntil([&] { return panel->registrations().size() > registered; }));
   ASSERT_TRUE(panel->findItem());
 }
 
-std::unique_ptr<pwtest::ChildProcess> Session::startAgain() const {
-  return pwtest::ChildProcess::start(
+std::unique_ptr<support::ChildProcess> Session::startAgain() const {
+  return support::ChildProcess::start(
       {.arguments = {AUDREL_MENU_BAR_PROGRAM}, .environment = environment, .showsErrors = false});
 }
 

@@ -10,13 +10,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
 #include "tests/platform/linux/session/harness/TestService.h"
 #include "tests/platform/linux/tray/harness/Panel.h"
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::programtest {
 
@@ -37,7 +37,7 @@ class Session : public testing::Test {
   void startProgram();
 
   /// Starts another one, which ends by itself.
-  std::unique_ptr<pwtest::ChildProcess> startAgain() const;
+  std::unique_ptr<support::ChildProcess> startAgain() const;
 
   /// The program was told to end, or was killed: what it ended with, -1 for a signal.
   int waitForEnd();
@@ -87,7 +87,7 @@ class Session : public testing::Test {
   /// The next call to a service that begins with that member, without it.
   static std::string nextCall(sessiontest::TestService& service, const std::string& member);
 
-  pwtest::TemporaryFolder home;
+  support::TemporaryFolder home;
   traytest::PrivateBus bus;
   pwtest::TestServer server;
   pwtest::Player player{server.socketPath(), {"application.name=Web Radio"}};
@@ -95,7 +95,7 @@ class Session : public testing::Test {
 
   /// What the program starts with, beside this process's own environment.
   std::map<std::string, std::string> environment;
-  std::unique_ptr<pwtest::ChildProcess> program;
+  std::unique_ptr<support::ChildProcess> program;
 };
 
 }  // namespace audrel::programtest

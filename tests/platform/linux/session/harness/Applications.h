@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::sessiontest {
 
@@ -28,7 +28,7 @@ class Applications {
  private:
   void install(const Application& application) const;
 
-  pwtest::TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   std::filesystem::path log_ = folder_.path() / "started";
 };
 

@@ -28,8 +28,8 @@ TestService::TestService(const std::string& busAddress, const std::string& name,
     arguments.push_back(answer.member + "=" + answer.value);
   }
   program_ =
-      pwtest::ChildProcess::start({.arguments = std::move(arguments),
-                                   .environment = {{"DBUS_SESSION_BUS_ADDRESS", busAddress}}});
+      support::ChildProcess::start({.arguments = std::move(arguments),
+                                    .environment = {{"DBUS_SESSION_BUS_ADDRESS", busAddress}}});
   isReady_ = program_ != nullptr && program_->readLine(10s) == "ready";
 }
 

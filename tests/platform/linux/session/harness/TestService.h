@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::sessiontest {
 
@@ -36,7 +36,7 @@ class TestService {
   std::vector<std::string> furtherCalls();
 
  private:
-  std::unique_ptr<pwtest::ChildProcess> program_;
+  std::unique_ptr<support::ChildProcess> program_;
   bool isReady_ = false;
 };
 

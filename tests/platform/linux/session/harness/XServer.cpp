@@ -11,10 +11,10 @@ using namespace std::chrono_literals;
 
 XServer::XServer()
     : server_(
-          pwtest::ChildProcess::start({.arguments = {"Xvfb", "-displayfd", "1", "-screen", "0",
-                                                     "800x600x24", "-nolisten", "tcp", "-noreset"},
-                                       .environment = {},
-                                       .showsErrors = false})) {
+          support::ChildProcess::start({.arguments = {"Xvfb", "-displayfd", "1", "-screen", "0",
+                                                      "800x600x24", "-nolisten", "tcp", "-noreset"},
+                                        .environment = {},
+                                        .showsErrors = false})) {
   const auto number = server_ == nullptr ? std::nullopt : server_->readLine(20s);
   if (number) {
     number_ = *number;
@@ -53,7 +53,7 @@ KeyPresses::KeyPresses(const std::string& keys) {
       "xdotool search --sync --onlyvisible --name '^Audrel$' windowfocus --sync && "
       "xdotool key --delay 50 " +
       keys + "; echo done";
-  user_ = pwtest::ChildProcess::start({.arguments = {"sh", "-c", command}, .environment = {}});
+  user_ = support::ChildProcess::start({.arguments = {"sh", "-c", command}, .environment = {}});
 }
 
 KeyPresses::~KeyPresses() {

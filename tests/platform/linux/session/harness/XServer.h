@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/fakes/ScopedVariable.h"
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::sessiontest {
 
@@ -26,7 +26,7 @@ class XServer {
   std::size_t connections() const;
 
  private:
-  std::unique_ptr<pwtest::ChildProcess> server_;
+  std::unique_ptr<support::ChildProcess> server_;
   std::string number_;
   std::optional<fakes::ScopedVariable> display_;
   fakes::ScopedVariable backend_{"GDK_BACKEND", "x11"};
@@ -47,7 +47,7 @@ class KeyPresses {
   KeyPresses& operator=(const KeyPresses&) = delete;
 
  private:
-  std::unique_ptr<pwtest::ChildProcess> user_;
+  std::unique_ptr<support::ChildProcess> user_;
 };
 
 }  // namespace audrel::sessiontest

@@ -33,7 +33,7 @@ void PrivateBus::crash() {
 }
 
 void PrivateBus::restart() {
-  daemon_ = pwtest::ChildProcess::start(
+  daemon_ = support::ChildProcess::start(
       {.arguments = {"dbus-daemon", "--nofork", "--nopidfile", "--nosyslog", "--print-address=1",
                      "--config-file=" + (folder_.path() / "bus.conf").string()},
        .environment = {},

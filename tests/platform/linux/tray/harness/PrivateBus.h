@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
-#include "tests/platform/linux/pipewire/harness/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::traytest {
 
@@ -29,8 +29,8 @@ class PrivateBus {
  private:
   std::filesystem::path socket() const { return folder_.path() / "bus"; }
 
-  pwtest::TemporaryFolder folder_;
-  std::unique_ptr<pwtest::ChildProcess> daemon_;
+  support::TemporaryFolder folder_;
+  std::unique_ptr<support::ChildProcess> daemon_;
   bool isListening_ = false;
 };
 

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 }  // namespace
 
 TrayProgram::TrayProgram(const std::string& busAddress, const std::filesystem::path& icons)
-    : process_(pwtest::ChildProcess::start(
+    : process_(support::ChildProcess::start(
           {.arguments = {AUDREL_TEST_TRAY, icons.string()},
            .environment = {{"DBUS_SESSION_BUS_ADDRESS", busAddress},
                            {"XDG_RUNTIME_DIR", "/nonexistent"},

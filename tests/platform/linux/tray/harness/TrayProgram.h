@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel::traytest {
 
@@ -32,10 +32,10 @@ class TrayProgram {
   /// The lines since the last call.
   std::vector<std::string> takeJournal();
 
-  pwtest::ChildProcess& process() { return *process_; }
+  support::ChildProcess& process() { return *process_; }
 
  private:
-  std::unique_ptr<pwtest::ChildProcess> process_;
+  std::unique_ptr<support::ChildProcess> process_;
   std::vector<std::string> journal_;
 };
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace audrel::pwtest {
+namespace audrel::support {
 
 /// A program of its own, talked to in lines through its standard input and output. It ends with
 /// this object, and with the test however that ends. Made on the main thread: the kernel ends it
@@ -54,4 +54,4 @@ class ChildProcess {
   std::string unread_;
 };
 
-}  // namespace audrel::pwtest
+}  // namespace audrel::support

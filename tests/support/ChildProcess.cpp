@@ -1,4 +1,4 @@
-#include "tests/platform/linux/pipewire/harness/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -11,7 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 
-namespace audrel::pwtest {
+namespace audrel::support {
 
 namespace {
 
@@ -166,4 +166,4 @@ int ChildProcess::waitForEnd() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-}  // namespace audrel::pwtest
+}  // namespace audrel::support

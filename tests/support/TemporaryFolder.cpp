@@ -1,4 +1,4 @@
-#include "tests/contract/ScratchFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -6,21 +6,20 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace audrel::contract {
+namespace audrel::support {
 
-ScratchFolder::ScratchFolder() {
+TemporaryFolder::TemporaryFolder() {
   std::error_code unknown;
-  std::string path =
-      (std::filesystem::temp_directory_path(unknown) / "audrel-contract-XXXXXX").string();
+  std::string path = (std::filesystem::temp_directory_path(unknown) / "audrel-XXXXXX").string();
   if (unknown || mkdtemp(path.data()) == nullptr) {
     throw std::runtime_error("No folder can be made at " + path);
   }
   path_ = path;
 }
 
-ScratchFolder::~ScratchFolder() {
+TemporaryFolder::~TemporaryFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
 
-}  // namespace audrel::contract
+}  // namespace audrel::support
