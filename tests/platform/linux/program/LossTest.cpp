@@ -24,13 +24,11 @@ namespace audrel::programtest {
 namespace {
 
 using namespace std::chrono_literals;
+using pwtest::onTheWay;
 using pwtest::Segment;
 using testing::HasSubstr;
 
 constexpr std::uint64_t second = 48'000;  // frames
-
-/// Played, and not yet out of the audio server.
-constexpr std::uint64_t onTheWay = 4'096;  // frames
 
 // A killed program loses what it has not written, which is counted in time: there the graph goes no
 // faster than the processors do.
