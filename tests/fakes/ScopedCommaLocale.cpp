@@ -1,6 +1,5 @@
 #include "tests/fakes/ScopedCommaLocale.h"
 
-
 #include <array>
 #include <clocale>
 #include <cstdio>

@@ -115,7 +115,7 @@ TEST(Channels, stereoOnASurroundSinkIsExactAndNoLouder) {
 void expectExactMono(const Audio& audio) {
   constexpr std::size_t needle = 64;
   constexpr std::size_t longest = 2'000'000;
-  const std::size_t begin = firstSound(audio) + 4096;  // past the first cycles
+  const std::size_t begin = firstSound(audio) + longestLead;
   ASSERT_LT(begin + needle, framesOf(audio));
   std::uint64_t position = 0;
   const auto matches = [&](std::uint64_t at, std::size_t frame) {
@@ -157,7 +157,7 @@ constexpr double frequency = 1000;  // Hz
 constexpr double level = 0.5;       // as the player plays it
 
 void expectTone(const Audio& audio, double rate) {
-  const std::size_t begin = firstSound(audio) + static_cast<std::size_t>(rate / 10);
+  const std::size_t begin = firstSound(audio) + longestLead;
   for (const Channel channel : {Channel::left, Channel::right}) {
     const ToneReading reading = readTone(audio, channel, begin, rate, frequency);
     EXPECT_NEAR(reading.frequency, frequency, 0.01);

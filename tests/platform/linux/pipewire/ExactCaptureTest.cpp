@@ -234,7 +234,7 @@ TEST(ExactCapture, pauseAndResumeLeaveSilenceOfTheRightLength) {
   EXPECT_EQ(segments[2].first.stream, 1U) << describe(segments);
   const std::uint64_t missed = segments[2].first.position - resumed;
   EXPECT_EQ(segments[1].length, paused + missed) << describe(segments);
-  EXPECT_LE(missed, recorder.lostFrames()) << describe(segments);
+  EXPECT_LE(missed, recorder.lostFrames() + longestLead) << describe(segments);
 }
 
 TEST(ExactCapture, aProcessThatExitsIsSilentFromThenOnWhoeverPlaysNext) {

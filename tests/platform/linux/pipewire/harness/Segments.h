@@ -40,9 +40,10 @@ struct Segment {
 /// The recording, cut up completely. A stamped segment has at least two frames.
 std::vector<Segment> segmentsOf(std::span<const float> audio);
 
-/// The longest silence, in frames, with which a recording may start: a few cycles in which nothing
-/// is linked yet.
-inline constexpr std::size_t longestLead = 4096;
+/// The longest silence, in frames, with which a recording or what a stream plays again may start:
+/// cycles in which not everything is linked yet. Linking takes time, not frames: at twenty times
+/// real time these are 25 ms.
+inline constexpr std::size_t longestLead = 24'000;
 
 /// The recording, cut up, without a silence at its start that is no longer than that.
 std::vector<Segment> segmentsWithoutLead(std::span<const float> audio);

@@ -27,9 +27,8 @@ bool isHalf(const Audio& audio, std::size_t frame, StampPosition position) {
 }
 
 bool isHalfLinkedStart(const Audio& audio, const Segment& segment, const Segment& stream) {
-  constexpr std::size_t longest = 2048;
   if (segment.kind != Segment::Kind::foreign || stream.kind != Segment::Kind::stamped ||
-      segment.length > longest || segment.length > stream.first.position) {
+      segment.length > longestLead || segment.length > stream.first.position) {
     return false;
   }
   for (std::size_t frame = segment.begin; frame < segment.end(); ++frame) {
