@@ -29,12 +29,16 @@ struct Recorded {
   double rate = 0;
 };
 
+/// The stream plays on when the recording has started: at twenty times real time a busy machine may
+/// miss seconds of it before.
 Recorded recordStream(TestServer& server, const std::string& description, std::size_t frames) {
   Player player(server.socketPath());
   EXPECT_TRUE(player.open("music", description));
+  EXPECT_TRUE(player.pause("music"));
   Recorder recorder(server.socketPath());
   EXPECT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
-  EXPECT_TRUE(recorder.waitForMore(frames));
+  EXPECT_TRUE(player.resume("music"));
+  EXPECT_TRUE(player.waitForMore("music", frames));
   EXPECT_EQ(recorder.stop(), 0);
   EXPECT_FALSE(recorder.samples().hasFailed());
   return {.audio = recorder.samples().audio(), .rate = recorder.rate()};
