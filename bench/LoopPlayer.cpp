@@ -41,7 +41,12 @@ class LoopPlayer {
                                 pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr),
                                 0)) {}
 
-  ~LoopPlayer() { pw_thread_loop_stop(loop_.get()); }
+  ~LoopPlayer() {
+    pw_thread_loop_stop(loop_.get());
+    if (stream_) {
+      endStream(stream_, hook_);
+    }
+  }
   LoopPlayer(const LoopPlayer&) = delete;
   LoopPlayer& operator=(const LoopPlayer&) = delete;
 

@@ -56,4 +56,14 @@ class Hook {
   spa_hook hook_{};
 };
 
+/// Ends a stream whose listener the data thread calls. On return that thread is out of the stream.
+/// Events that only this end causes may come from within the call.
+inline void endStream(StreamHandle& stream, Hook& listener) {
+  // This waits for the data thread. Taking the listener out does not (PipeWire 0.3.65): it clears
+  // function and argument under a call that may have read the one and not the other.
+  pw_stream_disconnect(stream.get());
+  listener.remove();
+  stream.reset();
+}
+
 }  // namespace audrel::linuxos

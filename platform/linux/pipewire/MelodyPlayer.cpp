@@ -105,11 +105,8 @@ void MelodyPlayer::graphChanged() {
 }
 
 void MelodyPlayer::serverLost() {
-  streamHook_.remove();
   if (stream_) {
-    // The data thread uses the pointer until the stream is destroyed; reset() would clear it first.
-    pw_stream_destroy(stream_.get());
-    stream_.release();
+    endStream(stream_, streamHook_);
   }
   links_.reset();
 }

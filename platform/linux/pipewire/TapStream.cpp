@@ -68,9 +68,7 @@ TapStream::TapStream(Connection& connection, double rate, IsTapped isTapped, Tim
 }
 
 TapStream::~TapStream() {
-  // Destroying the stream emits a last state, which nobody needs. It also waits for the data
-  // thread, which uses the pointer until then: so no reset(), which would clear it first.
-  streamHook_.remove();
+  endStream(stream_, streamHook_);
 }
 
 void TapStream::connect() {
