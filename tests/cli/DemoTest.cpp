@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstddef>
@@ -14,39 +13,25 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #include "tests/cli/ChildProcess.h"
 #include "tests/cli/TerminalPair.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::cli {
 namespace {
 
-using namespace std::chrono_literals;
 using std::filesystem::path;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-/// False when `condition` does not hold within 20 s.
-bool waitUntil(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + 20s;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(10ms);
-  }
-  return true;
-}
 
 /// 0 for a file that is not there yet.
 std::uintmax_t sizeOf(const path& file) {
@@ -109,7 +94,8 @@ TEST_F(Demo, recordsItsMelodyForExactlyTheLength) {
 
 TEST_F(Demo, isCompleteAfterCtrlC) {
   ChildProcess program(commandLine({"--demo", "--json"}));
-  ASSERT_TRUE(waitUntil([this] { return sizeOf(file_) > 12000 * 4; })) << program.errorOutput();
+  ASSERT_TRUE(support::waitFor([this] { return sizeOf(file_) > 12000 * 4; }))
+      << program.errorOutput();
   program.signal(SIGINT);
   program.signal(SIGINT);
   EXPECT_EQ(program.wait(), 0);
@@ -131,8 +117,9 @@ TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   ChildProcess program(commandLine({"--demo"}),
                        {.set = {}, .closed = {}, .terminal = window.terminal()});
   std::string text;
-  ASSERT_TRUE(waitUntil([&] { return (text += window.takeText()).find("0:02  [") != text.npos; }))
-      << text;
+  ASSERT_TRUE(support::waitFor([&] {
+    return (text += window.takeText()).find("0:02  [") != text.npos;
+  })) << text;
   EXPECT_THAT(text, AllOf(StartsWith("Recording all system audio to "), HasSubstr("Ctrl-C"),
                           HasSubstr("dBFS")));
   std::istringstream lines(text);
@@ -150,7 +137,7 @@ TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
 
   window.setColumns(12);
   std::string narrow;
-  EXPECT_TRUE(waitUntil([&] {
+  EXPECT_TRUE(support::waitFor([&] {
     narrow += window.takeText();
     return std::regex_search(narrow, std::regex("\r\x1b\\[K0:0[0-9][^\r]{0,7}\r"));
   })) << narrow;

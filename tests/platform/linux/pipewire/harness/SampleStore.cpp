@@ -1,8 +1,6 @@
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
 
-#include <chrono>
 #include <cstring>
-#include <thread>
 
 namespace audrel::pwtest {
 
@@ -22,18 +20,6 @@ Audio SampleStore::audio() const {
 
 bool SampleStore::waitForFrames(std::size_t count) const {
   return waitFor([&] { return frames() >= count; });
-}
-
-bool waitFor(const std::function<bool()>& condition) {
-  using namespace std::chrono_literals;
-  const auto deadline = std::chrono::steady_clock::now() + 20s;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(2ms);
-  }
-  return true;
 }
 
 }  // namespace audrel::pwtest

@@ -2,10 +2,10 @@
 
 #include <atomic>
 #include <cstddef>
-#include <functional>
 #include <memory>
 
 #include "tests/platform/linux/pipewire/harness/Segments.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::pwtest {
 
@@ -39,7 +39,6 @@ class SampleStore {
   std::atomic<bool> hasFailed_ = false;
 };
 
-/// Waits until `condition` holds; whether it did within twenty seconds.
-bool waitFor(const std::function<bool()>& condition);
+using support::waitFor;
 
 }  // namespace audrel::pwtest
