@@ -46,7 +46,10 @@ TEST_F(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
   }
   const auto delivery = deliveryOf(audio, &problem);
   ASSERT_TRUE(delivery) << problem;
-  EXPECT_LE(delivery->missing, recorder.lostFrames()) << problem;
+  // A cycle that somebody was too late for may tear the one after it: its buffer is written again
+  // while it is read, which no client can see.
+  EXPECT_LE(delivery->torn, recorder.lostFrames()) << problem;
+  EXPECT_LE(delivery->missing, recorder.lostFrames() + delivery->torn) << problem;
   EXPECT_GE(delivery->begin + delivery->silent, recorder.lostFrames()) << problem;
   EXPECT_LE(delivery->silent, recorder.lostFrames() + pausedFor(stretches)) << problem;
   RecordProperty("lostFrames", static_cast<int>(recorder.lostFrames()));

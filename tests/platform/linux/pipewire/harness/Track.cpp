@@ -89,9 +89,12 @@ std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem) {
   Delivery delivery;
   const Segment* first = nullptr;
   const Segment* previous = nullptr;
+  std::uint64_t tornSincePrevious = 0;
   for (const Segment& segment : segments) {
     if (segment.kind == Segment::Kind::foreign) {
-      return std::nullopt;
+      delivery.torn += segment.length;
+      tornSincePrevious += segment.length;
+      continue;
     }
     if (segment.kind == Segment::Kind::silence) {
       continue;
@@ -108,9 +111,10 @@ std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem) {
         return std::nullopt;
       }
       delivery.missing += segment.first.position - previous->endPosition();
-      delivery.silent += segment.begin - previous->end();
+      delivery.silent += segment.begin - previous->end() - tornSincePrevious;
     }
     previous = &segment;
+    tornSincePrevious = 0;
   }
   return previous == nullptr ? std::nullopt : std::optional(delivery);
 }

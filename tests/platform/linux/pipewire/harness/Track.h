@@ -50,10 +50,11 @@ struct Delivery {
   std::size_t begin = 0;      ///< its first frame, in frames of the recording
   std::uint64_t missing = 0;  ///< frames of the stream that are not there
   std::uint64_t silent = 0;   ///< frames of silence between those that are
+  std::uint64_t torn = 0;     ///< frames that are neither
 };
 
-/// Of the only stream of a recording that holds nothing else but silence. Nothing, and `problem`
-/// set, when something else is in it, or a frame stands before its turn or too early.
+/// Of the only stream of a recording. Nothing, and `problem` set, when there is none or another one
+/// too, or a frame stands before its turn or too early.
 std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem);
 
 /// Takes a track out of a recording. Frames that are silent stay so.
