@@ -61,7 +61,7 @@ std::optional<Delivery> deliveryOf(const Audio& audio, std::string* problem);
 void remove(const Track& track, Audio& audio);
 
 /// Silences what came of a stream's first cycles while one of its two channels was not yet linked:
-/// up to 2048 frames before it in which one channel is exactly what it should be, and the other
+/// up to `longestLead` before it in which one channel is exactly what it should be, and the other
 /// silent.
 void removeHalfLinkedStarts(Audio& audio);
 
