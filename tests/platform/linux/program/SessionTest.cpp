@@ -97,10 +97,7 @@ TEST_F(Session, recordsTheChosenApplicationToTheSampleAsWav) {
   ASSERT_TRUE(other.open("shots", 2));
   startProgram();
   openMenu();
-  choose("Web Radio");
-  ASSERT_TRUE(waitForCheckmark("Web Radio", true));
-  choose("WAV (48 kHz / 16-bit)");
-  ASSERT_TRUE(waitForCheckmark("WAV (48 kHz / 16-bit)", true));
+  chooseWavOfWebRadio();
   startRecording();
   EXPECT_EQ(openMenu(), recordingMenu("Web Radio"));
   ASSERT_TRUE(player.waitForMore("music", 3 * second));
@@ -225,10 +222,7 @@ TEST_F(Session, takesAChoiceMadeWhileItRecordsForTheNextRecording) {
 TEST_F(Session, remembersFormatAndLastRecordingButNoSource) {
   startProgram();
   openMenu();
-  choose("Web Radio");
-  ASSERT_TRUE(waitForCheckmark("Web Radio", true));
-  choose("WAV (48 kHz / 16-bit)");
-  ASSERT_TRUE(waitForCheckmark("WAV (48 kHz / 16-bit)", true));
+  chooseWavOfWebRadio();
   startRecording();
   stopRecording();
   kill(program->pid(), SIGTERM);

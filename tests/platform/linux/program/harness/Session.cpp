@@ -106,6 +106,13 @@ void Session::choose(const std::string& label) {
   clickOn(*id);
 }
 
+void Session::chooseWavOfWebRadio() {
+  choose("Web Radio");
+  ASSERT_TRUE(waitForCheckmark("Web Radio", true));
+  choose("WAV (48 kHz / 16-bit)");
+  ASSERT_TRUE(waitForCheckmark("WAV (48 kHz / 16-bit)", true));
+}
+
 std::string Session::clickOn(int id) {
   return panel->callMenu("Event", "(" + std::to_string(id) + ", 'clicked', <0>, uint32 7)").error;
 }

@@ -53,6 +53,9 @@ class Session : public testing::Test {
   /// The same by its id: the error's name, or "".
   std::string clickOn(int id);
 
+  /// Chooses the player as what is recorded, and WAV as its format.
+  void chooseWavOfWebRadio();
+
   /// Chooses "Start Recording" or "Stop Recording", and waits until the icon is the one that
   /// follows.
   void startRecording();

@@ -16,10 +16,7 @@ void WavRecording::SetUp() {
 void WavRecording::startRecorded() {
   startProgram();
   openMenu();
-  choose("Web Radio");
-  ASSERT_TRUE(waitForCheckmark("Web Radio", true));
-  choose("WAV (48 kHz / 16-bit)");
-  ASSERT_TRUE(waitForCheckmark("WAV (48 kHz / 16-bit)", true));
+  chooseWavOfWebRadio();
   startRecording();
   ASSERT_TRUE(player.waitForMore("music", 3 * second));
 }
