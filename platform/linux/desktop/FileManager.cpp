@@ -4,11 +4,12 @@
 #include <unistd.h>
 
 #include <cstddef>
-#include <fstream>
+#include <sstream>
 #include <string>
 #include <system_error>
 
 #include "platform/linux/desktop/Environment.h"
+#include "platform/linux/desktop/ForeignFile.h"
 #include "platform/linux/desktop/UserDirectories.h"
 
 namespace audrel::linuxos {
@@ -47,7 +48,9 @@ std::filesystem::path trimmed(std::filesystem::path path) {
 std::optional<std::filesystem::path> FileManager::downloadsDirectory() {
   const auto home = homeDirectoryForCurrentUser();
   const auto configuration = absolutePathFrom("XDG_CONFIG_HOME").value_or(home / ".config");
-  std::ifstream file(configuration / "user-dirs.dirs");
+  constexpr std::size_t largest = 1024 * 1024;
+  std::istringstream file(
+      readForeignFile(configuration / "user-dirs.dirs", largest).text.value_or(""));
   auto directory = userDirectory(file, downloadVariable, home);
   if (!directory.has_value()) {
     directory = absolutePathFrom(downloadVariable);

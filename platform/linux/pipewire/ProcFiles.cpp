@@ -1,11 +1,16 @@
 #include "platform/linux/pipewire/ProcFiles.h"
 
+#include <glib.h>
+
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <regex>
 #include <sstream>
 #include <system_error>
+
+#include "platform/linux/desktop/ForeignFile.h"
 
 namespace audrel::linuxos::proc {
 
@@ -28,6 +33,13 @@ std::string firstLine(const std::string& path) {
   std::getline(file, line);
   return line;
 }
+
+struct KeyFileRelease {
+  void operator()(GKeyFile* file) const { g_key_file_unref(file); }
+};
+struct Free {
+  void operator()(gpointer memory) const { g_free(memory); }
+};
 
 /// Undoes the escapes of systemd unit names (`\x2d`).
 std::string unescaped(const std::string& escaped) {
@@ -81,15 +93,19 @@ std::string commandName(pid_t pid) {
 }
 
 std::string flatpakApplication(pid_t pid) {
-  std::ifstream info(folder(pid) + "/root/.flatpak-info");
-  std::string line;
-  while (std::getline(info, line)) {
-    constexpr std::string_view key = "name=";
-    if (line.starts_with(key)) {
-      return line.substr(key.size());
-    }
+  constexpr std::size_t largest = 64 * 1024;
+  const auto info = readForeignFileIn(folder(pid) + "/root", ".flatpak-info", largest).text;
+  if (!info) {
+    return {};
   }
-  return {};
+  const std::unique_ptr<GKeyFile, KeyFileRelease> file(g_key_file_new());
+  if (g_key_file_load_from_data(file.get(), info->data(), info->size(), G_KEY_FILE_NONE, nullptr) ==
+      FALSE) {
+    return {};
+  }
+  const std::unique_ptr<char, Free> name(
+      g_key_file_get_string(file.get(), "Application", "name", nullptr));
+  return name ? name.get() : "";
 }
 
 std::string applicationOfCgroup(const std::string& cgroup) {

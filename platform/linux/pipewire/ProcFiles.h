@@ -20,7 +20,8 @@ std::string executable(pid_t pid);
 std::string commandName(pid_t pid);
 
 /// The application identifier of a Flatpak sandbox that the process is in; empty when it is in
-/// none.
+/// none. The file that tells it is in the root folder that the process sees, where a process in a
+/// mount namespace of its own may have put anything: what it says is the process's own word.
 std::string flatpakApplication(pid_t pid);
 
 /// The application identifier in the name of the process's desktop scope or service

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/desktop/Environment.h"
+#include "platform/linux/desktop/ForeignFile.h"
 
 namespace audrel::linuxos {
 
@@ -128,22 +129,23 @@ void UserDefaults::save() {
 
 /// What is stored, nothing if there is no file. Null when there is one that cannot be read.
 UserDefaults::KeyFileHandle UserDefaults::load() {
+  constexpr std::size_t largest = 1024 * 1024;
+  const FileText file = readForeignFile(file_, largest);
   KeyFileHandle stored(g_key_file_new());
+  if (file.isAbsent) {
+    return stored;
+  }
+  if (!file.text) {
+    complain("Settings cannot be read from " + file_.string() + ": " + file.failure);
+    return nullptr;
+  }
   GError* failure = nullptr;
-  if (g_key_file_load_from_file(stored.get(), file_.c_str(), G_KEY_FILE_KEEP_COMMENTS, &failure) ==
-      TRUE) {
+  if (g_key_file_load_from_data(stored.get(), file.text->data(), file.text->size(),
+                                G_KEY_FILE_KEEP_COMMENTS, &failure) == TRUE) {
     return stored;
   }
   const ErrorHandle error(failure);
-  const bool isBroken = failure->domain == G_KEY_FILE_ERROR;
-  const bool isAbsent = g_error_matches(failure, G_FILE_ERROR, G_FILE_ERROR_NOENT) == TRUE;
-  if (isAbsent || (isBroken && setAside(messageOf(error)))) {
-    return KeyFileHandle(g_key_file_new());
-  }
-  if (!isBroken) {
-    complain("Settings cannot be read from " + file_.string() + ": " + messageOf(error));
-  }
-  return nullptr;
+  return setAside(messageOf(error)) ? KeyFileHandle(g_key_file_new()) : nullptr;
 }
 
 bool UserDefaults::setAside(const std::string& reason) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -91,6 +92,17 @@ TEST_F(LinuxFileManager, takesTheEnvironmentsFolderWhenTheConfigurationHasNone) 
   EXPECT_EQ(fileManager_.downloadsDirectory(), path("/from/environment"));
   configure(home_ / ".config", "XDG_DOWNLOAD_DIR=\"/from/file\"\n");
   EXPECT_EQ(fileManager_.downloadsDirectory(), path("/from/file"));
+}
+
+TEST_F(LinuxFileManager, doesNotWaitForAPipeInThePlaceOfTheConfiguration) {
+  std::filesystem::create_directory(home_ / ".config");
+  ASSERT_EQ(mkfifo((home_ / ".config/user-dirs.dirs").c_str(), 0600), 0);
+  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
+}
+
+TEST_F(LinuxFileManager, doesNotReadAConfigurationOfMoreThanAMegabyte) {
+  configure(home_ / ".config", std::string(2'000'000, '#') + "\nXDG_DOWNLOAD_DIR=\"/srv\"\n");
+  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
 }
 
 TEST_F(LinuxFileManager, takesTheHomeFolderForNoDownloadsFolder) {

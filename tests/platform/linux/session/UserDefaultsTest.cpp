@@ -218,6 +218,24 @@ TEST_F(LinuxUserDefaults, keepEveryBrokenFile) {
   EXPECT_EQ(ofAnotherProcess.stringForKey("format"), "m4a");
 }
 
+TEST_F(LinuxUserDefaults, lastUntilTheEndWhereAPipeStandsInThePlaceOfTheirFile) {
+  fs::create_directories(file.parent_path());
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
+  defaults.setString("wav", "format");
+  EXPECT_EQ(defaults.stringForKey("format"), "wav");
+  EXPECT_TRUE(fs::is_fifo(file));
+  EXPECT_THAT(log->lines, ElementsAre("error: Settings cannot be read from " + file.string() +
+                                      ": it is no regular file"));
+}
+
+TEST_F(LinuxUserDefaults, areNotReadFromAFileOfMoreThanAMegabyte) {
+  write("[Defaults]\nformat=wav\n#" + std::string(2'000'000, '#'));
+  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
+  EXPECT_THAT(log->lines, ElementsAre("error: Settings cannot be read from " + file.string() +
+                                      ": it is larger than 1048576 bytes"));
+}
+
 TEST(UserDefaultsFile, isInTheUsersConfigurationFolder) {
   {
     const fakes::ScopedVariable variable("XDG_CONFIG_HOME", "/etc/mine");

@@ -1,11 +1,89 @@
 #include "platform/linux/pipewire/ProcFiles.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
+
+/// A process that sees a folder of its own choice as the root.
+class Sandboxed {
+ public:
+  explicit Sandboxed(const std::filesystem::path& root) {
+    std::array<int, 2> ends{};
+    pipe(ends.data());
+    pid_ = fork();
+    if (pid_ == 0) {
+      // Nobody but root may change the root folder outside a user namespace of its own.
+      const bool mayChange = geteuid() == 0 || unshare(CLONE_NEWUSER) == 0;
+      const char isIn = mayChange && chroot(root.c_str()) == 0 ? 1 : 0;
+      [[maybe_unused]] const ssize_t told = write(ends[1], &isIn, 1);
+      pause();
+      _exit(0);
+    }
+    char isIn = 0;
+    isReady_ = read(ends[0], &isIn, 1) == 1 && isIn == 1;
+    close(ends[0]);
+    close(ends[1]);
+  }
+  ~Sandboxed() {
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+  Sandboxed(const Sandboxed&) = delete;
+  Sandboxed& operator=(const Sandboxed&) = delete;
+
+  bool isReady() const { return isReady_; }
+  pid_t pid() const { return pid_; }
+
+ private:
+  pid_t pid_ = -1;
+  bool isReady_ = false;
+};
+
+struct FlatpakApplication : testing::Test {
+  support::TemporaryFolder root;
+  const Sandboxed process{root.path()};
+  const std::filesystem::path info = root / ".flatpak-info";
+
+  void SetUp() override { ASSERT_TRUE(process.isReady()); }
+};
+
+TEST_F(FlatpakApplication, isTheNameInTheApplicationsGroup) {
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "");
+  std::ofstream(info) << "[Runtime]\nname=org.example.Platform\n\n[Application]\n"
+                         "name=org.example.Player\nruntime=runtime/org.example.Platform\n";
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "org.example.Player");
+}
+
+TEST_F(FlatpakApplication, isNothingInAPipeThatNobodyWritesTo) {
+  ASSERT_EQ(mkfifo(info.c_str(), 0600), 0);
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "");
+}
+
+TEST_F(FlatpakApplication, isNothingBehindALink) {
+  std::ofstream(root / "elsewhere") << "[Application]\nname=org.example.Player\n";
+  std::filesystem::create_symlink("elsewhere", info);
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "");
+}
+
+TEST_F(FlatpakApplication, isNothingInAFileThatIsTooLarge) {
+  std::ofstream(info) << "[Application]\nname=org.example.Player\n" << std::string(70'000, '#');
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "");
+  std::ofstream(info) << "[Application]\nname=org.example.Player\n" << std::string(60'000, '#');
+  EXPECT_EQ(proc::flatpakApplication(process.pid()), "org.example.Player");
+}
 
 TEST(ProcFiles, startTimeIsTheSameEachTimeAndUnknownForNoProcess) {
   EXPECT_TRUE(proc::startTime(getpid()));
