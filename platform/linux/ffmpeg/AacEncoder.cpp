@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <iterator>
 #include <utility>
 
 extern "C" {
@@ -34,13 +35,23 @@ std::uint64_t channelLayout(std::uint32_t channels) {
   return channels < layouts.size() ? layouts.at(channels) : 0;
 }
 
+/// The sample rates that the encoder takes; newer libraries have a call for what was a field.
+std::span<const int> supportedRates(const AVCodec& codec) {
+#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
+  const void* rates = nullptr;
+  int count = 0;
+  avcodec_get_supported_config(nullptr, &codec, AV_CODEC_CONFIG_SAMPLE_RATE, 0, &rates, &count);
+  return {static_cast<const int*>(rates), static_cast<std::size_t>(count)};
+#else
+  const int* const rates = codec.supported_samplerates;
+  return {rates, std::ranges::find(rates, std::unreachable_sentinel, 0)};
+#endif
+}
+
 bool hasRate(const AVCodec& codec, std::uint32_t rate) {
-  for (const int* supported = codec.supported_samplerates; *supported != 0; ++supported) {
-    if (static_cast<std::uint32_t>(*supported) == rate) {
-      return true;
-    }
-  }
-  return false;
+  return std::ranges::any_of(supportedRates(codec), [rate](int supported) {
+    return static_cast<std::uint32_t>(supported) == rate;
+  });
 }
 
 std::int64_t nearestBitRate(const AacEncoder::Settings& settings) {
