@@ -56,7 +56,7 @@ testPackages=(
   lld-19                 # links for macOS
   llvm-19                # joins and inspects what was linked
   libclang-rt-19-dev     # runtimes of that compiler's sanitizers
-  libc++1-14             # what programs for macOS are linked to, to run one here
+  libc++1                # what programs for macOS are linked to, to run one here
   wireplumber            # the desktop's session manager
   pipewire-pulse         # PulseAudio clients
   pipewire-bin           # pw-play and its kin, clients that are not ours
