@@ -33,10 +33,11 @@ void* operator new(std::size_t size) {
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return allocate(size);
 }
-void operator delete(void* memory) noexcept {
+// Inlined beside an allocation that is not, they look to g++ 14 like a mismatched free.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
