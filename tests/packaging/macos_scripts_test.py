@@ -33,6 +33,11 @@ def call(command, **options):
                           stdin=subprocess.DEVNULL, check=False, **options)
 
 
+def hash_of(name):
+    """Of the certificate of that name."""
+    return hashlib.sha1(name.encode()).hexdigest().upper()
+
+
 def version():
     return re.search(r"project\(Audrel VERSION (\S+)",
                      (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
@@ -147,10 +152,15 @@ class BesideRecordedToolsTest(unittest.TestCase):
 {commands}""", folder)
 
     def keychain(self, *valid, others=()):
-        """`others` are certificates that nobody vouches for."""
-        def lines(names):
-            return "\n".join(f'echo \'  1) 0123456789ABCDEF "{name}"\'' for name in names) or ":"
-        self.tool("security", f'{lines(valid)}\nif [ "$2" != -v ]; then\n{lines(others)}\nfi')
+        """`others` are certificates that nobody vouches for. Those that are valid are listed twice
+        when all are asked for."""
+        def lines(names, remark=""):
+            return "\n".join(f"echo '  1) {hash_of(name)} \"{name}\"{remark}'" for name in names) or ":"
+        self.tool("security", f"""if [ "$2" != -v ]; then
+{lines(valid)}
+{lines(others, " (CSSMERR_TP_NOT_TRUSTED)")}
+fi
+{lines(valid)}""")
 
     def notary(self, answer):
         """Stapling changes an image."""
@@ -196,18 +206,20 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
         self.keychain(DEVELOPER, others=["Audrel Development"])
         self.call("sign", self.application)
         self.assertEqual(self.made_calls()[-2], [
-            "codesign", "--force", "--sign", DEVELOPER, "--timestamp", "--options", "runtime", "APP"])
+            "codesign", "--force", "--sign", hash_of(DEVELOPER), "--timestamp", "--options", "runtime",
+            "APP"])
 
     def test_a_certificate_for_development_signs_without_a_timestamp(self):
         self.keychain(others=["Audrel Development"])
         self.call("sign", self.application)
         self.assertEqual(self.made_calls()[-2], [
-            "codesign", "--force", "--sign", "Audrel Development", "--timestamp=none", "APP"])
+            "codesign", "--force", "--sign", hash_of("Audrel Development"), "--timestamp=none", "APP"])
 
     def test_a_certificate_is_found_among_more_than_a_pipe_holds(self):
         self.keychain(others=["Audrel Development", *(f"Somebody else {i}" for i in range(3000))])
         result = self.call("sign", self.application)
         self.assertEqual(result.returncode, 0, result.stderr)
+        self.sign_with(hash_of("Audrel Development"))
 
     def test_nothing_is_signed_without_an_identity(self):
         self.keychain(others=["Somebody else"])
@@ -223,7 +235,73 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
         self.assertIn(DEVELOPER, result.stderr)
         self.assertEqual(self.made_calls(), [])
         self.call("sign", "--identity", "Developer ID Application: B (X)", self.application)
-        self.assertIn("Developer ID Application: B (X)", self.made_calls()[-2])
+        self.assertIn(hash_of("Developer ID Application: B (X)"), self.made_calls()[-2])
+
+    def sign_with(self, identity):
+        """How the application itself is signed then."""
+        result = self.call("sign", "--identity", identity, self.application)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return self.made_calls()[-2][3:-1]
+
+    def test_a_developer_id_is_known_by_its_hash(self):
+        self.keychain(DEVELOPER, others=["Audrel Development"])
+        for text in (hash_of(DEVELOPER), hash_of(DEVELOPER).lower()):
+            self.assertEqual(self.sign_with(text),
+                             [hash_of(DEVELOPER), "--timestamp", "--options", "runtime"])
+
+    def test_a_developer_id_is_known_by_a_part_of_its_name(self):
+        self.keychain(DEVELOPER, others=["Audrel Development"])
+        for part in ("A. Nother", "(ABCDE12345)", "Developer ID Application"):
+            self.assertEqual(self.sign_with(part),
+                             [hash_of(DEVELOPER), "--timestamp", "--options", "runtime"])
+
+    def test_a_certificate_for_development_is_known_by_its_hash_too(self):
+        self.keychain(DEVELOPER, others=["Audrel Development"])
+        development = hash_of("Audrel Development")
+        self.assertEqual(self.sign_with(development), [development, "--timestamp=none"])
+
+    def test_a_whole_name_goes_before_names_that_hold_it(self):
+        self.keychain(others=["Audrel Development", "Audrel Development of old"])
+        self.assertEqual(self.sign_with("Audrel Development"),
+                         [hash_of("Audrel Development"), "--timestamp=none"])
+
+    def test_a_valid_identity_goes_before_one_that_is_not(self):
+        self.keychain(DEVELOPER, others=["Developer ID Application: A. Nother (expired)"])
+        self.assertEqual(self.sign_with("A. Nother")[0], hash_of(DEVELOPER))
+
+    def test_an_identity_that_may_be_several_is_refused(self):
+        other = "Developer ID Application: A. Nother (FGHIJ67890)"
+        self.keychain(DEVELOPER, other)
+        result = self.call("sign", "--identity", "A. Nother", self.application)
+        self.assertEqual(result.returncode, 1)
+        for name in (DEVELOPER, other):
+            self.assertIn(f"{hash_of(name)} {name}", result.stderr)
+        self.assertEqual(self.made_calls(), [])
+
+    def test_a_renewed_certificate_is_told_from_its_old_one_by_its_hash(self):
+        self.tool("security", f"""for hash in {"A" * 40} {"B" * 40}; do
+  echo "  1) $hash \\"{DEVELOPER}\\""
+done""")
+        result = self.call("sign", self.application)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(f"{'A' * 40} {DEVELOPER}\n{'B' * 40} {DEVELOPER}\n", result.stderr)
+        self.assertEqual(self.made_calls(), [])
+        self.assertEqual(self.sign_with("B" * 40),
+                         ["B" * 40, "--timestamp", "--options", "runtime"])
+
+    def test_an_identity_that_is_not_there_is_refused(self):
+        self.keychain(DEVELOPER)
+        for text in ("Developer ID Application: B (X)", "0" * 40, "*"):
+            result = self.call("sign", "--identity", text, self.application)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(f'no identity "{text}"', result.stderr)
+        self.assertEqual(self.made_calls(), [])
+
+    def test_ad_hoc_asks_no_keychain(self):
+        self.tool("security", "exit 1")
+        for words in (["--ad-hoc"], ["--identity", "-"]):
+            self.assertEqual(self.call("sign", *words, self.application).returncode, 0)
+            self.assertEqual(self.made_calls()[-2][3:-1], ["-", "--timestamp=none"])
 
     def test_a_folder_that_is_no_application_is_left_alone(self):
         self.assertIn("no application", self.call("sign", self.tools).stderr)
