@@ -32,3 +32,13 @@ needCompiler() {
 needBundle() {
   [[ -f $1/Contents/Info.plist ]] || stop "\"$1\" is no application: it has no Contents/Info.plist"
 }
+
+# needTicket APPLICATION-OR-IMAGE: stops unless Apple's ticket is stapled to it and a Mac would open it.
+needTicket() {
+  local -a assessment=(--type execute)
+  if [[ ! -d $1 ]]; then
+    assessment=(--type open --context context:primary-signature)
+  fi
+  xcrun stapler validate "$1" || stop "\"$1\" has no ticket of Apple's: use notarise first"
+  spctl --assess "${assessment[@]}" --verbose=2 "$1" || stop "a Mac would not open \"$1\""
+}

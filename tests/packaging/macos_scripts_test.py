@@ -6,6 +6,7 @@ import hashlib
 import os
 import plistlib
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -86,6 +87,47 @@ class HereTest(unittest.TestCase):
         for script in named:
             self.assertTrue(os.access(ROOT / script, os.X_OK), script)
 
+    def test_the_workflow_pins_what_it_uses(self):
+        text = WORKFLOW.read_text(encoding="utf-8")
+        actions = re.findall(r"uses: (.*)", text)
+        self.assertGreater(len(actions), 0)
+        for action in actions:
+            self.assertRegex(action, r"^[\w/-]+@[0-9a-f]{40} # v\d+\.\d+\.\d+$")
+        systems = re.search(r"system: \[(.*)\]", text).group(1).split(", ")
+        for system in systems:
+            self.assertRegex(system, r"^macos-\d+$")
+        self.assertIn('HOMEBREW_NO_AUTO_UPDATE: "1"', text)
+
+    def test_the_update_framework_its_feed_and_its_key_go_together(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            (Path(scratch) / "Sparkle.framework").mkdir()
+            given = {"AUDREL_SPARKLE": scratch, "AUDREL_UPDATE_KEY": "key",
+                     "AUDREL_UPDATE_FEED": "https://example.invalid/appcast.xml"}
+            def configured(options):
+                return call(["cmake", *(f"-D{name}={value}" for name, value in options.items()),
+                             "-P", MACOS / "Updates.cmake"])
+            for options in (given, {}):
+                result = configured(options)
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+            for name in given:
+                for options in ({name: given[name]},
+                                {other: given[other] for other in given if other != name}):
+                    result = configured(options)
+                    self.assertNotEqual(result.returncode, 0, options)
+                    self.assertIn("go together", result.stderr)
+            for name, value, reason in (
+                    ("AUDREL_UPDATE_FEED", "http://example.invalid/appcast.xml", "https"),
+                    ("AUDREL_SPARKLE", f"{scratch}/nowhere", "no Sparkle.framework")):
+                result = configured({**given, name: value})
+                self.assertNotEqual(result.returncode, 0)
+                self.assertIn(reason, result.stderr)
+
+    def test_the_documented_release_has_the_update_framework(self):
+        text = (ROOT / "docs" / "macos.md").read_text(encoding="utf-8")
+        release = re.search(r"A release, .*?```sh\n(.*?)```", text, re.DOTALL).group(1)
+        for option in ("-DAUDREL_SPARKLE=", "-DAUDREL_UPDATE_FEED=https://", "-DAUDREL_UPDATE_KEY="):
+            self.assertIn(option, release)
+
     def test_on_a_mac_the_scripts_of_the_top_are_those_of_this_folder(self):
         with tempfile.TemporaryDirectory() as scratch:
             uname = Path(scratch) / "uname"
@@ -140,7 +182,8 @@ class BesideRecordedToolsTest(unittest.TestCase):
             (contents / folder).mkdir(parents=True)
         (contents / "Frameworks/Sparkle.framework/Versions/B/Autoupdate").touch()
         with open(contents / "Info.plist", "wb") as file:
-            plistlib.dump({"CFBundleShortVersionString": "3.2.1"}, file)
+            plistlib.dump({"CFBundleShortVersionString": "3.2.1", "SUPublicEDKey": "the key",
+                           "SUFeedURL": "https://example.invalid/appcast.xml"}, file)
 
     def tool(self, name, commands, folder=None):
         path = (folder or self.tools) / name
@@ -370,8 +413,32 @@ done""")
         self.assertEqual(self.make_image().returncode, 1)
         self.assertEqual(image.read_text(encoding="utf-8"), "precious")
 
+    def without_in_info(self, key, instead=None):
+        path = self.application / "Contents" / "Info.plist"
+        plist = plistlib.loads(path.read_bytes())
+        del plist[key]
+        if instead is not None:
+            plist[key] = instead
+        path.write_bytes(plistlib.dumps(plist))
+
+    def test_what_could_never_update_itself_is_not_given_away(self):
+        def without_framework():
+            shutil.rmtree(self.application / "Contents" / "Frameworks" / "Sparkle.framework")
+        for damage, option in (
+                (lambda: self.without_in_info("SUPublicEDKey"), "-DAUDREL_UPDATE_KEY"),
+                (lambda: self.without_in_info("SUFeedURL", "http://example.invalid/appcast.xml"),
+                 "-DAUDREL_UPDATE_FEED=https://"),
+                (lambda: self.without_in_info("SUFeedURL"), "-DAUDREL_UPDATE_FEED=https://"),
+                (without_framework, "-DAUDREL_SPARKLE")):
+            damage()
+            result = self.make_image("--profile", "mine")
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(option, result.stderr)
+            self.assertEqual([words for words in self.made_calls() if words[0] == "hdiutil"], [])
+
     def make_appcast(self, generator):
         self.recorded("hdiutil")
+        self.notary("Accepted")
         sparkle = self.scratch / "my sparkle"
         (sparkle / "bin").mkdir(parents=True)
         self.recorded("generate_keys", folder=sparkle / "bin")
@@ -394,8 +461,32 @@ done""")
         self.assertEqual(result.returncode, 1)
         self.assertEqual((self.scratch / "cast.xml").read_text(encoding="utf-8"), "before\n")
 
+    def test_only_what_a_mac_would_open_is_listed(self):
+        (self.scratch / "cast.xml").write_text("before\n", encoding="utf-8")
+        self.make_appcast("exit 1")
+        calls = [" ".join(words) for words in self.made_calls()]
+        image = self.scratch / "Audrel-3.2.1.dmg"
+        wanted = [f"codesign --verify --strict {image}", f"xcrun stapler validate {image}",
+                  f"spctl --assess --type open --context context:primary-signature --verbose=2 {image}"]
+        self.assertEqual(calls[-4:-1], wanted)
+        self.assertTrue(calls[-1].startswith("generate_appcast"))
+        for number, call_made in enumerate(wanted):
+            tool = call_made.split()[0]
+            self.calls.unlink()
+            kept = (self.tools / tool).read_text(encoding="utf-8")
+            self.recorded(tool, "exit 1")
+            result = self.call("make-appcast", "--sparkle", self.scratch / "my sparkle", image,
+                               self.scratch / "cast.xml")
+            (self.tools / tool).write_text(kept, encoding="utf-8")
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(f'"{image}"', result.stderr)
+            self.assertEqual([" ".join(words) for words in self.made_calls()[1:]],
+                             wanted[:number + 1])
+        self.assertEqual((self.scratch / "cast.xml").read_text(encoding="utf-8"), "before\n")
+
     def test_an_appcast_needs_the_tools_of_sparkle(self):
         self.recorded("hdiutil")
+        self.notary("Accepted")
         result = self.call("make-appcast", "--sparkle", self.scratch, "Audrel-3.2.1.dmg")
         self.assertEqual(result.returncode, 1)
         self.assertIn("bin/generate_appcast", result.stderr)
