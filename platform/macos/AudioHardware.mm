@@ -17,20 +17,21 @@ static constexpr std::array<std::string_view, 9> interfaceKeys = {
 #import <CoreAudio/CoreAudio.h>
 #import <Foundation/Foundation.h>
 
-#include <atomic>
+#include <memory>
 
 #include "platform/macos/AudioLayout.h"
+#include "platform/macos/CycleGate.h"
 #include "platform/macos/Text.h"
 
-/// `cycles` orders the memory of the threads, without leaning on what Core Audio does inside: start
-/// releases and the IO thread acquires, the IO thread releases and the removal acquires.
+/// What the system gets as client data.
 struct CA::InstalledIOProc {
   InstalledIOProc(CA::AudioDeviceIOProc called, void* with) : procedure(called), clientData(with) {}
 
   CA::AudioDeviceIOProc procedure;
   void* clientData;
   ::AudioDeviceIOProcID systemID = nullptr;
-  std::atomic<std::uint64_t> cycles = 0;
+  audrel::macos::CycleGate gate;
+  InstalledIOProc* previous = nullptr;  // of all that were kept
 };
 
 namespace audrel::macos {
@@ -53,20 +54,32 @@ const ::AudioObjectPropertyAddress* systemAddress(const CA::AudioObjectPropertyA
                        ::AudioBufferList* outputData, const ::AudioTimeStamp* outputTime,
                        void* clientData) noexcept {
   auto& installed = *static_cast<CA::InstalledIOProc*>(clientData);
-  installed.cycles.fetch_add(1, std::memory_order_acquire);
-  ::OSStatus status = kAudioHardwareUnspecifiedError;
-  try {
-    status = installed.procedure(device, reinterpret_cast<const CA::AudioTimeStamp*>(now),
-                                 reinterpret_cast<const CA::AudioBufferList*>(inputData),
-                                 reinterpret_cast<const CA::AudioTimeStamp*>(inputTime),
-                                 reinterpret_cast<CA::AudioBufferList*>(outputData),
-                                 reinterpret_cast<const CA::AudioTimeStamp*>(outputTime),
-                                 installed.clientData);
-  } catch (...) {
-    // No line of the log on this thread: the status is all that Core Audio gets to know.
+  if (!installed.gate.enter()) {
+    return kAudioHardwareNoError;
   }
-  installed.cycles.fetch_add(1, std::memory_order_release);
-  return status;
+  try {
+    installed.procedure(device, reinterpret_cast<const CA::AudioTimeStamp*>(now),
+                        reinterpret_cast<const CA::AudioBufferList*>(inputData),
+                        reinterpret_cast<const CA::AudioTimeStamp*>(inputTime),
+                        reinterpret_cast<CA::AudioBufferList*>(outputData),
+                        reinterpret_cast<const CA::AudioTimeStamp*>(outputTime),
+                        installed.clientData);
+  } catch (...) {
+    // No line of the log on this thread, and no answer: the system has no use for one.
+  }
+  installed.gate.leave();
+  return kAudioHardwareNoError;
+}
+
+static_assert(sizeof(CA::InstalledIOProc) == AudioHardware::bytesKeptForEachIOProc);
+
+/// The last of those that are never freed, since a late cycle may still ask them.
+CA::InstalledIOProc* lastKept = nullptr;
+
+CA::InstalledIOProc* keep(std::unique_ptr<CA::InstalledIOProc> installed) {
+  installed->previous = lastKept;
+  lastKept = installed.release();
+  return lastKept;
 }
 
 CATapDescription* systemDescription(const CA::TapDescription& description) {
@@ -116,9 +129,6 @@ NSDictionary<NSString*, id>* systemDictionary(const CA::Description& description
 
 }  // namespace
 
-AudioHardware::AudioHardware() = default;
-AudioHardware::~AudioHardware() = default;
-
 CA::OSStatus AudioHardware::AudioHardwareCreateProcessTap(const CA::TapDescription& description,
                                                           CA::AudioObjectID* outTapID) {
   @autoreleasepool {
@@ -152,12 +162,10 @@ CA::OSStatus AudioHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device,
                                                       CA::AudioDeviceIOProcID* outIOProcID) {
   @autoreleasepool {
     auto installed = std::make_unique<CA::InstalledIOProc>(procedure, clientData);
-    ioProcs_.reserve(ioProcs_.size() + 1);
     const ::OSStatus status =
         ::AudioDeviceCreateIOProcID(device, ioProcThunk, installed.get(), &installed->systemID);
     if (status == kAudioHardwareNoError && installed->systemID != nullptr) {
-      *outIOProcID = installed.get();
-      ioProcs_.push_back(std::move(installed));
+      *outIOProcID = keep(std::move(installed));
     }
     return status;
   }
@@ -167,11 +175,7 @@ CA::OSStatus AudioHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
                                                        CA::AudioDeviceIOProcID ioProcID) {
   @autoreleasepool {
     const ::OSStatus status = ::AudioDeviceDestroyIOProcID(device, ioProcID->systemID);
-    ioProcID->cycles.load(std::memory_order_acquire);
-    // Core Audio may still call one that it did not let go of.
-    if (status == kAudioHardwareNoError) {
-      std::erase_if(ioProcs_, [=](const auto& installed) { return installed.get() == ioProcID; });
-    }
+    ioProcID->gate.close();
     return status;
   }
 }
@@ -179,15 +183,22 @@ CA::OSStatus AudioHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
 CA::OSStatus AudioHardware::AudioDeviceStart(CA::AudioObjectID device,
                                              CA::AudioDeviceIOProcID ioProcID) {
   @autoreleasepool {
-    ioProcID->cycles.fetch_add(0, std::memory_order_release);
-    return ::AudioDeviceStart(device, ioProcID->systemID);
+    ioProcID->gate.open();
+    const ::OSStatus status = ::AudioDeviceStart(device, ioProcID->systemID);
+    if (status != kAudioHardwareNoError) {
+      ioProcID->gate.close();
+    }
+    return status;
   }
 }
 
 CA::OSStatus AudioHardware::AudioDeviceStop(CA::AudioObjectID device,
                                             CA::AudioDeviceIOProcID ioProcID) {
   @autoreleasepool {
-    return ::AudioDeviceStop(device, ioProcID->systemID);
+    const ::OSStatus status = ::AudioDeviceStop(device, ioProcID->systemID);
+    // Not before: what plays until the system has stopped belongs to the recording.
+    ioProcID->gate.close();
+    return status;
   }
 }
 

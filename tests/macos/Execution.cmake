@@ -67,6 +67,7 @@ macos_test(macos_adapters_test
     execution/AudioHardwareTest.mm
     execution/FoundationTest.mm
   LINKS audrel_engine audrel_fakes audrel_ui)
+macos_test(macos_io_proc_test SOURCES execution/IOProcTest.mm THREADS)
 macos_test(macos_queue_test SOURCES execution/DispatchTest.mm THREADS)
 
 # What every platform promises, in the very files that a Mac compiles.
@@ -102,6 +103,11 @@ endif()
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes THREADS)
+
+if(AUDREL_SANITIZE MATCHES "address")
+  # It counts with the sanitizer's allocator.
+  macos_test(macos_soak_test SOURCES execution/SoakTest.mm LINKS audrel_app audrel_fakes)
+endif()
 
 # A session that the program has to tell, however it was built.
 add_library(macos_story OBJECT execution/SessionStory.mm)

@@ -1,8 +1,5 @@
 #include "platform/macos/AudioHardware.h"
 
-#include <cstring>
-#include <stdexcept>
-
 #include "engine/TapDescription.h"
 #include "tests/macos/execution/MacTest.h"
 
@@ -97,96 +94,6 @@ TEST_F(AudioHardwareTest, plainDataIsWrittenIntoTheCallersMemory) {
   EXPECT_EQ(format.mFormatID, CA::kAudioFormatLinearPCM);
   EXPECT_EQ(format.mBytesPerFrame, 8U);
   EXPECT_EQ(format.mChannelsPerFrame, 2U);
-}
-
-struct Cycles {
-  int count = 0;
-  std::vector<const void*> data;
-  std::vector<std::uint32_t> sizes;
-  CA::OSStatus answer = 0;
-  bool throws = false;
-};
-
-CA::OSStatus remember(CA::AudioObjectID, const CA::AudioTimeStamp*,
-                      const CA::AudioBufferList* input, const CA::AudioTimeStamp*,
-                      CA::AudioBufferList*, const CA::AudioTimeStamp*, void* clientData) {
-  auto& cycles = *static_cast<Cycles*>(clientData);
-  ++cycles.count;
-  for (std::uint32_t i = 0; i < input->mNumberBuffers; ++i) {
-    const CA::AudioBuffer& buffer = (&input->mBuffers[0])[i];
-    cycles.data.push_back(buffer.mData);
-    cycles.sizes.push_back(buffer.mDataByteSize);
-  }
-  if (cycles.throws) {
-    throw std::runtime_error("of a procedure");
-  }
-  return cycles.answer;
-}
-
-class IOProcTest : public AudioHardwareTest {
- protected:
-  CA::AudioDeviceIOProcID install() {
-    CA::AudioDeviceIOProcID ioProc = nullptr;
-    EXPECT_EQ(hardware.AudioDeviceCreateIOProcID(201, remember, &cycles, &ioProc), 0);
-    return ioProc;
-  }
-
-  static CA::OSStatus deliver(std::size_t bytes) {
-    return fakemac::deliver({std::vector<std::byte>(bytes)});
-  }
-
-  Cycles cycles;
-};
-
-TEST_F(IOProcTest, aProcedureGetsTheSystemsBuffersWithoutACopy) {
-  const auto ioProc = install();
-  hardware.AudioDeviceStart(201, ioProc);
-  const std::vector<std::vector<std::byte>> buffers = {std::vector<std::byte>(8),
-                                                       std::vector<std::byte>(16)};
-  fakemac::deliver(buffers);
-  EXPECT_EQ(cycles.data, (std::vector<const void*>{buffers[0].data(), buffers[1].data()}));
-  EXPECT_EQ(cycles.sizes, (std::vector<std::uint32_t>{8, 16}));
-}
-
-TEST_F(IOProcTest, itsStatusIsTheProceduresOwn) {
-  const auto ioProc = install();
-  hardware.AudioDeviceStart(201, ioProc);
-  cycles.answer = 12;
-  EXPECT_EQ(deliver(8), 12);
-}
-
-TEST_F(IOProcTest, anExceptionOfAProcedureDoesNotReachTheSystem) {
-  const auto ioProc = install();
-  hardware.AudioDeviceStart(201, ioProc);
-  cycles.throws = true;
-  EXPECT_EQ(deliver(8), CA::kAudioHardwareUnspecifiedError);
-}
-
-TEST_F(IOProcTest, noProcedureIsCalledBeforeStartOrAfterStop) {
-  const auto ioProc = install();
-  deliver(8);
-  EXPECT_EQ(cycles.count, 0);
-  hardware.AudioDeviceStart(201, ioProc);
-  deliver(8);
-  hardware.AudioDeviceStop(201, ioProc);
-  deliver(8);
-  EXPECT_EQ(cycles.count, 1);
-  EXPECT_EQ(hardware.AudioDeviceDestroyIOProcID(201, ioProc), 0);
-  EXPECT_EQ(fakemac::hardwareObjects(), 0U);
-}
-
-TEST_F(IOProcTest, aProcedureThatTheSystemKeepsMayStillBeCalled) {
-  const auto ioProc = install();
-  hardware.AudioDeviceStart(201, ioProc);
-  mac().failing["AudioDeviceDestroyIOProcID"] = -1;
-  EXPECT_EQ(hardware.AudioDeviceDestroyIOProcID(201, ioProc), -1);
-  deliver(8);
-  EXPECT_EQ(cycles.count, 1);
-}
-
-TEST_F(IOProcTest, aSuccessWithoutAnIdGivesNone) {
-  mac().withoutResult.insert("AudioDeviceCreateIOProcID");
-  EXPECT_EQ(install(), nullptr);
 }
 
 }  // namespace

@@ -138,6 +138,21 @@ TEST_F(ProgramTest, recordsAProcessAsWavWithTheCallsOfCoreAudioInTheirOrder) {
   });
 }
 
+TEST_F(ProgramTest, aCycleThatComesAfterARecordingOrAfterTheProgramFindsNothingToDo) {
+  std::function<std::int32_t()> cycle;
+  run([&cycle] {
+    choose("Start Recording");
+    cycle = fakemac::cycleAtAnyTime();
+    EXPECT_EQ(cycle(), 0);
+    choose("Stop Recording");
+    EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{1}));
+    EXPECT_EQ(cycle(), 0);
+    journal();
+  });
+  EXPECT_EQ(cycle(), 0);
+  EXPECT_FALSE(contains(journal(), "AVAudioPCMBuffer(1 frames) -> buffer"));
+}
+
 TEST_F(ProgramTest, opensAnM4aFileWithTheSettingsOfAac) {
   run([] {
     choose("Start Recording");

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,11 @@ std::string described(const AudioStreamBasicDescription& format);
 /// the highest status. An empty vector is a buffer without data, of `bytesWithoutData` bytes.
 std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
                      std::uint32_t bytesWithoutData = 0);
+
+/// One cycle of 8 bytes for each IO procedure that is installed now, running or not, on the thread
+/// that calls it: also while they are stopped and destroyed, and afterwards. Leaves threads as they
+/// are, without order between them.
+std::function<std::int32_t()> cycleAtAnyTime();
 
 /// What exists, in the order of the ids.
 std::vector<std::uint32_t> taps();

@@ -160,6 +160,9 @@ OSStatus setRunning(const std::string& call, AudioObjectID device, AudioDeviceIO
   const OSStatus status = mac().statusOf(call);
   const auto ioProc = find(device, id);
   note(call, place(device, ioProc), status);
+  if (const auto happening = mac().happenings.find(call); happening != mac().happenings.end()) {
+    happening->second();
+  }
   if (ioProc != hardware.ioProcs.end() && status == kAudioHardwareNoError) {
     ioProc->isRunning = isRunning;
   }
@@ -382,6 +385,20 @@ std::int32_t deliver(const std::vector<std::vector<std::byte>>& buffers,
     }
   }).join();
   return highest;
+}
+
+std::function<std::int32_t()> cycleAtAnyTime() {
+  return [ioProcs = hardware.ioProcs] {
+    std::byte bytes[8] = {};
+    const AudioBufferList list = {1, {{1, sizeof bytes, bytes}}};
+    const AudioTimeStamp time{};
+    ::OSStatus highest = 0;
+    for (const IOProc& ioProc : ioProcs) {
+      highest = std::max(highest, ioProc.procedure(ioProc.device, &time, &list, &time, nullptr,
+                                                   &time, ioProc.clientData));
+    }
+    return highest;
+  };
 }
 
 std::vector<std::uint32_t> taps() {

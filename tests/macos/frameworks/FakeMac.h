@@ -67,6 +67,9 @@ class Mac {
   /// By the function's name.
   std::map<std::string, std::int32_t> failing;
 
+  /// Within a call, by the function's name: of `AudioDeviceStart` and `AudioDeviceStop`.
+  std::map<std::string, std::function<void()>> happenings;
+
   /// Calls that succeed and give nothing: an id of 0.
   std::set<std::string> withoutResult;
 

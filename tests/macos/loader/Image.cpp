@@ -7,6 +7,10 @@
 #include <iterator>
 #include <stdexcept>
 
+/// Of the leak sanitizer, where it is there: what the program's globals hold is not lost.
+extern "C" __attribute__((weak)) void __lsan_register_root_region(const void* begin,
+                                                                  std::size_t size);
+
 namespace audrel::macho {
 namespace {
 
@@ -141,6 +145,9 @@ void Image::map() {
     throw std::runtime_error("no room for the program");
   }
   begin_ = static_cast<std::byte*>(room);
+  if (__lsan_register_root_region != nullptr) {
+    __lsan_register_root_region(room, size);
+  }
   for (const Segment& segment : segments_) {
     const Bytes content = bytes_.part(segment.fileOffset, segment.fileSize);
     std::memcpy(at(segment.address - preferred_), content.span().data(), segment.fileSize);
