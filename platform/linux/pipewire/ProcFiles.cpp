@@ -1,6 +1,7 @@
 #include "platform/linux/pipewire/ProcFiles.h"
 
 #include <glib.h>
+#include <sys/stat.h>
 
 #include <charconv>
 #include <filesystem>
@@ -86,6 +87,13 @@ std::string executable(pid_t pid) {
     path.resize(path.size() - replaced.size());
   }
   return path;
+}
+
+bool runsSystemProgram(pid_t pid, std::string_view name) {
+  struct stat program {};
+  return std::filesystem::path(executable(pid)).filename() == name &&
+         stat((folder(pid) + "/exe").c_str(), &program) == 0 && program.st_uid == 0 &&
+         flatpakApplication(pid).empty();
 }
 
 std::string commandName(pid_t pid) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// What the kernel tells about other processes.
 namespace audrel::linuxos::proc {
@@ -15,6 +16,10 @@ std::optional<std::uint64_t> startTime(pid_t pid);
 
 /// The path of the program that the process runs; empty when it cannot be read.
 std::string executable(pid_t pid);
+
+/// Whether the process runs a program of that file name that the system's administrator installed,
+/// in the system's own folders and not in a sandbox's.
+bool runsSystemProgram(pid_t pid, std::string_view name);
 
 /// The name that the kernel keeps for the process, at most 15 bytes; empty when unreadable.
 std::string commandName(pid_t pid);

@@ -19,21 +19,11 @@ std::uint32_t hash(const std::string& text) {
   return value;
 }
 
-std::optional<DesktopEntry> desktopEntryOf(const StreamOwner& owner,
-                                           const std::string& declaredId) {
-  for (const std::string& id : {owner.portalApplication, declaredId}) {
-    if (auto entry = desktopEntryById(id)) {
-      return entry;
-    }
-  }
-  if (!owner.isPidVerified) {
-    return std::nullopt;
-  }
-  const auto scope = desktopEntryById(proc::scopeApplication(owner.pid));
-  if (scope && !isTerminal(*scope)) {
-    return scope;
-  }
-  return desktopEntryOfExecutable(proc::executable(owner.pid));
+/// By the scope that the desktop started the process in, else by its program.
+std::optional<DesktopEntry> desktopEntryOfProcess(pid_t pid) {
+  auto scope = desktopEntryById(proc::scopeApplication(pid));
+  return scope && !isTerminal(*scope) ? std::move(scope)
+                                      : desktopEntryOfExecutable(proc::executable(pid));
 }
 
 }  // namespace
@@ -58,7 +48,7 @@ CA::AudioObjectID ProcessTable::newID(const std::string& key) const {
 
 const ProcessTable::Process& ProcessTable::processOf(const GraphNode& node,
                                                      const GraphClient* client) {
-  StreamOwner owner = ownerOf(node, client);
+  StreamOwner owner = ownerOf(node, client, brokerOf(client));
   if (const auto known = idsByKey_.find(owner.key); known != idsByKey_.end()) {
     return processes_.at(known->second);
   }
@@ -70,20 +60,22 @@ const ProcessTable::Process& ProcessTable::processOf(const GraphNode& node,
   return processes_[process.id] = std::move(process);
 }
 
+/// What the system knows of a process comes before what the process says of itself.
 void ProcessTable::describe(Process& process, const GraphNode& node, const GraphClient* client) {
   const StreamOwner& owner = process.owner;
-  const std::string declaredId = ownIdentifier(node, client);
-  const auto entry = desktopEntryOf(owner, declaredId);
-  process.bundleID = owner.portalApplication;
-  if (process.bundleID.empty() && owner.isPidVerified) {
-    process.bundleID = proc::flatpakApplication(owner.pid);
+  std::string id = owner.portalApplication;
+  std::optional<DesktopEntry> entry;
+  if (id.empty() && owner.isPidVerified) {
+    id = proc::flatpakApplication(owner.pid);
+    entry = id.empty() ? desktopEntryOfProcess(owner.pid) : std::nullopt;
   }
-  if (process.bundleID.empty()) {
-    process.bundleID = declaredId;
+  if (id.empty()) {
+    id = entry ? entry->id : ownIdentifier(node, client);
   }
-  if (process.bundleID.empty() && entry) {
-    process.bundleID = entry->id;
+  if (!entry) {
+    entry = desktopEntryById(id);
   }
+  process.bundleID = id;
   process.name = entry ? entry->name : ownName(node, client);
 }
 

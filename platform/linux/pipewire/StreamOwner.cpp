@@ -28,8 +28,12 @@ bool isOfThisMachine(const GraphNode& node, const GraphClient* client) {
 }
 
 bool runsDeclaredProgram(pid_t pid, const std::string& binary) {
-  return std::filesystem::path(proc::executable(pid)).filename() == binary ||
-         (!binary.empty() && proc::commandName(pid) == binary.substr(0, 15));
+  return !binary.empty() && (std::filesystem::path(proc::executable(pid)).filename() == binary ||
+                             proc::commandName(pid) == binary.substr(0, 15));
+}
+
+pid_t pidOfConnection(const GraphClient* client) {
+  return client != nullptr ? asPid(property(client->properties, "pipewire.sec.pid")) : 0;
 }
 
 std::string connectionKey(const GraphNode& node, const GraphClient* client,
@@ -40,8 +44,10 @@ std::string connectionKey(const GraphNode& node, const GraphClient* client,
          declared(node, client, "application.process.id");
 }
 
-bool isPulseClient(const GraphNode& node, const GraphClient* client) {
-  return declared(node, client, "client.api") == "pipewire-pulse";
+/// Whether the pid that the stream declares to the PulseAudio server can be true.
+bool isCredible(pid_t declaredPid, const GraphNode& node, const GraphClient* client) {
+  return isOfThisMachine(node, client) &&
+         runsDeclaredProgram(declaredPid, declared(node, client, "application.process.binary"));
 }
 
 }  // namespace
@@ -54,22 +60,26 @@ std::optional<std::string> keyOfProcess(pid_t pid) {
   return "process " + std::to_string(pid) + " " + std::to_string(*started);
 }
 
-StreamOwner ownerOf(const GraphNode& node, const GraphClient* client) {
-  StreamOwner owner;
-  owner.portalApplication = declared(node, client, "pipewire.access.portal.app_id");
-  const pid_t declaredPid = asPid(declared(node, client, "application.process.id"));
-  const pid_t kernelPid =
-      client != nullptr ? asPid(property(client->properties, "pipewire.sec.pid")) : 0;
-  const bool isPulse = isPulseClient(node, client);
-  owner.pid = isPulse || !owner.portalApplication.empty() ? declaredPid : kernelPid;
-  if (owner.pid < 1) {
-    owner.pid = kernelPid;
+Broker brokerOf(const GraphClient* client) {
+  const pid_t pid = pidOfConnection(client);
+  // The server is one program under two names.
+  if (proc::runsSystemProgram(pid, "pipewire") || proc::runsSystemProgram(pid, "pipewire-pulse")) {
+    return Broker::pulseServer;
   }
-  const bool mayTrust =
-      isPulse ? isOfThisMachine(node, client) &&
-                    runsDeclaredProgram(declaredPid,
-                                        declared(node, client, "application.process.binary"))
-              : owner.portalApplication.empty();
+  return proc::runsSystemProgram(pid, "xdg-desktop-portal") ? Broker::sandboxPortal : Broker::none;
+}
+
+StreamOwner ownerOf(const GraphNode& node, const GraphClient* client, Broker broker) {
+  StreamOwner owner;
+  owner.pid = pidOfConnection(client);
+  bool mayTrust = broker == Broker::none;
+  if (broker != Broker::none) {
+    owner.portalApplication = property(client->properties, "pipewire.access.portal.app_id");
+    const pid_t declaredPid = asPid(declared(node, client, "application.process.id"));
+    mayTrust = broker == Broker::pulseServer && owner.portalApplication.empty() &&
+               isCredible(declaredPid, node, client);
+    owner.pid = declaredPid > 0 ? declaredPid : owner.pid;
+  }
   const auto key = mayTrust ? keyOfProcess(owner.pid) : std::nullopt;
   owner.isPidVerified = key.has_value();
   owner.key = key ? *key : connectionKey(node, client, owner.portalApplication);

@@ -14,16 +14,26 @@ struct StreamOwner {
   std::string key;  ///< names the owner for good: its pid and start time, or its connection
   pid_t pid = 0;    ///< as declared when it could not be checked
   bool isPidVerified = false;
-  std::string portalApplication;  ///< the sandbox portal's word; empty for others
+  std::string portalApplication;  ///< a broker's word for a sandboxed program; else empty
 };
+
+/// Whom a connection passes streams on for, which its own pid does not tell then.
+enum class Broker {
+  none,           ///< the connection is its process's own
+  pulseServer,    ///< the audio server for PulseAudio clients: it passes on what a client declares
+  sandboxPortal,  ///< opens connections for sandboxed programs, and names them
+};
+
+/// By the program that the connection's process runs, which the kernel tells: a client may declare
+/// anything.
+Broker brokerOf(const GraphClient* client);
 
 /// `client` may be null when it is not known.
 ///
-/// A native client's pid is the one that the kernel gave the server. The audio server for
-/// PulseAudio clients passes on what a client declares, which may come from another pid namespace
-/// or machine: that is believed when the process runs here and its program has the declared name.
-/// A connection opened by the sandbox portal bears the portal's own pid.
-StreamOwner ownerOf(const GraphNode& node, const GraphClient* client);
+/// Without a broker the process is the one that the kernel gave the server. A declared pid may come
+/// from another pid namespace or machine: it is believed of the PulseAudio server's clients alone,
+/// when the process runs here and its program has the declared name.
+StreamOwner ownerOf(const GraphNode& node, const GraphClient* client, Broker broker);
 
 /// The key of a process of this machine; nothing when it does not run.
 std::optional<std::string> keyOfProcess(pid_t pid);

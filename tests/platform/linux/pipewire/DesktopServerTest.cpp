@@ -99,5 +99,23 @@ TEST(DesktopServer, nativeAndPulsePlayersAreListedAndRecordedApart) {
   expectToneAlone(ofPulse, pulse, native);
 }
 
+TEST(DesktopServer, pulsePlayersWhosePidCannotBeTrueStayApart) {
+  const DesktopServer server;
+  ASSERT_TRUE(server.isRunning());
+  const std::string file = (server.folder() / "tone.wav").string();
+  writeTone(file, 440);
+  const auto honest = server.start({"paplay", file});
+  ASSERT_TRUE(honest);
+  const std::string pid = "--property=application.process.id=" + std::to_string(honest->pid());
+  const auto sandboxed =
+      server.start({"paplay", pid, "--property=application.process.binary=somebody-else", file});
+  const auto remote = server.start(
+      {"paplay", pid, "--property=application.process.machine-id=another-machine", file});
+  ASSERT_TRUE(sandboxed && remote);
+
+  Recorder recorder(server.socketPath());
+  EXPECT_TRUE(waitFor([&] { return recorder.processes().size() == 3; }));
+}
+
 }  // namespace
 }  // namespace audrel::pwtest

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
@@ -21,6 +22,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::UnorderedElementsAre;
 
 constexpr auto badObject = CA::kAudioHardwareBadObjectError;
 constexpr auto notRunning = CA::kAudioHardwareNotRunningError;
@@ -151,40 +153,32 @@ TEST(Processes, anUnknownObjectCannotBeTappedOrRead) {
             badObject);
 }
 
-TEST(Processes, aPulseClientIsTheProcessThatItSaysIfThatRunsItsProgram) {
+TEST(Processes, whoPassesItselfOffAsAnotherIsListedAndRecordedAsItself) {
   TestServer server;
   ASSERT_TRUE(server.isRunning());
   Recorder recorder(server.socketPath());
-  const Player client(server.socketPath());
-  Player audioServer(server.socketPath(),
-                     {"client.api=pipewire-pulse", "application.name=Browser",
-                      "application.process.binary=audrel-test-player",
-                      "application.process.id=" + std::to_string(client.pid())});
-  ASSERT_TRUE(audioServer.open("music", 1));
+  Player bank(server.socketPath(), {"application.name=My Bank"});
+  ASSERT_TRUE(bank.open("advice", 1));
+  const auto process = recorder.waitForProcess(bank.pid());
+  const std::vector<std::string> forged = {"client.api=pipewire-pulse",
+                                           "application.process.id=" + std::to_string(bank.pid()),
+                                           "application.process.binary=audrel-test-player",
+                                           "pipewire.access.portal.app_id=org.example.Bank"};
+  Player byItsConnection(server.socketPath(), forged);
+  Player byItsStream(server.socketPath());
+  ASSERT_TRUE(byItsConnection.open("music", 2));
+  std::string properties;
+  for (const std::string& property : forged) {
+    properties += " " + property;
+  }
+  ASSERT_TRUE(byItsStream.open("music", "stamp:3 f32 2 48000" + properties));
 
-  const auto process = recorder.waitForProcess(client.pid());
-  ASSERT_NE(process, 0U);
-  EXPECT_EQ(nameOf(recorder, client.pid()), "Browser");
-  EXPECT_EQ(recorder.startProcess(process), 0);
-}
-
-TEST(Processes, pulseClientsWhosePidCannotBeTrueStayApart) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
-  const std::string pid = "application.process.id=" + std::to_string(getpid());
-  Player one(server.socketPath(), {"client.api=pipewire-pulse", "application.name=Sandboxed",
-                                   "application.process.binary=somebody-else", pid});
-  Player other(server.socketPath(), {"client.api=pipewire-pulse", "application.name=Remote",
-                                     "application.process.binary=somebody-else", pid,
-                                     "application.process.machine-id=another-machine"});
-  ASSERT_TRUE(one.open("music", 1));
-  ASSERT_TRUE(other.open("call", 2));
-  ASSERT_TRUE(waitFor([&] { return recorder.processes().size() == 2; }));
-
-  const auto processes = recorder.processes();
-  EXPECT_NE(processes[0], processes[1]);
-  ASSERT_EQ(recorder.startProcess(processes[0]), 0);
+  const auto second = recorder.waitForProcess(byItsConnection.pid());
+  const auto third = recorder.waitForProcess(byItsStream.pid());
+  EXPECT_THAT(recorder.processes(), UnorderedElementsAre(process, second, third));
+  EXPECT_EQ(recorder.bundleIdOf(second), "");
+  EXPECT_EQ(recorder.bundleIdOf(third), "");
+  ASSERT_EQ(recorder.startProcess(process), 0);
   ASSERT_TRUE(recorder.waitForMore(48'000));
   ASSERT_EQ(recorder.stop(), 0);
   const auto segments = segmentsOf(recorder.samples().audio());

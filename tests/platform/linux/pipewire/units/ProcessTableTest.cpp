@@ -155,8 +155,8 @@ TEST_F(ProcessTableTest, aDesktopEntryGivesNameAndIdentifierByTheDeclaredIdentif
   EXPECT_EQ(process->bundleID, "org.example.Tuner");
 }
 
-TEST_F(ProcessTableTest, aDesktopEntryIsFoundByTheProgramThatItStarts) {
-  addStream(1, getpid(), {{"application.name", "tests"}});
+TEST_F(ProcessTableTest, aDesktopEntryIsFoundByTheProgramThatItStartsBeforeADeclaredIdentifier) {
+  addStream(1, getpid(), {{"application.name", "tests"}, {"application.id", "org.example.Bank"}});
   const auto* process = table.playing(graph).front();
   EXPECT_EQ(process->name, "tests");
   const std::filesystem::path entries = std::getenv("XDG_DATA_HOME");
@@ -170,6 +170,10 @@ TEST_F(ProcessTableTest, aDesktopEntryIsFoundByTheProgramThatItStarts) {
     fresh = ProcessTable();
   }
   EXPECT_EQ(fresh.playing(graph).front()->name, "The Tests");
+  EXPECT_EQ(fresh.playing(graph).front()->bundleID, "org.example.Tests");
+  graph.nodes[1].properties["application.id"] = "org.example.Tuner";
+  fresh = ProcessTable();
+  EXPECT_EQ(fresh.playing(graph).front()->name, "The Tests") << "not what it says of itself";
   EXPECT_EQ(fresh.playing(graph).front()->bundleID, "org.example.Tests");
 }
 
