@@ -5,7 +5,7 @@
 #include <cmath>
 #include <system_error>
 
-#include "cli/Utf8.h"
+#include "platform/Utf8.h"
 
 namespace audrel::cli {
 

@@ -1,7 +1,7 @@
 #include "cli/Commands.h"
-#include "cli/Printable.h"
 #include "cli/ProcessObjects.h"
 #include "platform/Capture.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "cli/Json.h"
-#include "cli/Printable.h"
 #include "cli/ProcessObjects.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

@@ -10,7 +10,6 @@
 
 #include "cli/Commands.h"
 #include "cli/MeteredAudioFramework.h"
-#include "cli/Printable.h"
 #include "cli/RecordingMeter.h"
 #include "cli/Report.h"
 #include "cli/SourceChooser.h"
@@ -19,6 +18,7 @@
 #include "model/OutputURL.h"
 #include "model/RecorderError.h"
 #include "platform/Capture.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

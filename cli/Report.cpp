@@ -8,7 +8,7 @@
 #include "cli/Json.h"
 #include "cli/Numbers.h"
 #include "cli/Peak.h"
-#include "cli/Printable.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

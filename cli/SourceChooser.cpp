@@ -8,8 +8,8 @@
 #include <optional>
 #include <system_error>
 
-#include "cli/Printable.h"
 #include "platform/Foundation.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

@@ -9,10 +9,10 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
-#include "cli/Printable.h"
 #include "cli/Signals.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
+#include "platform/Printable.h"
 
 namespace audrel::cli {
 

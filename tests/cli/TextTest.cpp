@@ -8,7 +8,7 @@
 
 #include "cli/Json.h"
 #include "cli/Numbers.h"
-#include "cli/Printable.h"
+#include "platform/Printable.h"
 #include "tests/fakes/ScopedCommaLocale.h"
 
 namespace audrel::cli {

@@ -5,29 +5,9 @@
 #include <exception>
 #include <utility>
 
+#include "platform/Printable.h"
+
 namespace audrel::linuxos {
-
-namespace {
-
-/// UTF-8 as it is, save the control characters of ASCII and of Latin-1.
-void appendVisibly(std::string& line, std::string_view text) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  constexpr unsigned char latin1Lead = 0xC2;
-  unsigned char previous = 0;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    const bool control =
-        byte < 0x20 || byte == 0x7F || (previous == latin1Lead && byte >= 0x80 && byte <= 0x9F);
-    if (control) {
-      line.append("\\x").append(1, digits[byte >> 4U]).append(1, digits[byte & 0xFU]);
-    } else {
-      line.append(1, character);
-    }
-    previous = byte;
-  }
-}
-
-}  // namespace
 
 class StandardErrorLog::CategoryLogger final : public os::Logger {
  public:
@@ -66,8 +46,8 @@ void StandardErrorLog::log(const std::string& category, os::LogLevel level, std:
   if (level < minimum_) {
     return;
   }
-  std::string line = "[" + category + "] " + (level == os::LogLevel::error ? "error: " : "info: ");
-  appendVisibly(line, text);
+  std::string line = "[" + category + "] " + (level == os::LogLevel::error ? "error: " : "info: ") +
+                     printable(text);
 
   const std::scoped_lock lock(mutex_);
   if (line == last_) {

@@ -10,9 +10,9 @@
 
 namespace audrel::linuxos {
 
-/// Lines of "[category] level: text" on a file descriptor, each written in one piece, with control
-/// characters as \xNN, since the text holds names that other programs chose. On a terminal a line
-/// first clears the one that the cursor stands in, which may be a status line.
+/// Lines of "[category] level: text" on a file descriptor, each written in one piece and printable,
+/// since the text holds names that other programs chose. On a terminal a line first clears the one
+/// that the cursor stands in, which may be a status line.
 ///
 /// A line that repeats the one before is only counted, and the count told before the next other
 /// line: a full disk must not flood the terminal. Thread-safe.

@@ -127,6 +127,15 @@ void CaptureHardware::learnProcesses() {
   connection_->roundTrip();
   processes_.playing(connection_->graph());
   connection_->releaseDetails();
+  forgetGoneProcesses();
+}
+
+void CaptureHardware::forgetGoneProcesses() {
+  processes_.forgetGone(connection_->graph(), [this](CA::AudioObjectID process) {
+    return std::ranges::any_of(taps_, [&](const auto& tap) {
+      return std::ranges::count(tap.second.description.processes, process) > 0;
+    });
+  });
 }
 
 std::optional<NS::RunningApplication> CaptureHardware::runningApplication(pid_t processIdentifier) {
@@ -443,6 +452,7 @@ CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
 // What the connection tells, on its thread
 
 void CaptureHardware::graphChanged() {
+  forgetGoneProcesses();
   for (const auto& [id, device] : devices_) {
     for (const auto& procedure : device->procedures) {
       if (procedure->running) {

@@ -94,6 +94,7 @@ class CaptureHardware final : public CA::AudioHardware,
   CA::OSStatus fail(CA::OSStatus status, std::string diagnosis);
   CA::OSStatus requireServer();
   void learnProcesses();
+  void forgetGoneProcesses();
   CA::OSStatus checkTapped(const std::vector<CA::AudioObjectID>& processes);
   bool isTapped(const Tap& tap, const GraphNode& node);
   CA::AudioObjectID objectOfSink(const GraphNode& sink);

@@ -1,10 +1,13 @@
 #include "platform/linux/pipewire/ProcessTable.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <utility>
 
 #include "platform/linux/pipewire/DesktopEntries.h"
 #include "platform/linux/pipewire/ProcFiles.h"
+#include "platform/linux/pipewire/ShownName.h"
 
 namespace audrel::linuxos {
 
@@ -40,7 +43,7 @@ bool isIdentified(const Graph& graph, const GraphNode& node) {
 
 CA::AudioObjectID ProcessTable::newID(const std::string& key) const {
   CA::AudioObjectID id = hash(key);
-  while (id < reservedIDs || processes_.contains(id)) {
+  while (id < reservedIDs || givenIDs_.contains(id)) {
     ++id;
   }
   return id;
@@ -57,6 +60,7 @@ const ProcessTable::Process& ProcessTable::processOf(const GraphNode& node,
   process.owner = std::move(owner);
   describe(process, node, client);
   idsByKey_[process.owner.key] = process.id;
+  givenIDs_.insert(process.id);
   return processes_[process.id] = std::move(process);
 }
 
@@ -75,8 +79,8 @@ void ProcessTable::describe(Process& process, const GraphNode& node, const Graph
   if (!entry) {
     entry = desktopEntryById(id);
   }
-  process.bundleID = id;
-  process.name = entry ? entry->name : ownName(node, client);
+  process.bundleID = shownName(id);
+  process.name = shownName(entry ? entry->name : ownName(node, client));
 }
 
 std::vector<const ProcessTable::Process*> ProcessTable::playing(const Graph& graph) {
@@ -118,6 +122,18 @@ bool ProcessTable::isAlive(const Process& process, const Graph& graph) {
     return keyOfProcess(process.owner.pid) == process.owner.key;
   }
   return std::ranges::count(playing(graph), &process) > 0;
+}
+
+void ProcessTable::forgetGone(const Graph& graph,
+                              const std::function<bool(CA::AudioObjectID)>& isNeeded) {
+  if (processes_.size() < toleratedSize_) {
+    return;
+  }
+  std::erase_if(processes_, [&](const auto& entry) {
+    return !isNeeded(entry.first) && isGone(entry.second.owner, graph);
+  });
+  std::erase_if(idsByKey_, [&](const auto& entry) { return !processes_.contains(entry.second); });
+  toleratedSize_ = std::max(many, 2 * processes_.size());
 }
 
 }  // namespace audrel::linuxos

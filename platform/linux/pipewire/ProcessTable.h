@@ -2,9 +2,11 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <functional>
 #include <map>
-#include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/CoreAudio.h"
@@ -21,7 +23,7 @@ class ProcessTable {
   struct Process {
     CA::AudioObjectID id = 0;
     StreamOwner owner;
-    std::string name;  ///< for the user
+    std::string name;  ///< for the user; `shownName`s, both
     std::string bundleID;
   };
 
@@ -42,12 +44,22 @@ class ProcessTable {
   /// Whether the process may still play: it runs, or one of its streams is there.
   bool isAlive(const Process& process, const Graph& graph);
 
+  /// Forgets, once it knows a hundred processes and each time their number has doubled, those that
+  /// are gone and not needed. Their ids are not given again.
+  void forgetGone(const Graph& graph, const std::function<bool(CA::AudioObjectID)>& isNeeded);
+
+  std::size_t size() const { return processes_.size(); }
+
  private:
+  static constexpr std::size_t many = 100;
+
   CA::AudioObjectID newID(const std::string& key) const;
   static void describe(Process& process, const GraphNode& node, const GraphClient* client);
 
   std::map<CA::AudioObjectID, Process> processes_;
   std::map<std::string, CA::AudioObjectID> idsByKey_;
+  std::unordered_set<CA::AudioObjectID> givenIDs_;
+  std::size_t toleratedSize_ = many;
 };
 
 /// The node's client; null when it is not known.

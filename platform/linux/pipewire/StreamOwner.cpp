@@ -1,9 +1,11 @@
 #include "platform/linux/pipewire/StreamOwner.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 
 #include "platform/linux/pipewire/ProcFiles.h"
+#include "platform/linux/pipewire/ShownName.h"
 
 namespace audrel::linuxos {
 
@@ -36,12 +38,13 @@ pid_t pidOfConnection(const GraphClient* client) {
   return client != nullptr ? asPid(property(client->properties, "pipewire.sec.pid")) : 0;
 }
 
-std::string connectionKey(const GraphNode& node, const GraphClient* client,
-                          const std::string& application) {
-  const std::uint64_t serial = client != nullptr ? client->serial : node.serial;
-  return "connection " + std::to_string(serial) + " " + application + " " +
-         declared(node, client, "application.process.machine-id") + " " +
-         declared(node, client, "application.process.id");
+/// What is declared tells apart the programs behind one connection.
+std::string connectionKey(const StreamOwner& owner, const GraphNode& node,
+                          const GraphClient* client) {
+  return "connection " + std::to_string(owner.connection) + " " +
+         shownName(owner.portalApplication + " " +
+                   declared(node, client, "application.process.machine-id") + " " +
+                   declared(node, client, "application.process.id"));
 }
 
 /// Whether the pid that the stream declares to the PulseAudio server can be true.
@@ -71,6 +74,7 @@ Broker brokerOf(const GraphClient* client) {
 
 StreamOwner ownerOf(const GraphNode& node, const GraphClient* client, Broker broker) {
   StreamOwner owner;
+  owner.connection = client != nullptr ? client->serial : node.serial;
   owner.pid = pidOfConnection(client);
   bool mayTrust = broker == Broker::none;
   if (broker != Broker::none) {
@@ -82,8 +86,16 @@ StreamOwner ownerOf(const GraphNode& node, const GraphClient* client, Broker bro
   }
   const auto key = mayTrust ? keyOfProcess(owner.pid) : std::nullopt;
   owner.isPidVerified = key.has_value();
-  owner.key = key ? *key : connectionKey(node, client, owner.portalApplication);
+  owner.key = key ? *key : connectionKey(owner, node, client);
   return owner;
+}
+
+bool isGone(const StreamOwner& owner, const Graph& graph) {
+  if (owner.isPidVerified) {
+    return keyOfProcess(owner.pid) != owner.key;
+  }
+  const auto isIt = [&](const auto& entry) { return entry.second.serial == owner.connection; };
+  return std::ranges::none_of(graph.clients, isIt) && std::ranges::none_of(graph.nodes, isIt);
 }
 
 std::string ownName(const GraphNode& node, const GraphClient* client) {

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -12,7 +13,8 @@ namespace audrel::linuxos {
 /// Whose playback a stream is, as far as it can be trusted.
 struct StreamOwner {
   std::string key;  ///< names the owner for good: its pid and start time, or its connection
-  pid_t pid = 0;    ///< as declared when it could not be checked
+  std::uint64_t connection = 0;  ///< the serial of its client, or of a stream without one
+  pid_t pid = 0;                 ///< as declared when it could not be checked
   bool isPidVerified = false;
   std::string portalApplication;  ///< a broker's word for a sandboxed program; else empty
 };
@@ -37,6 +39,9 @@ StreamOwner ownerOf(const GraphNode& node, const GraphClient* client, Broker bro
 
 /// The key of a process of this machine; nothing when it does not run.
 std::optional<std::string> keyOfProcess(pid_t pid);
+
+/// Whether the owner can have no stream any more: its process, or its connection, has gone.
+bool isGone(const StreamOwner& owner, const Graph& graph);
 
 /// What the owner calls itself: the application's name, else its program's, else the stream's.
 std::string ownName(const GraphNode& node, const GraphClient* client);

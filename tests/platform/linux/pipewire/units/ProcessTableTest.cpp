@@ -10,8 +10,11 @@
 #include <fstream>
 #include <optional>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "platform/linux/pipewire/ProcFiles.h"
+#include "platform/linux/pipewire/ShownName.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
@@ -122,6 +125,66 @@ TEST_F(ProcessTableTest, anOwnerKnownByItsConnectionIsAliveWhileItHasStreams) {
   EXPECT_TRUE(table.isAlive(*process, graph));
   graph.nodes.clear();
   EXPECT_FALSE(table.isAlive(*process, graph));
+}
+
+TEST_F(ProcessTableTest, whatIsKnownOfManyThatAreGoneIsForgottenExceptOfThoseThatAreNeeded) {
+  const Child running;
+  addStream(5001, running.pid());
+  const auto idOfRunning = table.playing(graph).front()->id;
+  graph.nodes.clear();
+  std::vector<CA::AudioObjectID> ids;
+  for (std::uint32_t i = 1; i <= 1000; ++i) {
+    graph.nodes.clear();
+    graph.clients.clear();
+    addStream(i, 0);  // Of no process, so that each connection is an owner of its own.
+    ids.push_back(table.playing(graph).front()->id);
+    table.forgetGone(graph, [&](auto id) { return id == ids.front(); });
+    ASSERT_LE(table.size(), 100U);
+  }
+  EXPECT_NE(table.find(ids.front()), nullptr) << "it is needed";
+  EXPECT_NE(table.find(idOfRunning), nullptr) << "it may play again";
+  EXPECT_NE(table.find(ids.back()), nullptr) << "it plays";
+  EXPECT_EQ(table.find(ids[1]), nullptr);
+}
+
+TEST_F(ProcessTableTest, aConnectionThatHasClosedItsStreamsIsNotForgotten) {
+  addStream(1, 0);
+  const auto id = table.playing(graph).front()->id;
+  graph.nodes.clear();
+  for (std::uint32_t i = 2; i <= 300; ++i) {
+    addStream(i, 0);
+    table.playing(graph);
+    graph.nodes.clear();
+    graph.clients.erase(1000 + i);
+    table.forgetGone(graph, [](auto) { return false; });
+  }
+  EXPECT_NE(table.find(id), nullptr);
+}
+
+TEST_F(ProcessTableTest, namesAreFitToBeShownWhereverTheyComeFrom) {
+  addStream(1, getpid(),
+            {{"application.name", "a\x1b[31m\u202ec\xff\nd"}, {"application.id", "\x07"}});
+  const auto* process = table.playing(graph).front();
+  EXPECT_EQ(process->name, "a\uFFFD[31m\uFFFDc\uFFFD\uFFFDd");
+  EXPECT_EQ(process->bundleID, "\uFFFD");
+  addStream(2, 0, {{"application.name", std::string(200'000, 'x')}});
+  graph.nodes.erase(1);
+  EXPECT_EQ(table.playing(graph).front()->name, std::string(256, 'x'));
+}
+
+TEST_F(ProcessTableTest, aLongDeclarationMakesNoLongKey) {
+  addStream(1, 0, {{"application.process.machine-id", std::string(200'000, 'x')}});
+  EXPECT_LT(table.playing(graph).front()->owner.key.size(), 2000U);
+}
+
+TEST(ShownName, isCutByCharactersAndNotByBytes) {
+  std::string notes;
+  for (int i = 0; i < 300; ++i) {
+    notes += "🎵";
+  }
+  EXPECT_EQ(shownName(notes), notes.substr(0, 256 * std::string("🎵").size()));
+  EXPECT_EQ(shownName("Télé 音楽"), "Télé 音楽");
+  EXPECT_EQ(shownName(""), "");
 }
 
 TEST_F(ProcessTableTest, streamsWhoseDetailsHaveNotArrivedWait) {

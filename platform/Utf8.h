@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-namespace audrel::cli {
+namespace audrel {
 
 /// The first character of a text.
 struct Utf8Character {
@@ -21,4 +21,10 @@ constexpr bool isControl(char32_t point) {
   return point < 0x20 || (point >= 0x7F && point <= 0x9F);
 }
 
-}  // namespace audrel::cli
+/// Marks that change the direction of writing, and separators of lines.
+constexpr bool changesLayout(char32_t point) {
+  return point == 0x061C || point == 0x200E || point == 0x200F ||
+         (point >= 0x2028 && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
+}  // namespace audrel

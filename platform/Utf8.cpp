@@ -1,8 +1,8 @@
-#include "cli/Utf8.h"
+#include "platform/Utf8.h"
 
 #include <array>
 
-namespace audrel::cli {
+namespace audrel {
 
 namespace {
 
@@ -55,4 +55,4 @@ Utf8Character firstCharacter(std::string_view text) {
   return {std::nullopt, 1};
 }
 
-}  // namespace audrel::cli
+}  // namespace audrel

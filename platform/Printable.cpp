@@ -1,19 +1,13 @@
-#include "cli/Printable.h"
+#include "platform/Printable.h"
 
 #include <cstddef>
 #include <cstdint>
 
-#include "cli/Utf8.h"
+#include "platform/Utf8.h"
 
-namespace audrel::cli {
+namespace audrel {
 
 namespace {
-
-/// Marks that change the direction of writing, and separators of lines.
-constexpr bool changesLayout(char32_t point) {
-  return point == 0x061C || point == 0x200E || point == 0x200F ||
-         (point >= 0x2028 && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
-}
 
 void appendHex(std::string& text, std::uint32_t number, int digits) {
   constexpr std::string_view alphabet = "0123456789abcdef";
@@ -42,4 +36,4 @@ std::string printable(std::string_view text) {
   return shown;
 }
 
-}  // namespace audrel::cli
+}  // namespace audrel
