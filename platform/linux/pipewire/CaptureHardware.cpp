@@ -99,8 +99,7 @@ CA::OSStatus CaptureHardware::requireServer() {
   if (connection_->ensureConnected() && connection_->roundTrip()) {
     return CA::kAudioHardwareNoError;
   }
-  return fail(CA::kAudioHardwareNotRunningError,
-              connection_->isConnected() ? "PipeWire does not answer." : connection_->failure());
+  return fail(CA::kAudioHardwareNotRunningError, connection_->failure());
 }
 
 std::optional<std::string> CaptureHardware::diagnosis() {
@@ -290,7 +289,7 @@ CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
     return status;
   }
   auto running = std::make_unique<TapDevice>(
-      *connection_, tap->second.rate,
+      *connection_, *log_, tap->second.rate,
       [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
       installed->procedure, installed->clientData);
   installed->running = std::move(running);
@@ -467,18 +466,6 @@ void CaptureHardware::serverLost() {
     for (const auto& procedure : device->procedures) {
       if (procedure->running) {
         procedure->running->serverLost();
-        log_->error("Audio server lost — recording silence until it is back");
-      }
-    }
-  }
-}
-
-void CaptureHardware::serverFound() {
-  for (const auto& [id, device] : devices_) {
-    for (const auto& procedure : device->procedures) {
-      if (procedure->running) {
-        procedure->running->serverFound();
-        log_->info("Audio server found again — recording what it plays");
       }
     }
   }

@@ -89,7 +89,6 @@ class CaptureHardware final : public CA::AudioHardware,
 
   void graphChanged() override;
   void serverLost() override;
-  void serverFound() override;
 
   CA::OSStatus fail(CA::OSStatus status, std::string diagnosis);
   CA::OSStatus requireServer();

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto answerTimeout = 2s;
-constexpr long retryNanoseconds = 200'000'000;
+constexpr auto retryPeriod = 200ms;
 
 void initialisePipeWire() {
   static std::once_flag once;
@@ -52,9 +52,24 @@ std::string socketPath(const std::string& remote) {
   return folder.empty() ? name : folder + "/" + name;
 }
 
+timespec timeOf(std::chrono::nanoseconds duration) {
+  constexpr long second = 1'000'000'000;
+  return {.tv_sec = duration.count() / second, .tv_nsec = duration.count() % second};
+}
+
+bool isRefusal(int error) {
+  return error == EACCES || error == EPERM;
+}
+
+/// Whether a server that goes on answers a call like this. Calls to what has just gone are races.
+bool isAnswer(int error) {
+  return isRefusal(error) || error == ENOENT;
+}
+
+/// Why there is no connection.
 std::string failureText(const std::string& remote, int error) {
   const std::string path = socketPath(remote);
-  if (error == EACCES || error == EPERM) {
+  if (isRefusal(error)) {
     return "PipeWire refuses this user at " + path +
            ": run the program as the user of the desktop session.";
   }
@@ -65,6 +80,17 @@ std::string failureText(const std::string& remote, int error) {
   return "PipeWire is not running: no server answers at " + path + " (" +
          std::generic_category().message(error) +
          "). Start it with \"systemctl --user start pipewire\".";
+}
+
+/// Why there is one no longer.
+std::string lossText(const std::string& remote, int error) {
+  if (error == ETIMEDOUT) {
+    return "PipeWire does not answer at " + socketPath(remote) +
+           ". Restart it with \"systemctl --user restart pipewire\".";
+  }
+  return "PipeWire went away: the connection to " + socketPath(remote) + " broke (" +
+         std::generic_category().message(error) +
+         "). Start it with \"systemctl --user start pipewire\", and then again what you did.";
 }
 
 }  // namespace
@@ -79,14 +105,12 @@ const pw_core_events Connection::coreEvents = {
             self->wake();
           }
         },
-    // Errors of other objects are races with objects that have just gone.
+    // Errors of other objects do not end the connection. Those of the core do, for whatever reason:
+    // PipeWire closes its socket after them.
     .error =
         [](void* data, std::uint32_t id, int, int result, const char*) {
-          auto* self = static_cast<Connection*>(data);
-          if (id == PW_ID_CORE && result == -EPIPE) {
-            self->isLost_ = true;
-            self->wake();
-            pw_loop_signal_event(pw_thread_loop_get_loop(self->loop()), self->lossEvent_);
+          if (id == PW_ID_CORE && !isAnswer(-result)) {
+            static_cast<Connection*>(data)->lose(-result);
           }
         },
 };
@@ -112,6 +136,8 @@ Connection::Connection(std::string remote) : remote_(std::move(remote)) {
       this);
   retryTimer_ = pw_loop_add_timer(
       loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->retry(); }, this);
+  waitTimer_ = pw_loop_add_timer(
+      loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->wake(); }, this);
   pw_thread_loop_start(loop_.get());
 }
 
@@ -122,6 +148,7 @@ Connection::~Connection() {
   pw_loop_destroy_source(loop, changeEvent_);
   pw_loop_destroy_source(loop, lossEvent_);
   pw_loop_destroy_source(loop, retryTimer_);
+  pw_loop_destroy_source(loop, waitTimer_);
 }
 
 bool Connection::ensureConnected() {
@@ -141,15 +168,11 @@ bool Connection::connect() {
     failure_ = failureText(remote_, errno);
     return false;
   }
-  failure_.clear();
   answeredSync_ = -1;
   pw_core_add_listener(core_, coreHook_.get(), &coreEvents, this);
   mirror_ = std::make_unique<GraphMirror>(core_, [this] { noteChange(); });
   mirror_->followDetails(detailUsers_ > 0);
   updateRetryTimer();
-  if (std::exchange(wasLost_, false) && observer_ != nullptr) {
-    observer_->serverFound();
-  }
   return true;
 }
 
@@ -166,8 +189,21 @@ void Connection::noteChange() {
   pw_loop_signal_event(pw_thread_loop_get_loop(loop_.get()), changeEvent_);
 }
 
+/// Notices the loss. What was made on the connection goes later, since it may be in use up the
+/// stack.
+void Connection::lose(int error) {
+  if (!isConnected()) {
+    return;
+  }
+  isLost_ = true;
+  ++losses_;
+  failure_ = lossText(remote_, error);
+  wake();
+  pw_loop_signal_event(pw_thread_loop_get_loop(loop_.get()), lossEvent_);
+}
+
 void Connection::dropLostServer() {
-  if (!isLost_ || core_ == nullptr) {
+  if (!isLost_) {
     return;
   }
   if (observer_ != nullptr) {
@@ -175,8 +211,6 @@ void Connection::dropLostServer() {
   }
   disconnect();
   isLost_ = false;
-  wasLost_ = true;
-  failure_ = failureText(remote_, EPIPE);
   updateRetryTimer();
 }
 
@@ -191,7 +225,8 @@ void Connection::releaseConnection() {
 }
 
 void Connection::updateRetryTimer() {
-  timespec period{0, connectionUsers_ > 0 && core_ == nullptr ? retryNanoseconds : 0};
+  const bool isNeeded = connectionUsers_ > 0 && core_ == nullptr;
+  timespec period = timeOf(isNeeded ? retryPeriod : 0ms);
   pw_loop_update_timer(pw_thread_loop_get_loop(loop_.get()), retryTimer_, &period, &period, false);
 }
 
@@ -217,20 +252,34 @@ bool Connection::roundTrip() {
   if (!isConnected()) {
     return false;
   }
+  const unsigned losses = losses_;
   const int asked = pw_core_sync(core_, PW_ID_CORE, 0);
-  return waitUntil([&] { return answeredSync_ == asked; }, answerTimeout);
+  if (waitUntil([&] { return answeredSync_ == asked; }, answerTimeout)) {
+    return true;
+  }
+  if (losses_ == losses) {
+    lose(ETIMEDOUT);
+  }
+  return false;
 }
 
+// The thread loop's own timeouts follow the time of day, which may be set while somebody waits.
 bool Connection::waitUntil(const std::function<bool()>& condition,
                            std::chrono::milliseconds timeout) {
-  timespec deadline{};
-  pw_thread_loop_get_time(loop_.get(), &deadline, timeout / std::chrono::nanoseconds(1));
-  while (isConnected() && !condition()) {
-    if (pw_thread_loop_timed_wait_full(loop_.get(), &deadline) < 0) {
-      return isConnected() && condition();
-    }
+  if (!isConnected()) {
+    return false;
   }
-  return isConnected();
+  const unsigned losses = losses_;
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
+  timespec remaining = timeOf(timeout);
+  pw_loop_update_timer(pw_thread_loop_get_loop(loop_.get()), waitTimer_, &remaining, nullptr,
+                       false);
+  bool holds = condition();
+  while (!holds && losses_ == losses && std::chrono::steady_clock::now() < deadline) {
+    pw_thread_loop_wait(loop_.get());
+    holds = losses_ == losses && condition();
+  }
+  return holds;
 }
 
 }  // namespace audrel::linuxos

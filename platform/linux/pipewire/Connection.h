@@ -13,17 +13,17 @@
 namespace audrel::linuxos {
 
 /// A connection to a PipeWire server that is made when it is needed and made again when it was
-/// lost. It has a thread of its own; everything here but the constructor and destructor is called
-/// on that thread or under its lock.
+/// lost. It is lost when the server or the protocol ends it, whatever the reason, and when the
+/// server leaves a round trip unanswered. It has a thread of its own; everything here but the
+/// constructor and destructor is called on that thread or under its lock.
 class Connection {
  public:
   /// Told on the connection's thread.
   class Observer {
    public:
     virtual ~Observer() = default;
-    virtual void graphChanged() = 0;  ///< after one or several changes
+    virtual void graphChanged() = 0;  ///< after one or several changes, or when it was asked for
     virtual void serverLost() = 0;    ///< everything made on the connection must go now
-    virtual void serverFound() = 0;   ///< after a loss
   };
 
   /// `remote` is a socket's absolute path; empty for the one that the environment names.
@@ -42,7 +42,8 @@ class Connection {
   bool ensureConnected();
   bool isConnected() const { return core_ != nullptr && !isLost_; }
 
-  /// Why the last attempt to connect failed, for the user, with the remedy.
+  /// Why the last attempt to connect failed, or the last connection was lost, for the user, with
+  /// the remedy.
   const std::string& failure() const { return failure_; }
 
   /// Counts who needs the connection to last: while somebody does, a lost server is looked for
@@ -55,22 +56,26 @@ class Connection {
   void releaseDetails();
 
   /// Waits until the server has answered everything asked so far, by when what it announced has
-  /// arrived. False when the connection was lost or two seconds have passed. Not on the loop's
-  /// thread.
+  /// arrived. False when the connection was lost, as it is when two seconds have passed. Not on the
+  /// loop's thread, and by one thread at a time.
   bool roundTrip();
 
-  /// Waits until `condition` holds, tested after every event. False as with `roundTrip`.
+  /// Waits until `condition` holds, tested after every event, on the connection that there is now.
+  /// False when that was lost or the time has passed, on the monotonic clock. As `roundTrip`.
   bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
   /// Wakes whoever waits in `waitUntil`.
   void wake() { pw_thread_loop_signal(loop_.get(), false); }
 
+  /// Has the observer told of a change soon, from the loop itself.
+  void noteChange();
+
  private:
   bool connect();
   void disconnect();
+  void lose(int error);
   void dropLostServer();
   void retry();
-  void noteChange();
   void updateRetryTimer();
 
   static const pw_core_events coreEvents;
@@ -82,6 +87,7 @@ class Connection {
   spa_source* changeEvent_ = nullptr;
   spa_source* lossEvent_ = nullptr;
   spa_source* retryTimer_ = nullptr;
+  spa_source* waitTimer_ = nullptr;
   pw_core* core_ = nullptr;
   Hook coreHook_;
   std::unique_ptr<GraphMirror> mirror_;
@@ -89,8 +95,8 @@ class Connection {
   std::string failure_;
   int detailUsers_ = 0;
   int answeredSync_ = -1;
-  bool isLost_ = false;   ///< noticed, not yet cleared away
-  bool wasLost_ = false;  ///< and not yet found again
+  bool isLost_ = false;  ///< noticed, not yet cleared away
+  unsigned losses_ = 0;  ///< noticed so far
   int connectionUsers_ = 0;
 };
 

@@ -26,7 +26,6 @@ class MelodyPlayer : private Connection::Observer {
   bool play();
   void graphChanged() override;
   void serverLost() override;
-  void serverFound() override {}
   void process() noexcept;
 
   static const pw_stream_events streamEvents;

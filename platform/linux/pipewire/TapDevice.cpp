@@ -1,6 +1,6 @@
 #include "platform/linux/pipewire/TapDevice.h"
 
-#include <chrono>
+#include <utility>
 
 namespace audrel::linuxos {
 
@@ -11,7 +11,15 @@ using namespace std::chrono_literals;
 constexpr auto startTimeout = 3s;
 // A stream that cannot be linked must not hold up the others.
 constexpr auto linkTimeout = 500ms;
-constexpr long silencePeriod = 50'000'000;  // nanoseconds
+
+constexpr std::chrono::nanoseconds silencePeriod = 50ms;
+constexpr int mostTicksToLink = linkTimeout / silencePeriod;
+constexpr std::uint64_t streamInterval = 200'000'000;  // nanoseconds
+
+// So long, besides a cycle, may a stream bring nothing. The ticks are counted: a program that stood
+// still itself gets one on waking up, not all that it missed.
+constexpr std::chrono::nanoseconds patience = 500ms;
+constexpr std::chrono::nanoseconds watchPeriod = 125ms;
 
 /// The clock that PipeWire stamps its cycles with.
 std::uint64_t monotonicNow() {
@@ -21,112 +29,173 @@ std::uint64_t monotonicNow() {
 
 }  // namespace
 
-TapDevice::TapDevice(Connection& connection, double rate, TapStream::IsTapped isTapped,
-                     CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData)
+struct TapDevice::Loss {
+  const char* begins;
+  const char* ends;
+};
+
+const TapDevice::Loss TapDevice::lossOfServer{.begins = "Audio server lost",
+                                              .ends = "Audio server found again"};
+const TapDevice::Loss TapDevice::lossOfStream{.begins = "Capture stream lost",
+                                              .ends = "Capture stream made again"};
+const TapDevice::Loss TapDevice::hang{.begins = "Audio server hangs",
+                                      .ends = "Audio server goes on"};
+
+TapDevice::TapDevice(Connection& connection, os::Logger& log, double rate,
+                     TapStream::IsTapped isTapped, CA::AudioObjectID device,
+                     CA::AudioDeviceIOProc procedure, void* clientData)
     : connection_(connection),
+      log_(log),
       rate_(rate),
       isTapped_(std::move(isTapped)),
       timeline_(device, procedure, clientData, rate),
-      silenceTimer_(pw_loop_add_timer(
+      timer_(pw_loop_add_timer(
           pw_thread_loop_get_loop(connection.loop()),
-          [](void* self, std::uint64_t) {
-            static_cast<TapDevice*>(self)->timeline_.feedSilenceUntil(monotonicNow());
-          },
-          this)) {}
+          [](void* self, std::uint64_t) { static_cast<TapDevice*>(self)->tick(); }, this)) {}
 
 TapDevice::~TapDevice() {
   stop();
-  pw_loop_destroy_source(pw_thread_loop_get_loop(connection_.loop()), silenceTimer_);
+  pw_loop_destroy_source(pw_thread_loop_get_loop(connection_.loop()), timer_);
 }
 
 std::optional<std::string> TapDevice::start() {
   connection_.retainDetails();
   connection_.retainConnection();
-  isRunning_ = true;
+  state_ = State::starting;
   makeStream();
   const bool isAnswered = connection_.roundTrip() && connection_.roundTrip();
-  const bool isReady =
-      isAnswered &&
-      connection_.waitUntil([&] { return stream_->isReady() || !stream_->failure().empty(); },
-                            startTimeout);
-  if (!isReady || !stream_ || !stream_->isReady()) {
-    std::string reason = "PipeWire did not start the capture stream within " +
-                         std::to_string(startTimeout.count()) +
-                         " seconds: it may be overloaded, or have no device to run on.";
-    if (stream_ && !stream_->failure().empty()) {
-      reason = "PipeWire refused the capture stream: " + stream_->failure() + ".";
-    }
+  if (isAnswered) {
+    connection_.waitUntil([&] { return !stream_ || stream_->isReady() || stream_->hasEnded(); },
+                          startTimeout);
+  }
+  if (!isCapturing()) {
+    auto reason = whyNotStarted();
     stop();
     return reason;
   }
-  connection_.waitUntil([&] { return stream_->isLinked(); }, linkTimeout);
+  connection_.waitUntil([&] { return !isCapturing() || stream_->isLinked(); }, linkTimeout);
   timeline_.start(monotonicNow());
-  timeline_.feedFrom(Timeline::Feeder::stream);
+  feedFromStream();
+  if (!isCapturing()) {
+    lose(lossOfStream);
+  }
   return std::nullopt;
 }
 
+std::string TapDevice::whyNotStarted() const {
+  if (!stream_ || !connection_.isConnected()) {
+    return connection_.failure();
+  }
+  if (stream_->hasEnded()) {
+    return "PipeWire refused the capture stream: " + stream_->failure() + ".";
+  }
+  return "PipeWire did not start the capture stream within " +
+         std::to_string(startTimeout.count()) +
+         " seconds: it may be overloaded, or have no device to run on.";
+}
+
 void TapDevice::stop() {
-  if (!isRunning_) {
+  if (state_ == State::idle) {
     return;
   }
-  isRunning_ = false;
-  if (isSilent_) {
-    timeline_.feedSilenceUntil(monotonicNow());
+  if (state_ != State::starting) {
+    timeline_.finish(monotonicNow());
   }
-  timeline_.feedFrom(Timeline::Feeder::nobody);
-  setSilenceTimer(false);
+  state_ = State::idle;
+  setTick(0ns);
   stream_.reset();
   connection_.releaseConnection();
   connection_.releaseDetails();
 }
 
+// The stream
+
 void TapDevice::makeStream() {
   stream_ = std::make_unique<TapStream>(connection_, rate_, isTapped_, timeline_);
+  nextStream_ = monotonicNow() + streamInterval;
+  heard_ = timeline_.cyclesHeard();
+  readyTicks_ = 0;
+}
+
+void TapDevice::feedFromStream() {
+  state_ = State::streaming;
+  timeline_.feedFrom(Timeline::Feeder::stream);
+  heard_ = timeline_.cyclesHeard();
+  quietTicks_ = 0;
+  setTick(watchPeriod);
+}
+
+/// Every end that a stream comes to while time goes on. Not from within the stream's own events.
+void TapDevice::lose(const Loss& loss) {
+  if (state_ == State::streaming) {
+    timeline_.feedFrom(Timeline::Feeder::silence);
+    timeline_.feedSilenceUntil(monotonicNow());
+    state_ = State::silent;
+    setTick(silencePeriod);
+    log_.error(std::string(loss.begins) + " — recording silence until it is back");
+  }
+  loss_ = &loss;
+  stream_.reset();
 }
 
 void TapDevice::serverLost() {
-  if (!stream_) {
-    return;
-  }
-  const bool wasFeeding = isRunning_ && !isSilent_;
-  if (wasFeeding) {
-    timeline_.feedFrom(Timeline::Feeder::nobody);
-  }
-  stream_.reset();
-  if (wasFeeding) {
-    timeline_.feedFrom(Timeline::Feeder::silence);
-    setSilenceTimer(true);
-  }
-}
-
-void TapDevice::serverFound() {
-  if (isRunning_ && !stream_) {
-    makeStream();
-  }
+  lose(lossOfServer);
 }
 
 void TapDevice::graphChanged() {
-  if (!stream_) {
+  if (stream_ && stream_->hasEnded() && state_ != State::starting) {
+    lose(lossOfStream);
+  }
+  if (stream_) {
+    stream_->followGraph();
+  }
+  if (state_ == State::silent) {
+    takeOver();
+  }
+}
+
+// Time
+
+void TapDevice::tick() {
+  if (state_ == State::streaming) {
+    watch();
+  } else {
+    timeline_.feedSilenceUntil(monotonicNow());
+    takeOver();
+  }
+}
+
+void TapDevice::watch() {
+  const std::uint64_t heard = timeline_.cyclesHeard();
+  const bool isQuiet = heard == heard_ && !timeline_.isFed();
+  quietTicks_ = isQuiet ? quietTicks_ + 1 : 0;
+  heard_ = heard;
+  if (quietTicks_ * watchPeriod >= patience + timeline_.cycleLength()) {
+    lose(isCapturing() ? hang : lossOfStream);
+    takeOver();
+  }
+}
+
+/// Makes a stream where there is none, and has it feed once it brings cycles with everything in
+/// them. The first one fills what is missing since the last silence.
+void TapDevice::takeOver() {
+  if (!stream_ && connection_.isConnected() && monotonicNow() >= nextStream_) {
+    makeStream();
+  }
+  if (!isCapturing() || timeline_.cyclesHeard() == heard_) {
     return;
   }
-  stream_->followGraph();
-  takeOver();
-}
-
-/// The first cycle of the new stream fills what is missing since the last silence.
-void TapDevice::takeOver() {
-  if (isSilent_ && stream_->isReady()) {
-    setSilenceTimer(false);
+  if (stream_->isLinked() || readyTicks_ > mostTicksToLink) {
     timeline_.feedSilenceUntil(monotonicNow());
-    timeline_.feedFrom(Timeline::Feeder::stream);
+    feedFromStream();
+    log_.info(std::string(loss_->ends) + " — recording what it plays");
   }
+  ++readyTicks_;
 }
 
-void TapDevice::setSilenceTimer(bool isOn) {
-  isSilent_ = isOn;
-  timespec period{0, isOn ? silencePeriod : 0};
-  pw_loop_update_timer(pw_thread_loop_get_loop(connection_.loop()), silenceTimer_, &period, &period,
-                       false);
+void TapDevice::setTick(std::chrono::nanoseconds period) {
+  timespec every{.tv_sec = 0, .tv_nsec = period.count()};
+  pw_loop_update_timer(pw_thread_loop_get_loop(connection_.loop()), timer_, &every, &every, false);
 }
 
 }  // namespace audrel::linuxos

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,10 +15,12 @@
 namespace audrel::linuxos {
 
 /// The running part of an aggregate device: calls one IO procedure with what a tap captures, and
-/// with silence while the server is away. All but `lostFrames` under the connection's lock.
+/// with counted silence while nothing is captured, for whatever reason. All but `lostFrames` under
+/// the connection's lock.
 class TapDevice {
  public:
-  TapDevice(Connection& connection, double rate, TapStream::IsTapped isTapped,
+  /// Losses and their ends are logged.
+  TapDevice(Connection& connection, os::Logger& log, double rate, TapStream::IsTapped isTapped,
             CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData);
   ~TapDevice();
   TapDevice(const TapDevice&) = delete;
@@ -28,25 +32,46 @@ class TapDevice {
   /// On return the procedure is not running and will not run again.
   void stop();
 
-  /// The server went away: silence takes over. On the connection's thread or under its lock.
+  /// Everything made on the connection goes now.
   void serverLost();
-  void serverFound();
   void graphChanged();
 
   std::uint64_t lostFrames() const { return timeline_.lostFrames(); }
 
  private:
+  enum class State {
+    idle,
+    starting,   ///< time has not begun
+    streaming,  ///< the stream feeds
+    silent,     ///< silence feeds; a stream may be on its way
+  };
+  struct Loss;
+  static const Loss lossOfServer;
+  static const Loss lossOfStream;
+  static const Loss hang;
+
+  bool isCapturing() const { return stream_ && stream_->isReady(); }
+  std::string whyNotStarted() const;
+  void feedFromStream();
+  void lose(const Loss& loss);
   void makeStream();
+  void tick();
+  void watch();
   void takeOver();
-  void setSilenceTimer(bool isOn);
+  void setTick(std::chrono::nanoseconds period);
 
   Connection& connection_;
+  os::Logger& log_;
   double rate_;
   TapStream::IsTapped isTapped_;
   Timeline timeline_;
-  spa_source* silenceTimer_;
-  bool isRunning_ = false;
-  bool isSilent_ = false;
+  spa_source* timer_;
+  State state_ = State::idle;
+  const Loss* loss_ = nullptr;    ///< while silent
+  std::uint64_t heard_ = 0;       ///< of the timeline's cycles, when last looked at
+  int quietTicks_ = 0;            ///< since then
+  int readyTicks_ = 0;            ///< since the next stream runs
+  std::uint64_t nextStream_ = 0;  ///< when one may be made again, monotonic nanoseconds
   std::unique_ptr<TapStream> stream_;
 };
 

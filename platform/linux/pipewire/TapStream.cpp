@@ -87,6 +87,7 @@ void TapStream::connect() {
       pw_stream_connect(stream_.get(), PW_DIRECTION_INPUT, PW_ID_ANY, flags, formats, 1);
   if (result < 0) {
     failure_ = std::strerror(-result);  // NOLINT(concurrency-mt-unsafe): glibc's is safe
+    connection_.noteChange();
   }
 }
 
@@ -94,9 +95,11 @@ void TapStream::stateChanged(pw_stream_state state, const char* error) {
   isStreaming_ = state == PW_STREAM_STATE_STREAMING;
   if (state == PW_STREAM_STATE_ERROR) {
     failure_ = error != nullptr ? error : "unknown error";
+  } else if (state == PW_STREAM_STATE_UNCONNECTED) {
+    failure_ = "it was taken away";
   }
-  followGraph();
   connection_.wake();
+  connection_.noteChange();
 }
 
 void TapStream::followGraph() {

@@ -35,10 +35,13 @@ class TapStream {
   /// Whether the server runs the stream.
   bool isReady() const;
 
+  /// Whether the stream is of no use any more: it erred, or was taken away.
+  bool hasEnded() const { return !failure_.empty(); }
+
   /// Whether it also gets everything that is played and to be tapped now.
   bool isLinked() const;
 
-  /// Why the server gave the stream up; empty while it has not.
+  /// Why the stream has ended; empty while it has not.
   const std::string& failure() const { return failure_; }
 
  private:

@@ -41,11 +41,14 @@ void Timeline::leave() noexcept {
 
 void Timeline::feedCycle(const GraphCycle& cycle, const float* audio,
                          std::uint32_t frames) noexcept {
+  cyclesHeard_.fetch_add(1, std::memory_order_relaxed);
+  cycleLength_.store(lengthOf(cycle), std::memory_order_relaxed);
   if (!enter(Feeder::stream)) {
     return;
   }
-  if (!clock_.isTornBy(cycle)) {
-    deliverSilence(clock_.advance(cycle));
+  const auto step = clock_.advance(cycle);
+  deliverSilence(step.missing);
+  if (step.takesCycle) {
     deliver(audio, frames);
   }
   leave();
@@ -57,6 +60,11 @@ void Timeline::feedSilenceUntil(std::uint64_t nsec) noexcept {
   }
   deliverSilence(clock_.advanceTo(nsec));
   leave();
+}
+
+void Timeline::finish(std::uint64_t nsec) {
+  feedFrom(Feeder::nobody);
+  deliverSilence(clock_.finish(nsec));
 }
 
 void Timeline::deliverSilence(std::uint64_t frames) noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 #include "platform/CoreAudio.h"
@@ -32,8 +33,23 @@ class Timeline {
   /// not the feeder.
   void feedCycle(const GraphCycle& cycle, const float* audio, std::uint32_t frames) noexcept;
 
-  /// Silence up to `nsec`; nothing when silence is not the feeder.
+  /// Silence up to `nsec`, ten seconds at most; nothing when silence is not the feeder.
   void feedSilenceUntil(std::uint64_t nsec) noexcept;
+
+  /// Time ends at `nsec`, ten seconds of silence from where it stands at most, and nobody may feed
+  /// any more. As `feedFrom`.
+  void finish(std::uint64_t nsec);
+
+  /// How many cycles the stream has brought so far, taken or not. Any thread.
+  std::uint64_t cyclesHeard() const { return cyclesHeard_.load(std::memory_order_relaxed); }
+
+  /// How long the last one was. Any thread.
+  std::chrono::nanoseconds cycleLength() const {
+    return std::chrono::nanoseconds(cycleLength_.load(std::memory_order_relaxed));
+  }
+
+  /// Whether somebody feeds right now. Any thread.
+  bool isFed() const { return isInside_.load(); }
 
   /// Frames of silence that stand for audio that did not come. Any thread.
   std::uint64_t lostFrames() const { return lostFrames_.load(std::memory_order_relaxed); }
@@ -52,6 +68,8 @@ class Timeline {
   std::atomic<std::uint64_t> lostFrames_ = 0;
   std::atomic<Feeder> feeder_ = Feeder::nobody;
   std::atomic<bool> isInside_ = false;
+  std::atomic<std::uint64_t> cyclesHeard_ = 0;
+  std::atomic<std::uint64_t> cycleLength_ = 0;
 };
 
 }  // namespace audrel::linuxos

@@ -462,4 +462,11 @@ bool SessionManager::hasNode(const std::string& nodeName) {
   return nodeNamed(nodeName) != nullptr;
 }
 
+void SessionManager::destroyNode(const std::string& nodeName) {
+  const Locked lock(client_.loop());
+  if (const Node* node = nodeNamed(nodeName)) {
+    pw_registry_destroy(registry_, node->id);
+  }
+}
+
 }  // namespace audrel::pwtest

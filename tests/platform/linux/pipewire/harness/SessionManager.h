@@ -51,6 +51,9 @@ class SessionManager {
 
   bool hasNode(const std::string& nodeName);
 
+  /// Takes a node away from whoever made it, as a user with the server's tools can.
+  void destroyNode(const std::string& nodeName);
+
   /// Waits until `condition` holds, which is called under the lock after each change.
   bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 

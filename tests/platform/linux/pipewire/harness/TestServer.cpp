@@ -50,7 +50,7 @@ std::string TestServer::configuration() const {
        << " default.clock.min-quantum = 32 default.clock.max-quantum = 8192 }\n"
        << modules << "context.objects = [\n"
        << "{ factory = metadata args = { metadata.name = default } }\n";
-  if (!options_.timesRealTime) {
+  if (!options_.timesRealTime && options_.hasDriver) {
     text << "{ factory = spa-node-factory args = { factory.name = support.node.driver "
          << "node.name = Driver priority.driver = 20000 node.group = pipewire.dummy } }\n";
   }
@@ -85,6 +85,14 @@ bool TestServer::launch() {
 void TestServer::crash() {
   session_.reset();
   server_->end(SIGKILL);
+}
+
+void TestServer::hang() {
+  kill(server_->pid(), SIGSTOP);
+}
+
+void TestServer::goOn() {
+  kill(server_->pid(), SIGCONT);
 }
 
 void TestServer::restart() {

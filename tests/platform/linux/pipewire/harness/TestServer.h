@@ -25,6 +25,7 @@ struct ServerOptions {
   std::string allowedRates = "48000";
   std::uint32_t quantum = 1024;
   std::vector<Sink> sinks = {{"speakers"}};
+  bool hasDriver = true;  ///< without one, and without sinks, no stream ever runs
   PortLayout portLayout = PortLayout::ofSink;
 };
 
@@ -46,6 +47,10 @@ class TestServer {
 
   /// Starts it again, at the same socket.
   void restart();
+
+  /// Stops it where it is: its socket stays, and nobody answers.
+  void hang();
+  void goOn();
 
  private:
   std::string configuration() const;

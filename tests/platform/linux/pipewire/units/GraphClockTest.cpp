@@ -20,14 +20,14 @@ GraphCycle cycle(std::uint64_t n, std::uint32_t clockId = 1) {
 TEST(GraphClock, theFirstCycleMissesNothing) {
   GraphClock clock(48000);
   clock.start(0);
-  EXPECT_EQ(clock.advance(cycle(7)), 0U);
+  EXPECT_EQ(clock.advance(cycle(7)).missing, 0U);
 }
 
 TEST(GraphClock, consecutiveCyclesMissNothing) {
   GraphClock clock(48000);
   clock.start(0);
   for (std::uint64_t n = 0; n < 100; ++n) {
-    EXPECT_EQ(clock.advance(cycle(n)), 0U);
+    EXPECT_EQ(clock.advance(cycle(n)).missing, 0U);
   }
 }
 
@@ -35,15 +35,15 @@ TEST(GraphClock, aJumpOfThePositionIsExactlyWhatWasMissed) {
   GraphClock clock(48000);
   clock.start(0);
   clock.advance(cycle(0));
-  EXPECT_EQ(clock.advance(cycle(4)), 3U * 1024);
-  EXPECT_EQ(clock.advance(cycle(5)), 0U);
+  EXPECT_EQ(clock.advance(cycle(4)).missing, 3U * 1024);
+  EXPECT_EQ(clock.advance(cycle(5)).missing, 0U);
 }
 
 TEST(GraphClock, missedFramesAreCountedAtTheRateOfTheRecording) {
   GraphClock clock(96000);
   clock.start(0);
   clock.advance(cycle(0));
-  EXPECT_EQ(clock.advance(cycle(2)), 2U * 1024);
+  EXPECT_EQ(clock.advance(cycle(2)).missing, 2U * 1024);
 }
 
 TEST(GraphClock, aQuantumThatChangesMissesNothing) {
@@ -52,10 +52,10 @@ TEST(GraphClock, aQuantumThatChangesMissesNothing) {
   clock.advance(cycle(0));
   GraphCycle half = cycle(1);
   half.duration = 512;
-  EXPECT_EQ(clock.advance(half), 0U);
+  EXPECT_EQ(clock.advance(half).missing, 0U);
   GraphCycle next = half;
   next.position += 512;
-  EXPECT_EQ(clock.advance(next), 0U);
+  EXPECT_EQ(clock.advance(next).missing, 0U);
 }
 
 TEST(GraphClock, anotherDriverThatFollowsWithinTwoCyclesMissesNothing) {
@@ -64,7 +64,7 @@ TEST(GraphClock, anotherDriverThatFollowsWithinTwoCyclesMissesNothing) {
   clock.advance(cycle(10, 1));
   GraphCycle other = cycle(0, 2);
   other.nsec = cycle(11, 1).nsec + quantumNanoseconds + quantumNanoseconds / 2;
-  EXPECT_EQ(clock.advance(other), 0U);
+  EXPECT_EQ(clock.advance(other).missing, 0U);
 }
 
 TEST(GraphClock, anotherDriverThatComesLateIsMeasuredByTheMonotonicClock) {
@@ -73,7 +73,7 @@ TEST(GraphClock, anotherDriverThatComesLateIsMeasuredByTheMonotonicClock) {
   clock.advance(cycle(10, 1));
   GraphCycle other = cycle(0, 2);
   other.nsec = cycle(11, 1).nsec + second / 2;
-  EXPECT_EQ(clock.advance(other), 24000U);
+  EXPECT_EQ(clock.advance(other).missing, 24000U);
 }
 
 TEST(GraphClock, aDriverThatCountsAnewIsAnotherOne) {
@@ -82,7 +82,7 @@ TEST(GraphClock, aDriverThatCountsAnewIsAnotherOne) {
   clock.advance(cycle(10));
   GraphCycle anew = cycle(0);
   anew.nsec = cycle(11).nsec;
-  EXPECT_EQ(clock.advance(anew), 0U);
+  EXPECT_EQ(clock.advance(anew).missing, 0U);
 }
 
 TEST(GraphClock, aRateThatChangesIsAnotherDriver) {
@@ -92,7 +92,128 @@ TEST(GraphClock, aRateThatChangesIsAnotherDriver) {
   GraphCycle slower = cycle(11);
   slower.rate = 44100;
   slower.position = 1'000'000;
-  EXPECT_EQ(clock.advance(slower), 0U);
+  EXPECT_EQ(clock.advance(slower).missing, 0U);
+}
+
+/// The n-th cycle of a driver that stood still for so long before it, and counts on all the same.
+GraphCycle delayed(std::uint64_t n, std::uint64_t nanoseconds) {
+  GraphCycle late = cycle(n);
+  late.nsec += nanoseconds;
+  return late;
+}
+
+TEST(GraphClock, aStallThatADriverDoesNotCountIsMeasuredByTheMonotonicClock) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(0));
+  EXPECT_EQ(clock.advance(delayed(1, second / 2)).missing, 24000U);
+  EXPECT_EQ(clock.advance(delayed(2, second / 2)).missing, 0U);
+}
+
+TEST(GraphClock, stallsThatADriverDoesNotCountAddUp) {
+  GraphClock clock(48000);
+  clock.start(0);
+  std::uint64_t missing = 0;
+  for (std::uint64_t n = 0; n < 40; ++n) {
+    missing += clock.advance(delayed(n, n / 4 * second / 50)).missing;
+  }
+  EXPECT_NEAR(static_cast<double>(missing), 9 * 960, 4096);
+}
+
+TEST(GraphClock, aCycleThatIsLateAndMadeUpForMissesNothing) {
+  GraphClock clock(48000);
+  clock.start(0);
+  for (std::uint64_t n = 0; n < 1000; ++n) {
+    const std::uint64_t late = n % 10 == 0 ? 2 * quantumNanoseconds : 0;
+    EXPECT_EQ(clock.advance(delayed(n, late)).missing, 0U);
+  }
+}
+
+TEST(GraphClock, aSoundCardsClockMayDrift) {
+  for (const std::int64_t partsPerMillion : {-300, 300}) {
+    GraphClock clock(48000);
+    clock.start(0);
+    for (std::int64_t n = 0; n < 500'000; ++n) {
+      GraphCycle drifting = cycle(static_cast<std::uint64_t>(n));
+      const auto drift = n * static_cast<std::int64_t>(quantumNanoseconds) * partsPerMillion;
+      drifting.nsec += static_cast<std::uint64_t>(drift / 1'000'000);
+      ASSERT_EQ(clock.advance(drifting).missing, 0U) << "cycle " << n;
+    }
+  }
+}
+
+TEST(GraphClock, aGraphFasterThanTimeMayStandStillInBetween) {
+  GraphClock clock(48000);
+  clock.start(0);
+  for (std::uint64_t n = 0; n < 200; ++n) {
+    GraphCycle fast = cycle(n);
+    fast.nsec = second + n * quantumNanoseconds / 20 + (n >= 100 ? second / 4 : 0);
+    EXPECT_EQ(clock.advance(fast).missing, 0U);
+  }
+}
+
+TEST(GraphClock, whatIsMissingIsFoundInStepsOfTenSeconds) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(0));
+  const std::uint64_t cyclesMissed = 55 * second / quantumNanoseconds;
+  std::uint64_t missing = 0;
+  std::uint64_t steps = 0;
+  GraphClock::Step step{.takesCycle = false};
+  while (!step.takesCycle && steps < 10) {
+    step = clock.advance(cycle(cyclesMissed + steps));
+    EXPECT_LE(step.missing, 480'000U);
+    missing += step.missing;
+    ++steps;
+  }
+  EXPECT_NEAR(static_cast<double>(missing), 55 * 48000, 10 * 1024);
+  EXPECT_EQ(steps, 6U);
+  EXPECT_EQ(clock.advance(cycle(cyclesMissed + steps)).missing, 0U);
+}
+
+TEST(GraphClock, silenceComesInStepsOfTenSeconds) {
+  GraphClock clock(48000);
+  clock.start(0);
+  EXPECT_EQ(clock.advanceTo(25 * second), 480'000U);
+  EXPECT_EQ(clock.advanceTo(25 * second), 480'000U);
+  EXPECT_EQ(clock.advanceTo(25 * second), 240'000U);
+  EXPECT_EQ(clock.advanceTo(25 * second), 0U);
+}
+
+TEST(GraphClock, cyclesOfATimeThatIsSilentAlreadyAreLeftOut) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(0));
+  clock.advanceTo(cycle(101).nsec);
+  for (std::uint64_t n = 1; n < 101; ++n) {
+    const auto step = clock.advance(cycle(n));
+    EXPECT_FALSE(step.takesCycle);
+    EXPECT_EQ(step.missing, 0U);
+  }
+  EXPECT_TRUE(clock.advance(cycle(101)).takesCycle);
+}
+
+TEST(GraphClock, theEndMissesNothingWhileNoCycleIsOverdue) {
+  GraphClock clock(48000);
+  clock.start(0);
+  EXPECT_EQ(clock.finish(second / 10), 0U) << "the first cycle may be a long one";
+  clock.start(second);
+  clock.advance(cycle(0));
+  EXPECT_EQ(clock.finish(cycle(1).nsec + second / 50), 0U);
+}
+
+TEST(GraphClock, theEndMissesWhatTheLastCycleLeft) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(0));
+  EXPECT_EQ(clock.finish(cycle(1).nsec + second / 4), 12000U);
+}
+
+TEST(GraphClock, theEndOfASilenceIsItsOwnMoment) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advanceTo(second);
+  EXPECT_EQ(clock.finish(second + second / 100), 480U);
 }
 
 TEST(GraphClock, silenceGoesFromTheStartToTheGivenTime) {
@@ -117,7 +238,7 @@ TEST(GraphClock, theFirstCycleAfterSilenceMissesWhatSilenceLeft) {
   clock.advanceTo(cycle(1).nsec);
   GraphCycle found = cycle(0, 3);
   found.nsec = cycle(1).nsec + second / 100;
-  EXPECT_EQ(clock.advance(found), 480U);
+  EXPECT_EQ(clock.advance(found).missing, 480U);
 }
 
 TEST(GraphClock, silenceInSmallStepsIsAsLongAsInOne) {

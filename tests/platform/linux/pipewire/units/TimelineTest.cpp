@@ -111,6 +111,44 @@ TEST_F(TimelineTest, silenceIsCountedAsLostAndGoesOnWhereTheStreamEnded) {
   EXPECT_EQ(timeline.lostFrames(), 4800U);
 }
 
+TEST_F(TimelineTest, noCallBringsMoreThanTenSecondsOfSilence) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::silence);
+  timeline.feedSilenceUntil(3600 * second);
+  EXPECT_EQ(received.left.size(), 480'000U);
+  received.left.clear();
+  timeline.finish(3600 * second);
+  EXPECT_EQ(received.left.size(), 480'000U);
+  received.left.clear();
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  received.left.clear();
+  feed(std::uint64_t{3600} * 48000, 1);
+  EXPECT_EQ(received.left, std::vector<float>(480'000, 0.0F)) << "the cycle waits for its time";
+}
+
+TEST_F(TimelineTest, theEndFillsWhatAStreamThatStoppedComingLeft) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1, 4800);
+  timeline.finish(second);
+  EXPECT_EQ(received.left.size(), 48000U);
+  EXPECT_EQ(timeline.lostFrames(), 43200U);
+  feed(48000, 1, 4800);
+  timeline.feedSilenceUntil(2 * second);
+  EXPECT_EQ(received.left.size(), 48000U) << "nobody feeds after the end";
+}
+
+TEST_F(TimelineTest, tellsOfEveryCycleWhoeverFeeds) {
+  feed(0, 1, 4800);
+  timeline.feedFrom(Timeline::Feeder::silence);
+  feed(4800, 1, 2400);
+  EXPECT_EQ(timeline.cyclesHeard(), 2U);
+  EXPECT_EQ(timeline.cycleLength(), std::chrono::milliseconds(50));
+  EXPECT_FALSE(timeline.isFed());
+}
+
 TEST_F(TimelineTest, afterTheFeederChangedTheOldOneIsNotInside) {
   timeline.start(0);
   std::atomic<bool> isOver = false;
