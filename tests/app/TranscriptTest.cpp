@@ -216,9 +216,9 @@ TEST_F(AlertTranscript, isTheOneInTheTree) {
        RecorderError::permissionDenied()},
       {"alreadyRecording", RecorderError::alreadyRecording()},
   };
-  for (const auto& [name, failure] : failures) {
-    tell("A start that throws " + name,
-         [this, &failure = failure] { Inspector::presentError(*app, failure); });
+  for (const auto& failure : failures) {
+    tell("A start that throws " + failure.first,
+         [&] { Inspector::presentError(*app, failure.second); });
   }
   expectTranscript("app-alerts", text_);
 }
