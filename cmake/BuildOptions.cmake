@@ -8,9 +8,8 @@ target_compile_options(audrel_options INTERFACE
   $<$<CXX_COMPILER_ID:Clang>:-Wnull-dereference>
   $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wlogical-op -Wuseless-cast>)
 
-# Whoever only wants the program, with a compiler or headers that we have not seen, says
-# "cmake --compile-no-warning-as-error".
-set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
+# For builds where every warning is known; a compiler that we have not seen may only warn.
+set(CMAKE_COMPILE_WARNING_AS_ERROR ${AUDREL_STRICT})
 
 if(AUDREL_SANITIZE)
   add_compile_options(-fsanitize=${AUDREL_SANITIZE} -fno-omit-frame-pointer)

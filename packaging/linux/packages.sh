@@ -1,5 +1,5 @@
-# The Debian packages of ./run and ./test, and their installation. Sourced, with bash.
-# Names are those of Debian 12.
+# The Debian packages of ./run and ./test, and their installation. Sourced, with bash. The names are
+# the same in Debian 12 and 13.
 
 # To build the program and to run it once.
 runPackages=(
@@ -63,6 +63,31 @@ testPackages=(
   pulseaudio-utils       # paplay, a client that is not ours
 )
 
+# Where every warning is known, so that ./test makes errors of them: elsewhere they stop nobody.
+provenSystems=(
+  'debian 12, g++ 12, clang 14'
+)
+
+# The same words for this machine. $1: what stands for /etc/os-release.
+thisSystem() {
+  local release gcc clang
+  release=$(. "${1:-/etc/os-release}" && printf '%s %s' "${ID-}" "${VERSION_ID-}")
+  gcc=$(g++ -dumpversion)
+  clang=$(clang++ -dumpversion)
+  printf '%s, g++ %s, clang %s\n' "$release" "${gcc%%.*}" "${clang%%.*}"
+}
+
+# isProven SYSTEM
+isProven() {
+  local system
+  for system in "${provenSystems[@]}"; do
+    if [[ $system == "$1" ]]; then
+      return 0
+    fi
+  done
+  return 1
+}
+
 # Prints those of the packages "$@" that are not installed, a line each.
 missingPackages() {
   local package
@@ -88,7 +113,7 @@ asRoot() {
 # Shows and installs what is missing of the packages "$@"; asks nothing.
 installMissing() {
   if ! command -v apt-get >/dev/null; then
-    printf 'This machine has no apt-get. Install what these packages of Debian 12 hold:\n' >&2
+    printf 'This machine has no apt-get. Install what these packages of Debian hold:\n' >&2
     printf '  %s\n' "$@" >&2
     return 1
   fi

@@ -33,7 +33,8 @@ function(macos_build arch)
         ${CMAKE_COMMAND} -S "${PROJECT_SOURCE_DIR}" -B "${folder}" -G Ninja
         --toolchain "${CMAKE_CURRENT_SOURCE_DIR}/toolchain.cmake" --log-level=WARNING -Wno-dev
         -DAUDREL_MACOS_SDK=${sdk} -DAUDREL_MACOS_ARCH=${arch} ${updater}
-        -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF -DCMAKE_UNITY_BUILD=${ARG_UNITY}
+        -DCMAKE_BUILD_TYPE=Release -DAUDREL_TESTS=OFF -DAUDREL_STRICT=${AUDREL_STRICT}
+        -DCMAKE_UNITY_BUILD=${ARG_UNITY}
         -DCMAKE_UNITY_BUILD_BATCH_SIZE=20
       COMMAND ${CMAKE_COMMAND} --build "${folder}" --target audrel audrel-record -- --quiet
       COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/${variant}/${arch}"

@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""How ./run and ./test build: beside tools that only write down how they are called, and where
+warnings are errors."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+DEBIAN_12 = 'ID=debian\nVERSION_ID="12"\n'
+
+
+def call(command, **options):
+    return subprocess.run(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          stdin=subprocess.DEVNULL, check=False, **options)
+
+
+class ScratchTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+        self.tools = self.scratch / "tools"
+        self.tools.mkdir()
+
+    def tool(self, name, commands, folder=None):
+        path = (folder or self.tools) / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(f"#!/bin/sh\n{commands}\n", encoding="utf-8")
+        path.chmod(0o755)
+
+    def compilers(self, gcc, clang):
+        self.tool("g++", f"echo {gcc}")
+        self.tool("clang++", f"echo {clang}")
+
+    def environment(self):
+        variables = {name: value for name, value in os.environ.items()
+                     if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
+        return {**variables, "PATH": f"{self.tools}:{os.environ['PATH']}"}
+
+
+class ProvenSystemsTest(ScratchTest):
+    def is_proven(self, release, gcc, clang):
+        self.compilers(gcc, clang)
+        (self.scratch / "os-release").write_text(release, encoding="utf-8")
+        script = f'source "{ROOT}/packaging/linux/packages.sh"\n' \
+                 f'system=$(thisSystem "{self.scratch}/os-release")\n' \
+                 'echo "$system"; isProven "$system"'
+        result = call(["bash", "-euc", script], env=self.environment())
+        self.assertIn(result.returncode, (0, 1), result.stdout)
+        return result.stdout.strip(), result.returncode == 0
+
+    def test_a_system_is_its_release_and_its_compilers(self):
+        self.assertEqual(self.is_proven(DEBIAN_12, "12", "14.0.6"),
+                         ("debian 12, g++ 12, clang 14", True))
+
+    def test_another_release_or_compiler_is_not_proven(self):
+        for release, gcc, clang, name in (
+                (DEBIAN_12, "13", "14.0.6", "debian 12, g++ 13, clang 14"),
+                (DEBIAN_12, "12", "19.1.7", "debian 12, g++ 12, clang 19"),
+                ("ID=ubuntu\nVERSION_ID=12\n", "12", "14.0.6", "ubuntu 12, g++ 12, clang 14"),
+                ("ID=debian\n", "12", "14.0.6", "debian , g++ 12, clang 14")):
+            with self.subTest(name):
+                self.assertEqual(self.is_proven(release, gcc, clang), (name, False))
+
+
+class CommandsTest(ScratchTest):
+    """The commands in a copy of the scripts alone, where every package is installed."""
+
+    def setUp(self):
+        super().setUp()
+        self.calls = self.scratch / "calls"
+        self.copy = self.scratch / "copy"
+        shutil.copytree(ROOT / "packaging" / "linux", self.copy / "packaging" / "linux")
+        for script in ("run", "test"):
+            shutil.copy(ROOT / script, self.copy / script)
+        self.tool("dpkg-query", "printf 'install ok installed'")
+        self.tool("cmake", f"""printf '%s\\n' "$*" >>"{self.calls}" """)
+        for name in ("ctest", "clang-format", "mandoc", "ffmpeg", "ffprobe", "desktop-file-validate",
+                     "appstreamcli", "xmllint", "rsvg-convert"):
+            self.tool(name, "exit 0")
+        self.tool("fetch-libcxx", "exit 0", self.copy / "tests/macos")
+
+    def run_command(self, *words):
+        result = call([self.copy / words[0], *words[1:]], env=self.environment())
+        return result, self.calls.read_text(encoding="utf-8").splitlines()
+
+    def test_everywhere_else_the_tests_are_built_with_warnings_that_stop_nobody(self):
+        self.compilers("99", "99")
+        _, calls = self.run_command("test")
+        configured = [line for line in calls if line.startswith("--preset")]
+        self.assertEqual([line.split()[1] for line in configured],
+                         ["release", "asan", "tsan", "macos", "macos-tsan", "lint"])
+        for line in configured:
+            self.assertIn(" -DAUDREL_STRICT=OFF ", line)
+
+    def test_where_release_and_compilers_are_proven_warnings_are_errors(self):
+        packages = self.copy / "packaging" / "linux" / "packages.sh"
+        self.compilers("99.2.0", "98.1.0")
+        with open(packages, "a", encoding="utf-8") as file:
+            file.write('provenSystems+=("$(. /etc/os-release; echo "$ID ${VERSION_ID-}"), '
+                       'g++ 99, clang 98")\n')
+        _, calls = self.run_command("test")
+        configured = [line for line in calls if line.startswith("--preset")]
+        self.assertEqual(len(configured), 6)
+        for line in configured:
+            self.assertIn(" -DAUDREL_STRICT=ON ", line)
+
+    def test_what_is_run_is_built_in_a_folder_of_its_own(self):
+        for program in ("build/run/audrel", "build/run/audrel-record", "tests/panel/show-menu"):
+            self.tool(Path(program).name, "exit 0", self.copy / Path(program).parent)
+        result, calls = self.run_command("run", "--headless")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual([line.split()[:3] for line in calls],
+                         [["--preset", "run", "--log-level=WARNING"], ["--build", "--preset", "run"]])
+
+
+class WarningsTest(ScratchTest):
+    """A source with a warning, built with the options of every target of ours."""
+
+    def build(self, *options):
+        source = self.scratch / "source"
+        source.mkdir(exist_ok=True)
+        (source / "shadow.cpp").write_text(
+            "int twice(int i) { { int i = 2; return i; } }\n", encoding="utf-8")
+        (source / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.25)\nproject(shadow CXX)\n"
+            f"include({ROOT}/cmake/BuildOptions.cmake)\n"
+            "add_library(shadow OBJECT shadow.cpp)\n"
+            "target_link_libraries(shadow PRIVATE audrel_options)\n", encoding="utf-8")
+        folder = self.scratch / "build"
+        configured = call(["cmake", "-S", source, "-B", folder, "-G", "Ninja", *options])
+        self.assertEqual(configured.returncode, 0, configured.stdout)
+        return call(["cmake", "--build", folder])
+
+    def test_a_warning_stops_nobody_by_default(self):
+        result = self.build()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertIn("warning", result.stdout)
+
+    def test_a_warning_is_an_error_where_the_build_is_strict(self):
+        result = self.build("-DAUDREL_STRICT=ON")
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn("-Werror", result.stdout)
+
+    def test_the_preset_of_what_is_run_is_never_strict(self):
+        listed = call(["cmake", "--preset", "run", "-N", "-B", self.scratch / "unused"], cwd=ROOT)
+        self.assertIn('AUDREL_STRICT="OFF"', listed.stdout)
+        self.assertIn('AUDREL_TESTS="OFF"', listed.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()
