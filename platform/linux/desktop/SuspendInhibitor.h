@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
+#include <string>
 
 #include "platform/Log.h"
 
@@ -11,7 +13,8 @@ namespace audrel::linuxos {
 /// user about when they are told to suspend. A lid that is closed suspends all the same. Where
 /// there is no login manager, nothing is blocked, and the log says so once.
 ///
-/// Needs no main loop. Each operation on one thread at a time.
+/// Nothing here waits for the bus, whatever hangs there. Needs no main loop. Each operation on one
+/// thread at a time.
 class SuspendInhibitor {
  public:
   explicit SuspendInhibitor(std::shared_ptr<os::Logger> logger);
@@ -19,11 +22,12 @@ class SuspendInhibitor {
   SuspendInhibitor(const SuspendInhibitor&) = delete;
   SuspendInhibitor& operator=(const SuspendInhibitor&) = delete;
 
-  /// Asks for the block on a thread of its own, so it returns at once. Nothing if it is held.
+  /// Asks for the block on a thread of its own, which gives up after two seconds. Nothing if it is
+  /// held, or asked for.
   void hold();
 
-  /// Ends the block. Waits for a `hold` that is still being answered, two seconds at most. Nothing
-  /// if none is held.
+  /// Ends the block, within a moment, and a `hold` that is still to be answered. Nothing if none is
+  /// held.
   void release();
 
  private:
@@ -32,8 +36,9 @@ class SuspendInhibitor {
   void tellOnce(const std::string& reason);
 
   std::shared_ptr<os::Logger> logger_;
+  std::atomic<bool> isTold_ = false;
   std::unique_ptr<Inhibition> inhibition_;
-  bool isTold_ = false;
+  std::unique_ptr<Inhibition> ending_;  ///< the one before, on its way out
 };
 
 }  // namespace audrel::linuxos

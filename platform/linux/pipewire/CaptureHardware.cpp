@@ -274,6 +274,25 @@ CA::OSStatus CaptureHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID devic
 
 CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
                                                CA::AudioDeviceIOProcID ioProcID) {
+  const auto status = startProcedure(device, ioProcID);
+  if (status == CA::kAudioHardwareNoError) {
+    tellRunning(Running::yes);
+  }
+  return status;
+}
+
+CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
+                                              CA::AudioDeviceIOProcID ioProcID) {
+  const bool wasRunning = isRunning();
+  const auto status = stopProcedure(device, ioProcID);
+  if (wasRunning && !isRunning()) {
+    tellRunning(Running::no);
+  }
+  return status;
+}
+
+CA::OSStatus CaptureHardware::startProcedure(CA::AudioObjectID device,
+                                             CA::AudioDeviceIOProcID ioProcID) {
   const LoopLock lock(connection_->loop());
   const auto found = devices_.find(device);
   CA::InstalledIOProc* installed =
@@ -298,12 +317,11 @@ CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
     return fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure));
   }
   running_ = found->second.get();
-  tellRunning(Running::yes);
   return CA::kAudioHardwareNoError;
 }
 
-CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
-                                              CA::AudioDeviceIOProcID ioProcID) {
+CA::OSStatus CaptureHardware::stopProcedure(CA::AudioObjectID device,
+                                            CA::AudioDeviceIOProcID ioProcID) {
   const LoopLock lock(connection_->loop());
   const auto found = devices_.find(device);
   CA::InstalledIOProc* installed =
@@ -317,7 +335,6 @@ CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
     installed->running.reset();
     running_ = nullptr;
     logLostFrames();
-    tellRunning(Running::no);
   }
   return CA::kAudioHardwareNoError;
 }

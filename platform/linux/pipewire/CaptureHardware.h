@@ -38,7 +38,7 @@ class CaptureHardware final : public CA::AudioHardware,
   enum class Running { no, yes };
 
   /// `observer` is called, on the thread of the call that did it, when a device has started and
-  /// when it has stopped. It must not call back.
+  /// when it has stopped, without a lock of ours. It must not start or stop one.
   void setRunObserver(std::function<void(Running)> observer);
 
   /// Whether a device runs, started and not yet stopped.
@@ -98,6 +98,8 @@ class CaptureHardware final : public CA::AudioHardware,
   bool isTapped(const Tap& tap, const GraphNode& node);
   CA::AudioObjectID objectOfSink(const GraphNode& sink);
   CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);
+  CA::OSStatus startProcedure(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
+  CA::OSStatus stopProcedure(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
   void logLostFrames();
   void tellRunning(Running running) const;
 

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <future>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
@@ -207,6 +210,24 @@ TEST(Devices, withoutASinkThereIsNoDefaultOutputAndNoError) {
   EXPECT_EQ(defaultDevice(recorder, &device), 0);
   EXPECT_EQ(device, CA::kAudioObjectUnknown);
   EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("no output device"));
+}
+
+TEST(Devices, whoWatchesThemRunHoldsNobodyUp) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  std::vector<bool> answered;
+  std::vector<std::future<bool>> waiting;
+  recorder.captureHardware().setRunObserver([&](auto) {
+    auto other = std::async(std::launch::async,
+                            [&] { return recorder.captureHardware().diagnosis().has_value(); });
+    answered.push_back(other.wait_for(std::chrono::seconds(10)) == std::future_status::ready);
+    // Its end is waited for without the lock, if there is one.
+    waiting.push_back(std::move(other));
+  });
+  ASSERT_EQ(recorder.startEverything(), 0);
+  ASSERT_EQ(recorder.stop(), 0);
+  EXPECT_THAT(answered, ElementsAre(true, true));
 }
 
 TEST(Devices, withoutAServerNothingRunsAndTheDiagnosisSaysWhy) {

@@ -2,16 +2,23 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
-#include <atomic>
+#include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 #include "tests/fakes/ScopedVariable.h"
-#include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/platform/linux/session/harness/TestService.h"
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -22,17 +29,56 @@ using testing::StartsWith;
 
 constexpr const char* inhibitCall = "Inhibit ('sleep', 'Audrel', 'Recording audio', 'block')";
 
-/// Tells every thread whether anything was logged.
-class Complaint final : public os::Logger {
+/// What is logged, by whichever thread.
+class SharedLogger final : public os::Logger {
  public:
-  std::atomic<bool> isThere = false;
+  void log(os::LogLevel /*level*/, std::string_view line) noexcept override {
+    const std::scoped_lock lock(mutex_);
+    lines_.emplace_back(line);
+  }
 
-  void log(os::LogLevel /*level*/, std::string_view /*line*/) noexcept override { isThere = true; }
+  std::vector<std::string> lines() const {
+    const std::scoped_lock lock(mutex_);
+    return lines_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+/// A bus to connect to that never says a word.
+class MuteBus {
+ public:
+  MuteBus() : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un name{};
+    name.sun_family = AF_UNIX;
+    (folder_ / "bus").string().copy(name.sun_path, sizeof name.sun_path - 1);
+    isListening_ = bind(socket_, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0 &&
+                   listen(socket_, SOMAXCONN) == 0;
+  }
+  ~MuteBus() { close(socket_); }
+  MuteBus(const MuteBus&) = delete;
+  MuteBus& operator=(const MuteBus&) = delete;
+
+  bool isListening() const { return isListening_; }
+  std::string address() const { return "unix:path=" + (folder_ / "bus").string(); }
+
+ private:
+  support::TemporaryFolder folder_;
+  int socket_;
+  bool isListening_ = false;
 };
 
 class SuspendInhibitorTest : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(systemBus.isRunning()); }
+
+  /// Ends the block once the answer to `hold` is known to have been logged.
+  void releaseOnceLogged() {
+    EXPECT_TRUE(support::waitFor([this] { return !log->lines().empty(); }));
+    inhibitor->release();
+  }
 
   sessiontest::TestService loginManager(const std::string& answer = "fd") const {
     return {systemBus.address(),
@@ -43,7 +89,7 @@ class SuspendInhibitorTest : public testing::Test {
 
   traytest::PrivateBus systemBus;
   fakes::ScopedVariable address{"DBUS_SYSTEM_BUS_ADDRESS", systemBus.address().c_str()};
-  std::shared_ptr<sessiontest::MemoryLogger> log = std::make_shared<sessiontest::MemoryLogger>();
+  std::shared_ptr<SharedLogger> log = std::make_shared<SharedLogger>();
   std::unique_ptr<SuspendInhibitor> inhibitor = std::make_unique<SuspendInhibitor>(log);
 };
 
@@ -55,15 +101,15 @@ TEST_F(SuspendInhibitorTest, blocksSleepUntilItIsReleased) {
   EXPECT_THAT(login.furtherCalls(), IsEmpty());
   inhibitor->release();
   EXPECT_EQ(login.nextCall(), "released");
-  EXPECT_THAT(log->lines, IsEmpty());
+  EXPECT_THAT(log->lines(), IsEmpty());
 }
 
 TEST_F(SuspendInhibitorTest, releasesWhenItGoes) {
   auto login = loginManager();
   ASSERT_TRUE(login.isRunning());
   inhibitor->hold();
-  inhibitor.reset();
   EXPECT_EQ(login.nextCall(), inhibitCall);
+  inhibitor.reset();
   EXPECT_EQ(login.nextCall(), "released");
 }
 
@@ -82,39 +128,77 @@ TEST_F(SuspendInhibitorTest, holdsOneBlockForEachRecording) {
 }
 
 TEST_F(SuspendInhibitorTest, saysOnceThatThereIsNoLoginManager) {
-  for (int recording = 0; recording < 2; ++recording) {
-    inhibitor->hold();
-    inhibitor->release();
-  }
-  EXPECT_THAT(log->lines, ElementsAre(StartsWith("The machine may suspend while it records: ")));
+  inhibitor->hold();
+  releaseOnceLogged();
+  inhibitor->hold();
+  inhibitor.reset();
+  EXPECT_THAT(log->lines(), ElementsAre(StartsWith("The machine may suspend while it records: ")));
 }
 
 TEST_F(SuspendInhibitorTest, saysThatThereIsNoSystemBus) {
   systemBus.crash();
   inhibitor->hold();
-  inhibitor->release();
-  EXPECT_THAT(log->lines, ElementsAre("The machine may suspend while it records: No such file or "
-                                      "directory"));
+  releaseOnceLogged();
+  EXPECT_THAT(log->lines(), ElementsAre("The machine may suspend while it records: No such file or "
+                                        "directory"));
 }
 
 TEST_F(SuspendInhibitorTest, saysWhyTheLoginManagerRefuses) {
   const auto login = loginManager("!org.freedesktop.DBus.Error.AccessDenied");
   ASSERT_TRUE(login.isRunning());
   inhibitor->hold();
-  inhibitor->release();
-  EXPECT_THAT(log->lines,
+  releaseOnceLogged();
+  EXPECT_THAT(log->lines(),
               ElementsAre("The machine may suspend while it records: refused by the test"));
 }
 
-TEST_F(SuspendInhibitorTest, delaysNoStartAndGivesUpWhenTheLoginManagerHangs) {
+TEST_F(SuspendInhibitorTest, givesUpWhenTheLoginManagerHangs) {
   const auto login = loginManager("-");
   ASSERT_TRUE(login.isRunning());
-  const auto complaint = std::make_shared<Complaint>();
-  SuspendInhibitor patient(complaint);
-  patient.hold();
-  EXPECT_FALSE(complaint->isThere);  // whoever had waited would have given up
-  patient.release();
-  EXPECT_TRUE(complaint->isThere);
+  inhibitor->hold();
+  releaseOnceLogged();
+  EXPECT_THAT(log->lines(),
+              ElementsAre("The machine may suspend while it records: Connection timed out"));
+}
+
+TEST_F(SuspendInhibitorTest, givesUpWhenTheBusHangs) {
+  const MuteBus bus;
+  ASSERT_TRUE(bus.isListening());
+  const fakes::ScopedVariable mute{"DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str()};
+  inhibitor->hold();
+  releaseOnceLogged();
+  EXPECT_THAT(log->lines(),
+              ElementsAre("The machine may suspend while it records: Connection timed out"));
+}
+
+TEST_F(SuspendInhibitorTest, delaysNoStopWhileTheBusHangs) {
+  const MuteBus bus;
+  ASSERT_TRUE(bus.isListening());
+  const fakes::ScopedVariable mute{"DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str()};
+  for (int recording = 0; recording < 20; ++recording) {
+    inhibitor->hold();
+    inhibitor->release();
+  }
+  inhibitor.reset();
+  EXPECT_THAT(log->lines(), IsEmpty()) << "whoever had waited would have given up";
+}
+
+TEST_F(SuspendInhibitorTest, keepsNoBlockThatIsGivenAfterTheRelease) {
+  auto login = loginManager();
+  ASSERT_TRUE(login.isRunning());
+  for (int recording = 0; recording < 20; ++recording) {
+    inhibitor->hold();
+    std::this_thread::sleep_for(std::chrono::milliseconds(recording));
+    inhibitor->release();
+  }
+  inhibitor.reset();
+  int blocks = 0;
+  int released = 0;
+  while (const auto call = login.nextCall(std::chrono::seconds(1))) {
+    ++(call == "released" ? released : blocks);
+  }
+  EXPECT_GT(blocks, 0);
+  EXPECT_EQ(released, blocks);
 }
 
 }  // namespace
