@@ -70,13 +70,16 @@ class PCMBuffer final : public AV::PCMBuffer {
   std::uint32_t frameLength() const override { return buffer_.frameLength; }
   void setFrameLength(std::uint32_t frames) override { buffer_.frameLength = frames; }
 
-  /// The framework's list has the sizes of the capacity.
+  /// The framework's list has the sizes of the capacity, and the length may follow them: so it is
+  /// read before, and set afterwards.
   CA::AudioBufferList* mutableAudioBufferList() override {
+    const AVAudioFrameCount frames = buffer_.frameLength;
     auto* list = reinterpret_cast<CA::AudioBufferList*>(buffer_.mutableAudioBufferList);
-    const std::uint32_t size = buffer_.frameLength * format_->streamDescription().mBytesPerFrame;
+    const std::uint32_t size = frames * format_->streamDescription().mBytesPerFrame;
     for (CA::AudioBuffer& part : std::span(list->mBuffers, list->mNumberBuffers)) {
       part.mDataByteSize = size;
     }
+    buffer_.frameLength = frames;
     return list;
   }
 
@@ -187,6 +190,8 @@ std::unique_ptr<AV::PCMBuffer> AudioFramework::makePCMBuffer(
     raisedBy([&] {
       buffer = [[AVAudioPCMBuffer alloc] initWithPCMFormat:systemFormat
                                              frameCapacity:frameCapacity];
+      // What it is at first, no page says.
+      buffer.frameLength = 0;
     });
     if (buffer == nil) {
       return nullptr;

@@ -66,6 +66,27 @@ TEST_F(AudioFrameworkTest, aBufferOfSeparateChannelsHasAListOfThem) {
   EXPECT_EQ(made->frameLength(), 10U);
 }
 
+TEST_F(AudioFrameworkTest, lookingAtTheListChangesNoLength) {
+  const auto file = open();
+  const auto made = framework.makePCMBuffer(framework.makeFormat(floatStereo), 16);
+  for (const std::uint32_t frames : {0U, 10U}) {
+    made->setFrameLength(frames);
+    EXPECT_EQ(made->mutableAudioBufferList()->mBuffers[0].mDataByteSize, 8 * frames);
+    EXPECT_EQ(made->frameLength(), frames);
+    file->write(*made);
+  }
+  EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{0, 10}));
+  EXPECT_EQ(mac().files.front().bytes.size(), 80U);
+}
+
+TEST_F(AudioFrameworkTest, aBufferThatNobodyFilledHasNoFrames) {
+  const auto file = open();
+  const auto made = framework.makePCMBuffer(framework.makeFormat(floatStereo), 16);
+  EXPECT_EQ(made->frameLength(), 0U);
+  file->write(*made);
+  EXPECT_EQ(mac().files.front().writes, (std::vector<std::uint32_t>{0}));
+}
+
 TEST_F(AudioFrameworkTest, noMemoryForABufferMakesNone) {
   const auto format = framework.makeFormat(floatStereo);
   mac().hasMemoryForBuffers = false;

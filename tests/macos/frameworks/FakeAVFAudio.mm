@@ -156,6 +156,7 @@ static void raiseIfAskedTo(const std::string& call) {
   }
   _format = format;
   _frameCapacity = frameCapacity;
+  _frameLength = frameCapacity;  // of use to nobody: its page promises no value
   const UInt32 count = format.isInterleaved ? 1 : format.channelCount;
   _list = std::make_unique<std::byte[]>(offsetof(AudioBufferList, mBuffers) +
                                         count * sizeof(AudioBuffer));
@@ -173,14 +174,11 @@ static void raiseIfAskedTo(const std::string& call) {
   return _format;
 }
 
-/// With the sizes of the capacity, whatever the length is, as its page says.
+/// With the sizes of the capacity, whatever the length is, as its page says; and the sizes and the
+/// length change each other.
 - (AudioBufferList*)mutableAudioBufferList {
-  auto* list = reinterpret_cast<AudioBufferList*>(_list.get());
-  for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
-    (&list->mBuffers[0])[i].mDataByteSize =
-        _frameCapacity * _format.streamDescription->mBytesPerFrame;
-  }
-  return list;
+  self.frameLength = _frameCapacity;
+  return reinterpret_cast<AudioBufferList*>(_list.get());
 }
 
 - (AVAudioFrameCount)frameCapacity {
@@ -196,6 +194,10 @@ static void raiseIfAskedTo(const std::string& call) {
     abort();
   }
   _frameLength = frames;
+  auto* list = reinterpret_cast<AudioBufferList*>(_list.get());
+  for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
+    (&list->mBuffers[0])[i].mDataByteSize = frames * _format.streamDescription->mBytesPerFrame;
+  }
 }
 
 @end
@@ -256,23 +258,23 @@ static double number(id described) {
   objc_retainAutorelease(self);
   raiseIfAskedTo("AVAudioFile.writeFromBuffer:error:");
   auto* writable = const_cast<AVAudioPCMBuffer*>(buffer);
-  const std::string call =
-      "AVAudioFile.writeFromBuffer: " + std::to_string(writable.frameLength) + " frames -> ";
+  const AVAudioFrameCount frames = writable.frameLength;
+  const std::string call = "AVAudioFile.writeFromBuffer: " + std::to_string(frames) + " frames -> ";
   if (mac().writeFails) {
     mac().note(call + "NO, " + giveError(*mac().writeFails, error));
     return NO;
   }
   mac().note(call + "YES");
   auto& file = mac().files[_index];
-  file.writes.push_back(writable.frameLength);
+  file.writes.push_back(frames);
   const AudioBufferList& list = *writable.mutableAudioBufferList;
-  const UInt32 size = writable.frameLength * writable.format.streamDescription->mBytesPerFrame;
+  const UInt32 size = frames * writable.format.streamDescription->mBytesPerFrame;
   for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
     const auto* bytes = static_cast<const std::byte*>((&list.mBuffers[0])[i].mData);
     file.bytes.insert(file.bytes.end(), bytes, bytes + size);
   }
   if (_onDisk != nullptr) {
-    _onDisk->append(static_cast<const float*>(list.mBuffers[0].mData), writable.frameLength);
+    _onDisk->append(static_cast<const float*>(list.mBuffers[0].mData), frames);
   }
   return YES;
 }
