@@ -12,10 +12,15 @@ static constexpr std::array<std::string_view, 9> interfaceKeys = {
     CA::kAudioAggregateDeviceTapListKey,       CA::kAudioSubTapUIDKey,
     CA::kAudioSubTapDriftCompensationKey};
 
-#import <CoreAudio/AudioHardwareTapping.h>
 #import <CoreAudio/CATapDescription.h>
 #import <CoreAudio/CoreAudio.h>
 #import <Foundation/Foundation.h>
+
+// Nobody here has seen whether it says itself that its functions are C's. It comes after whatever
+// it imports, which does not belong in here.
+extern "C" {
+#import <CoreAudio/AudioHardwareTapping.h>
+}
 
 #include <memory>
 

@@ -86,6 +86,7 @@ foreach(program audrel audrel-record)
 endforeach()
 macos_check(macos_negatives "${CMAKE_CURRENT_SOURCE_DIR}/check-negatives.py" "${sdk}"
   "${plain}/audrel")
+macos_check(macos_linkage "${CMAKE_CURRENT_SOURCE_DIR}/check-linkage.py" "${sdk}")
 macos_check(macos_bundle "${CMAKE_CURRENT_SOURCE_DIR}/check-bundle.py"
   "${PROJECT_BINARY_DIR}/Audrel.app" ${PROJECT_VERSION}
   "${CMAKE_CURRENT_BINARY_DIR}/sparkle/arm64/Info.plist" "${feed}" "${key}")
