@@ -1,10 +1,14 @@
 #include "tests/contract/MacForTests.h"
+#include "tests/contract/OwnDefaults.h"
 
 namespace audrel::contract {
 
 struct MacForTests::StandIn {};
 
 MacForTests::MacForTests() = default;
-MacForTests::~MacForTests() = default;
+
+MacForTests::~MacForTests() {
+  removeOwnDefaults();
+}
 
 }  // namespace audrel::contract

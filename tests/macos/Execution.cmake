@@ -66,6 +66,8 @@ macos_test(macos_adapters_test
     execution/AudioFrameworkTest.mm
     execution/AudioHardwareTest.mm
     execution/FoundationTest.mm
+    execution/OwnDefaultsTest.mm
+    "${PROJECT_SOURCE_DIR}/tests/contract/OwnDefaults.mm"
   LINKS audrel_engine audrel_fakes audrel_ui)
 macos_test(macos_io_proc_test SOURCES execution/IOProcTest.mm THREADS)
 macos_test(macos_queue_test SOURCES execution/DispatchTest.mm THREADS)

@@ -386,6 +386,25 @@ static NSString* made(const std::string& text) {
   mac().defaults.erase(key.UTF8String);
 }
 
+- (void)removePersistentDomainForName:(NSString*)domainName {
+  mac().note("NSUserDefaults without the domain " + audrel::fakemac::text(domainName));
+  if (mac().processName == domainName.UTF8String) {
+    mac().defaults.clear();
+  }
+}
+
+@end
+
+@implementation NSProcessInfo
+
++ (NSProcessInfo*)processInfo {
+  return [[NSProcessInfo alloc] init];
+}
+
+- (NSString*)processName {
+  return made(mac().processName);
+}
+
 @end
 
 /// What the run loop holds.

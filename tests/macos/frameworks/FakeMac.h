@@ -113,7 +113,8 @@ class Mac {
   std::uint32_t menus = 0;
   std::uint32_t images = 0;
 
-  std::map<std::string, std::string> defaults;
+  std::string processName = "Audrel";
+  std::map<std::string, std::string> defaults;  ///< of the process
   std::optional<std::string> downloads = "/Users/test/Downloads";
   std::set<std::string> existing;
 

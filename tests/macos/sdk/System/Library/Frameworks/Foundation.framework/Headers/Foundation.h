@@ -122,6 +122,12 @@ typedef CF_ENUM(NSUInteger, NSSearchPathDomainMask) { NSUserDomainMask = 1 };
 - (nullable NSString*)stringForKey:(NSString*)key;
 - (void)setObject:(nullable id)value forKey:(NSString*)key;
 - (void)removeObjectForKey:(NSString*)key;
+- (void)removePersistentDomainForName:(NSString*)domainName;
+@end
+
+@interface NSProcessInfo : NSObject  // processinfo
+@property(class, readonly, strong) NSProcessInfo* processInfo;
+@property(readonly, copy) NSString* processName;  // could be set, too
 @end
 
 @interface NSTimer : NSObject  // timer
