@@ -26,6 +26,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   platform_.captureAccess.requestScreenCaptureAccess();
 
   auto menu = desktop_.appKit.makeMenu();
+  menu->setAutoenablesItems(false);
   menu->setDelegate(weak_from_this());
   statusItem_.statusItem().setMenu(std::move(menu));
   rebuildMenu();

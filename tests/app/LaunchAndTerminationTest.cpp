@@ -97,9 +97,30 @@ TEST(Launch, attachesFirstAnEmptyMenuWhoseDelegateIsTheController) {
   fakes::DesktopWorld world;
   const auto app = AppDelegate::make(world.platform(), world.desktop());
   app->applicationDidFinishLaunching();
-  EXPECT_THAT(world.journal.lines("menu 1"), ElementsAre("menu 1.delegate = delegate"));
+  EXPECT_THAT(world.journal.lines("menu 1"),
+              ElementsAre("menu 1.autoenablesItems = false", "menu 1.delegate = delegate"));
   EXPECT_THAT(world.journal.lines("statusItem.menu"),
               ElementsAre("statusItem.menu = menu 1", "statusItem.menu = menu 2"));
+}
+
+TEST(Launch, andAllThatFollowsSwitchTheAutomaticEnablingOfEachNewMenuOffFirst) {
+  fakes::DesktopWorld world;
+  const auto app = AppDelegate::make(world.platform(), world.desktop());
+  app->applicationDidFinishLaunching();
+  world.appKit.statusItem().open();
+  world.appKit.statusItem().choose("Start Recording");
+  world.appKit.statusItem().choose("Stop Recording");
+  const auto lines = world.journal.lines();
+  const std::string make = "NSMenu() -> ";
+  int menus = 0;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].starts_with(make)) {
+      ++menus;
+      EXPECT_EQ(lines.at(i + 1), lines[i].substr(make.size()) + ".autoenablesItems = false");
+    }
+  }
+  // The empty one, three idle ones with two submenus each, and the one of a recording.
+  EXPECT_EQ(menus, 11);
 }
 
 TEST(Launch, endsWithTheMenuOfAFirstRun) {
