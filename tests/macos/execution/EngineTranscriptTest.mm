@@ -19,8 +19,8 @@ namespace {
 
 using Arrangement = std::function<void(fakemac::Mac&)>;
 
-constexpr CA::OSStatus badProperty = 560947818;   // '!obj'
-constexpr CA::OSStatus unspecified = 1852797029;  // 'nope'
+constexpr CA::OSStatus badProperty = 560947818;        // '!obj'
+constexpr CA::OSStatus illegalOperation = 1852797029;  // 'nope'
 
 std::string called(const RecordingSource& source) {
   const auto* process = source.asProcess();
@@ -239,7 +239,7 @@ std::vector<Story> failingStarts() {
       failingStart("output-device-uid", "The default output device's UID cannot be read.",
                    propertyFails('uid ')),
       failingStart("aggregate-device-status", "The aggregate device cannot be created.",
-                   callFails("AudioHardwareCreateAggregateDevice", unspecified)),
+                   callFails("AudioHardwareCreateAggregateDevice", illegalOperation)),
       failingStart("aggregate-device-id-0",
                    "Creating the aggregate device succeeds, but yields none.",
                    callGivesNothing("AudioHardwareCreateAggregateDevice")),
@@ -249,11 +249,11 @@ std::vector<Story> failingStarts() {
             mac.openFails = {"NSPOSIXErrorDomain", 2, "The folder \"recordings\" doesn't exist."};
           }),
       failingStart("io-procedure-status", "The IO procedure cannot be installed.",
-                   callFails("AudioDeviceCreateIOProcID", unspecified)),
+                   callFails("AudioDeviceCreateIOProcID", illegalOperation)),
       failingStart("no-io-procedure", "Installing the IO procedure succeeds, but yields none.",
                    callGivesNothing("AudioDeviceCreateIOProcID")),
       failingStart("device-start", "The device does not start.",
-                   callFails("AudioDeviceStart", unspecified)),
+                   callFails("AudioDeviceStart", illegalOperation)),
   };
 }
 
