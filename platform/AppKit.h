@@ -64,7 +64,7 @@ class Application {
   /// Runs the event loop until the application ends.
   virtual void run() = 0;
 
-  /// Ends the application: its delegate is told first. May not return.
+  /// Ends the application, also while an alert is up: its delegate is told first. May not return.
   virtual void terminate() = 0;
 };
 
@@ -207,7 +207,8 @@ class Alert {
   /// The first button is the default one.
   virtual void addButton(const std::string& title) = 0;
 
-  /// Shows the alert and waits for the answer.
+  /// Shows the alert, in front of other programs' windows where the system lets it, and waits for
+  /// the answer.
   virtual ModalResponse runModal() = 0;
 };
 

@@ -36,6 +36,11 @@ void Alert::addButton(const std::string& title) {
 
 NS::ModalResponse Alert::runModal() {
   @autoreleasepool {
+    // Under a modal window that prevents it AppKit refuses to end the application: a signal or a
+    // logout would go unheard, and the kill that follows would cost a recording that runs.
+    alert_.window.preventsApplicationTerminationWhenModal = NO;
+    // The program may not be the active one, and to become that is for the system to grant.
+    alert_.window.level = NSFloatingWindowLevel;
     return [alert_ runModal];
   }
 }

@@ -263,6 +263,12 @@ TEST_F(AppKitTest, anAlertShowsItsTextsAndButtonsAndGivesTheAnswer) {
   EXPECT_EQ(shown.buttons, (Lines{"OK", "Cancel"}));
 }
 
+// The program has no Dock icon and may not be the active one.
+TEST_F(AppKitTest, anAlertFloatsAboveTheWindowsOfOtherPrograms) {
+  appKit.makeAlert()->runModal();
+  EXPECT_EQ(mac().alerts.front().level, NSFloatingWindowLevel);
+}
+
 class Delegate final : public NS::ApplicationDelegate {
  public:
   void applicationDidFinishLaunching() override { throw std::runtime_error("a reason"); }

@@ -364,6 +364,64 @@ TEST_F(ProgramTest, completesTheFileWhenASignalEndsItInMidRecording) {
   }
 }
 
+/// An alert of the program's, and how it comes up.
+struct ShownAlert {
+  const char* message;
+  const char* command;  ///< of the menu
+  std::function<void(fakemac::Mac&)> arrange;
+};
+
+/// Each alert is up, and the program is told to end.
+class EndUnderAlertTest : public ProgramTest {
+ protected:
+  static const std::vector<ShownAlert>& alerts() {
+    static const std::vector<ShownAlert> all = {
+        {"Permission needed", "Start Recording",
+         [](auto& mac) { mac.mayCapture = mac.answersRequest = false; }},
+        {"Recording failed", "Start Recording",
+         [](auto& mac) { mac.failing["AudioHardwareCreateProcessTap"] = -50; }},
+        {"Audrel 1.0.0", "About Audrel…", [](auto&) {}},
+    };
+    return all;
+  }
+
+  void expectEnd(const std::function<void()>& beforeTheSignal, const std::string& journal) {
+    for (const ShownAlert& alert : alerts()) {
+      for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        SCOPED_TRACE(alert.message + std::string(" and signal ") + std::to_string(number));
+        EXPECT_EXIT(run([&] {
+                      mac().whileModal = [&] {
+                        beforeTheSignal();
+                        fakemac::deliverSignal(static_cast<unsigned long>(number));
+                      };
+                      alert.arrange(mac());
+                      choose(alert.command);
+                    }),
+                    testing::ExitedWithCode(0),
+                    "NSAlert.runModal: " + std::string(alert.message) + "\n" + journal);
+      }
+    }
+  }
+};
+
+// By its default AppKit refuses to end an application under an alert: whoever waits for the end
+// then kills it.
+TEST_F(EndUnderAlertTest, endsAtOnceWhileItIsIdle) {
+  expectEnd([] {}, "NSApplication.terminate:\n$");
+}
+
+TEST_F(EndUnderAlertTest, completesARecordingThatWasStartedUnderTheAlert) {
+  expectEnd(
+      [] {
+        mac().mayCapture = true;
+        mac().failing.clear();
+        choose("Start Recording");
+        fakemac::deliver({counting(16)});
+      },
+      "(.*\n)*AudioDeviceStart.*\n(.*\n)*NSApplication.terminate:\n(.*\n)*AVAudioFile closed: "
+      ".*\n(.*\n)*.*Recording stopped");
+}
+
 TEST_F(ProgramTest, keepsNothingThatListensForSignalsWhenItsEventLoopHasEnded) {
   run([] {});
   fakemac::deliverSignal(SIGTERM);

@@ -157,8 +157,27 @@ static __weak NSStatusItem* itemInMenuBar;
 
 @end
 
+@implementation NSWindow
+
+- (instancetype)init {
+  _preventsApplicationTerminationWhenModal = YES;
+  return self;
+}
+
+@end
+
+static NSWindow* modalWindow;
+
 @implementation NSAlert {
   audrel::fakemac::Alert _shown;
+  NSWindow* _panel;
+}
+
+- (NSWindow*)window {
+  if (_panel == nil) {
+    _panel = [[NSWindow alloc] init];
+  }
+  return _panel;
 }
 
 - (NSButton*)addButtonWithTitle:(NSString*)title {
@@ -170,8 +189,15 @@ static __weak NSStatusItem* itemInMenuBar;
   _shown.message = text(self.messageText);
   _shown.text = text(self.informativeText);
   _shown.style = self.alertStyle;
+  _shown.level = self.window.level;
   mac().alerts.push_back(_shown);
   mac().note("NSAlert.runModal: " + _shown.message);
+  if (mac().whileModal) {
+    NSWindow* const below = modalWindow;
+    modalWindow = self.window;
+    mac().whileModal();
+    modalWindow = below;
+  }
   if (mac().answers.empty()) {
     return NSAlertFirstButtonReturn;
   }
@@ -254,8 +280,13 @@ static __weak NSStatusItem* itemInMenuBar;
   }
 }
 
-/// As the real one, it ends the process. What is left in the journal goes to standard error.
+/// As the real one, it ends the process, and refuses to under a modal window that prevents it. What
+/// is left in the journal goes to standard error.
 - (void)terminate:(id)sender {
+  if (modalWindow != nil && modalWindow.preventsApplicationTerminationWhenModal) {
+    mac().note("NSApplication.terminate: refused, since a window is modal");
+    return;
+  }
   mac().note("NSApplication.terminate:");
   [self.delegate applicationWillTerminate:[[NSNotification alloc] init]];
   if (mac().whenTerminated) {

@@ -42,6 +42,7 @@ struct Alert {
   std::string text;
   unsigned long style = 0;
   std::vector<std::string> buttons;
+  long level = 0;  ///< of its window
 };
 
 class Mac {
@@ -120,6 +121,10 @@ class Mac {
 
   std::deque<long> answers;  ///< of alerts, in order; the first button's when empty
   std::vector<Alert> alerts;
+
+  /// While an alert is up, before it is answered.
+  std::function<void()> whileModal;
+
   bool opensURLs = true;
   bool hasStatusButton = true;
   std::set<std::string> symbols = {"waveform.circle", "waveform.circle.fill"};

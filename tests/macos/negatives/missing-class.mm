@@ -1,9 +1,9 @@
-// expected: undefined symbol: OBJC_CLASS_$_NSWindow
+// expected: undefined symbol: OBJC_CLASS_$_NSNoSuchClass
 #import <AppKit/AppKit.h>
 
-@interface NSWindow : NSResponder
+@interface NSNoSuchClass : NSResponder
 @end
 
 int main() {
-  return [[NSWindow alloc] init] == nil;
+  return [[NSNoSuchClass alloc] init] == nil;
 }

@@ -152,10 +152,20 @@ typedef NSInteger NSModalResponse;
 static const NSModalResponse NSAlertFirstButtonReturn = 1000;
 static const NSModalResponse NSAlertSecondButtonReturn = 1001;
 
+// nswindow/level-swift.struct
+typedef NSInteger NSWindowLevel;
+static const NSWindowLevel NSFloatingWindowLevel = 3;
+
+@interface NSWindow : NSResponder  // nswindow
+@property BOOL preventsApplicationTerminationWhenModal API_AVAILABLE(macos(10.6));
+@property NSWindowLevel level;
+@end
+
 @interface NSAlert : NSObject  // nsalert
 @property(copy) NSString* messageText;
 @property(copy) NSString* informativeText;
 @property NSAlertStyle alertStyle;
+@property(readonly, strong) NSWindow* window;
 - (NSButton*)addButtonWithTitle:(NSString*)title;
 - (NSModalResponse)runModal;
 @end
