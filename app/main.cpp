@@ -1,10 +1,13 @@
+#include <array>
 #include <cstddef>
 #include <exception>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/RunApplication.h"
 #include "platform/Identity.h"
@@ -35,6 +38,8 @@ completed first.
 To record from a terminal, see audrel-record.
 )";
 
+constexpr std::array<std::string_view, 3> options{"--demo", "--help", "--version"};
+
 int complain(const std::string& text, int status) {
   std::cerr << "audrel: " << text << '\n';
   return status;
@@ -56,26 +61,27 @@ int runOnPlatform(Server server) {
   return runApplication(native->interfaces(), *desktop);
 }
 
-int run(std::span<char*> arguments) {
-  if (arguments.size() < 2) {
+int run(const std::vector<std::string>& arguments) {
+  const auto typed = NativePlatform::typedArguments(arguments, options);
+  if (typed.empty()) {
     return runOnPlatform(Server::system);
   }
-  const std::string_view argument = arguments[1];
-  if (arguments.size() > 2) {
+  if (typed.size() > 1) {
     return complain("It takes one option at most. Try audrel --help.", usageError);
   }
-  if (argument == "--demo") {
+  const std::string& option = typed.front();
+  if (option == "--demo") {
     return runOnPlatform(Server::demo);
   }
-  if (argument == "--help") {
+  if (option == "--help") {
     std::cout << helpText;
     return success;
   }
-  if (argument == "--version") {
+  if (option == "--version") {
     std::cout << "audrel " << identity::version << '\n';
     return success;
   }
-  return complain("\"" + std::string(argument) + "\" is not known. Try audrel --help.", usageError);
+  return complain("\"" + option + "\" is not known. Try audrel --help.", usageError);
 }
 
 }  // namespace
@@ -84,7 +90,9 @@ int run(std::span<char*> arguments) {
 
 int main(int argumentCount, char** arguments) {
   try {
-    return audrel::run({arguments, static_cast<std::size_t>(argumentCount)});
+    const std::span<char*> words(arguments, static_cast<std::size_t>(argumentCount));
+    const auto first = words.empty() ? words.begin() : std::next(words.begin());
+    return audrel::run({first, words.end()});
   } catch (const std::exception& error) {
     return audrel::complain(std::string("The program failed: ") + error.what(), audrel::failure);
   }

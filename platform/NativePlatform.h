@@ -2,7 +2,10 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/Desktop.h"
 #include "platform/Platform.h"
@@ -10,6 +13,11 @@
 /// The operating system that the program was built for. Only a process entry makes one.
 class NativePlatform {
  public:
+  /// Those of a process's arguments, without its name, that a person typed. A system that adds
+  /// arguments of its own may leave out whatever is not among the `known` ones.
+  static std::vector<std::string> typedArguments(std::vector<std::string> arguments,
+                                                 std::span<const std::string_view> known);
+
   static std::unique_ptr<NativePlatform> make();
   virtual ~NativePlatform() = default;
 

@@ -88,6 +88,11 @@ class LinuxPlatform final : public NativePlatform {
 
 }  // namespace audrel::linuxos
 
+std::vector<std::string> NativePlatform::typedArguments(
+    std::vector<std::string> arguments, std::span<const std::string_view> /*known*/) {
+  return arguments;
+}
+
 std::unique_ptr<NativePlatform> NativePlatform::make() {
   audrel::linuxos::openStandardDescriptors();
   return std::make_unique<audrel::linuxos::LinuxPlatform>();

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/NativePlatform.h"
 #include "platform/macos/AppKit.h"
 #include "platform/macos/AudioFramework.h"
@@ -62,6 +64,16 @@ class MacPlatform final : public NativePlatform {
 
 }  // namespace
 }  // namespace audrel::macos
+
+// The system may give a downloaded copy an argument at its first launch ("-psn_0_12345"), and tools
+// and people give user defaults ("-NSDoubleLocalizedStrings YES").
+std::vector<std::string> NativePlatform::typedArguments(std::vector<std::string> arguments,
+                                                        std::span<const std::string_view> known) {
+  std::erase_if(arguments, [known](const std::string& argument) {
+    return std::find(known.begin(), known.end(), argument) == known.end();
+  });
+  return arguments;
+}
 
 std::unique_ptr<NativePlatform> NativePlatform::make() {
   return std::make_unique<audrel::macos::MacPlatform>();

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -95,6 +96,38 @@ void choose(const std::string& title) {
   @autoreleasepool {
     fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, title));
   }
+}
+
+// The first is what the system may add to the first launch of a downloaded copy, the second what
+// tools and people add to try something.
+TEST_F(LoadedProgramTest, startsWhateverArgumentsItIsGiven) {
+  const std::vector<std::vector<std::string>> all = {{"Audrel", "-psn_0_12345"},
+                                                     {"Audrel", "-NSDoubleLocalizedStrings", "YES"},
+                                                     {"Audrel", "--unknown"},
+                                                     {"Audrel", ""},
+                                                     {"Audrel"},
+                                                     {}};
+  int launches = 0;
+  mac().whileRunning = [&launches] { ++launches; };
+  for (const auto& arguments : all) {
+    EXPECT_EQ(application().image.run(arguments), 0);
+  }
+  EXPECT_EQ(launches, static_cast<int>(all.size()));
+}
+
+/// And tells what it asked the frameworks for.
+[[noreturn]] void answerInThisProcess(const std::vector<std::string>& arguments) {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  const int status = application().image.run(arguments);
+  std::puts(fakemac::mac().takeJournal().empty() ? "Nothing was asked." : "Something was asked.");
+  std::exit(status);
+}
+
+TEST_F(LoadedProgramTest, answersWhatAPersonTypedAndAsksTheFrameworksForNothing) {
+  EXPECT_EXIT(answerInThisProcess({"Audrel", "--version"}), testing::ExitedWithCode(0),
+              "^audrel 1.0.0\nNothing was asked.\n$");
+  EXPECT_EXIT(answerInThisProcess({"Audrel", "-NSDoubleLocalizedStrings", "YES", "--help"}),
+              testing::ExitedWithCode(0), "^Usage: audrel .*\n(.*\n)*Nothing was asked.\n$");
 }
 
 TEST_F(LoadedProgramTest, completesTheFileWhenItIsQuitInMidRecording) {

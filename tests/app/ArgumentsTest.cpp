@@ -1,0 +1,74 @@
+// The menu-bar program from a terminal: what it prints, and how it exits.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/Identity.h"
+#include "tests/cli/ChildProcess.h"
+
+namespace audrel {
+namespace {
+
+using testing::StartsWith;
+
+struct Outcome {
+  int status = 0;
+  std::string output;
+  std::string errors;
+
+  bool operator==(const Outcome&) const = default;
+};
+
+Outcome run(const char* program, const std::vector<std::string>& arguments) {
+  std::vector<std::string> words{program};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  cli::ChildProcess process(words);
+  const int status = process.wait();
+  return {status, process.output(), process.errorOutput()};
+}
+
+Outcome run(const std::vector<std::string>& arguments) {
+  return run(AUDREL_PROGRAM, arguments);
+}
+
+Outcome usageError(const std::string& text) {
+  return {2, "", "audrel: " + text + " Try audrel --help.\n"};
+}
+
+TEST(Arguments, helpIsPrinted) {
+  const Outcome outcome = run({"--help"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, StartsWith("Usage: audrel [OPTION]\n\nRecords what "));
+  EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(Arguments, versionIsPrinted) {
+  EXPECT_EQ(run({"--version"}),
+            (Outcome{0, std::string("audrel ") + identity::version + "\n", ""}));
+}
+
+TEST(Arguments, thatAreNotKnownAreErrors) {
+  for (const std::string argument : {"--unknown", "", "radio", "-psn_0_12345"}) {
+    EXPECT_EQ(run({argument}), usageError("\"" + argument + "\" is not known."));
+  }
+}
+
+TEST(Arguments, areOneAtMost) {
+  EXPECT_EQ(run({"--help", "--version"}), usageError("It takes one option at most."));
+  EXPECT_EQ(run({"-NSDoubleLocalizedStrings", "YES"}), usageError("It takes one option at most."));
+}
+
+TEST(Arguments, thatAreAnsweredAtOnceMakeNoPlatform) {
+  for (const std::string argument : {"--help", "--version"}) {
+    EXPECT_EQ(run(AUDREL_WITHOUT_PLATFORM, {argument}), run({argument}));
+  }
+  const Outcome failure{1, "", "audrel: The program failed: a platform was made\n"};
+  EXPECT_EQ(run(AUDREL_WITHOUT_PLATFORM, {}), failure);
+  EXPECT_EQ(run(AUDREL_WITHOUT_PLATFORM, {"--demo"}), failure);
+}
+
+}  // namespace
+}  // namespace audrel
