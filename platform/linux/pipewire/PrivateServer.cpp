@@ -28,6 +28,7 @@ using namespace std::chrono_literals;
 
 constexpr auto startTimeout = 5s;
 
+// The sink names its whole format: where a part is open, 1.x gives it a port without a channel.
 std::string configuration() {
   return R"(context.properties = {
     core.daemon = true
@@ -64,7 +65,8 @@ context.objects = [
     { factory = adapter
       args = { factory.name = support.null-audio-sink node.name = )" +
          std::string(PrivateServer::sinkName) + R"(
-               media.class = Audio/Sink audio.position = "FL,FR" object.linger = true
+               media.class = Audio/Sink object.linger = true
+               audio.format = F32P audio.rate = 48000 audio.position = "FL,FR"
                adapter.auto-port-config = { mode = dsp monitor = true position = preserve } } }
 ]
 )";
