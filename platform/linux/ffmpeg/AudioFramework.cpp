@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "platform/Identity.h"
@@ -28,12 +27,12 @@ std::optional<Writer> startFile(const RawFileCreator& create, const std::filesys
     *error = creationError(path, code);
     return std::nullopt;
   }
+  RawFile& started = *file;
   Writer writer(BlockFile(std::move(file)), std::forward<Arguments>(arguments)...);
   code = writer.start();
   if (code != 0) {
     *error = plainError(code, reason(path, code));
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
+    started.remove();
     return std::nullopt;
   }
   return writer;

@@ -19,6 +19,10 @@ class RawFile {
   virtual ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept = 0;
   virtual int ftruncate(off_t size) noexcept = 0;
 
+  /// Takes the file's name away, in the folder where it was created, unless that name is another
+  /// file's by now.
+  virtual void remove() noexcept = 0;
+
   /// To be called once at most, and last.
   virtual int close() noexcept = 0;
 };
@@ -27,8 +31,8 @@ class RawFile {
 using RawFileCreator =
     std::function<std::unique_ptr<RawFile>(const std::filesystem::path& path, int* code)>;
 
-/// Creates `path`, readable and writable as the umask has it. Never opens, follows or replaces what
-/// is there already, a link that leads nowhere included.
+/// Creates `path`, for its user alone: a recording may hold a talk. Never opens, follows or
+/// replaces what is there already, a link that leads nowhere included.
 std::unique_ptr<RawFile> createExclusively(const std::filesystem::path& path, int* code);
 
 }  // namespace audrel::linuxos

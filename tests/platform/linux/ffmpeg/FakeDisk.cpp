@@ -55,6 +55,7 @@ class FakeFile final : public RawFile {
     return 0;
   }
 
+  void remove() noexcept override { disk_->isRemoved = true; }
   int close() noexcept override { return closeOnce(); }
 
  private:

@@ -53,6 +53,7 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
   std::vector<Call> journal;
   std::size_t writes = 0;  ///< calls of pwrite, failed ones too
   int closes = 0;
+  bool isRemoved = false;
 
  private:
   friend class FakeFile;

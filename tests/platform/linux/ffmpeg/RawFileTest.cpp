@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 
 #include "tests/platform/linux/ffmpeg/Recordings.h"
@@ -20,14 +22,14 @@ int creationCode(const std::filesystem::path& path) {
   return createExclusively(path, &code) ? 0 : code;
 }
 
-TEST(CreateExclusively, makesAnEmptyFileThatOnlyTheUmaskRestricts) {
+TEST(CreateExclusively, makesAnEmptyFileForItsUserAlone) {
   const support::TemporaryFolder folder;
-  const mode_t previous = umask(027);
+  const mode_t previous = umask(0);
   EXPECT_EQ(creationCode(folder / "a.wav"), 0);
   umask(previous);
   struct stat status {};
   ASSERT_EQ(stat((folder / "a.wav").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0640U);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
   EXPECT_EQ(status.st_size, 0);
 }
 
@@ -79,6 +81,40 @@ TEST(RawFile, writesWhereItIsToldAndCutsOff) {
   std::ifstream(folder / "a.wav", std::ios::binary)
       .read(contents.data(), static_cast<std::streamsize>(contents.size()));
   EXPECT_EQ(contents, std::string("\0\0abc", 5));
+}
+
+struct RemovedFile : testing::Test {
+  support::TemporaryFolder folder;
+  const std::filesystem::path here = folder / "here";
+  std::unique_ptr<RawFile> file;
+
+  void SetUp() override {
+    std::filesystem::create_directory(here);
+    int code = 0;
+    file = createExclusively(here / "talk.wav", &code);
+    ASSERT_TRUE(file);
+  }
+};
+
+TEST_F(RemovedFile, isGone) {
+  file->remove();
+  EXPECT_TRUE(std::filesystem::is_empty(here));
+}
+
+TEST_F(RemovedFile, isTheOneThatWasCreatedAlsoWhenItsFolderWasExchanged) {
+  std::filesystem::rename(here, folder / "elsewhere");
+  std::filesystem::create_directory(here);
+  std::ofstream(here / "talk.wav") << "somebody's";
+  file->remove();
+  EXPECT_TRUE(std::filesystem::exists(here / "talk.wav"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder / "elsewhere"));
+}
+
+TEST_F(RemovedFile, isNoOtherThatHasItsNameByNow) {
+  std::filesystem::rename(here / "talk.wav", here / "mine.wav");
+  std::ofstream(here / "talk.wav") << "somebody's";
+  file->remove();
+  EXPECT_TRUE(std::filesystem::exists(here / "talk.wav"));
 }
 
 }  // namespace

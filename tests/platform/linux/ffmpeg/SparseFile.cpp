@@ -34,6 +34,7 @@ class SparseFile final : public RawFile {
     return file_->ftruncate(size);
   }
 
+  void remove() noexcept override { file_->remove(); }
   int close() noexcept override { return file_->close(); }
 
  private:

@@ -219,16 +219,13 @@ TEST_P(WriteFailures, aFileThatCannotBeStartedIsRemoved) {
   const auto disk = std::make_shared<FakeDisk>();
   disk->plan = plans::failFrom(1, ENOSPC);
   const auto path = folder_ / "recording";
-  AudioFramework framework(log, [disk](const std::filesystem::path& created, int* code) {
-    createExclusively(created, code);
-    return disk->open();
-  });
+  AudioFramework framework(log, disk->creator());
   NS::Error error;
   EXPECT_FALSE(framework.openForWriting(path, settingsFor(GetParam(), audio_),
                                         AV::AudioCommonFormat::pcmFormatFloat32, true, &error));
   EXPECT_EQ(error.code, ENOSPC);
   EXPECT_NE(error.localizedDescription.find(folder_.path().string()), std::string::npos);
-  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_TRUE(disk->isRemoved);
 }
 
 }  // namespace
