@@ -72,10 +72,20 @@ context.objects = [
 )";
 }
 
+/// Empty when none can be made.
 std::filesystem::path temporaryFolder() {
   std::error_code error;
-  std::string path = (std::filesystem::temp_directory_path(error) / "audrel-XXXXXX").string();
-  return error || mkdtemp(path.data()) == nullptr ? "" : path;
+  const auto place = std::filesystem::absolute(std::filesystem::temp_directory_path(error), error);
+  std::string path = (place / "audrel-XXXXXX").string();
+  return place.empty() || mkdtemp(path.data()) == nullptr ? "" : path;
+}
+
+/// Whether it could be written.
+bool writeConfiguration(const std::filesystem::path& folder) {
+  std::ofstream file(folder / "pipewire.conf");
+  file << configuration();
+  file.close();
+  return file.good();
 }
 
 /// The environment of this process, with what names a server replaced.
@@ -135,6 +145,13 @@ bool answers(const std::string& socketPath) {
   return result == 0;
 }
 
+/// Leaves the child's end to be waited for.
+bool hasEnded(pid_t child) {
+  siginfo_t ended{};
+  return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         ended.si_pid == child;
+}
+
 }  // namespace
 
 PrivateServer::PrivateServer(std::filesystem::path folder) : folder_(std::move(folder)) {}
@@ -159,10 +176,7 @@ std::string PrivateServer::socketPath() const {
 
 std::unique_ptr<PrivateServer> PrivateServer::start(std::string* failure) {
   std::unique_ptr<PrivateServer> server(new PrivateServer(temporaryFolder()));
-  std::ofstream file(server->folder_ / "pipewire.conf");
-  file << configuration();
-  file.close();
-  if (server->folder_.empty() || !file) {
+  if (server->folder_.empty() || !writeConfiguration(server->folder_)) {
     *failure =
         "The demo could not write its configuration to a temporary folder: free some space "
         "there, or set TMPDIR to a folder that can be written to.";
@@ -191,8 +205,8 @@ bool PrivateServer::launch(std::string* failure) {
   if (pid_ == 0) {
     become(arguments.data(), environment.data(), parent, failurePipe[1]);
   }
+  int error = pid_ < 0 ? errno : 0;
   close(failurePipe[1]);
-  int error = 0;
   const bool failed = pid_ < 0 || read(failurePipe[0], &error, sizeof error) > 0;
   close(failurePipe[0]);
   if (failed) {
@@ -208,12 +222,14 @@ bool PrivateServer::waitUntilItAnswers(std::string* failure) const {
     if (answers(socketPath())) {
       return true;
     }
-    if (waitpid(pid_, nullptr, WNOHANG | WNOWAIT) == pid_) {
-      break;
+    if (hasEnded(pid_)) {
+      *failure =
+          "The demo's audio server ended at once: run \"pipewire -v\" to see what it misses.";
+      return false;
     }
     std::this_thread::sleep_for(2ms);
   }
-  *failure = "The demo's audio server did not start: run \"pipewire -v\" to see what it misses.";
+  *failure = "The demo's audio server does not answer: the machine may be overloaded; try again.";
   return false;
 }
 
