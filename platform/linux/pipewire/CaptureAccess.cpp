@@ -29,6 +29,7 @@ struct Reception {
   bool isGreeted = false;
   bool isAnswered = false;
   bool isRejected = false;
+  bool isBroken = false;  ///< nothing more will come
   bool canLink = false;
 
   void end() const { pw_main_loop_quit(loop); }
@@ -37,7 +38,7 @@ struct Reception {
     if (isRejected) {
       return "it rejects this program";
     }
-    if (isGreeted && !isAnswered) {
+    if (isGreeted && !isAnswered && !isBroken) {
       return "it waits for a permission that its session manager has not given";
     }
     if (isAnswered && !canLink) {
@@ -64,6 +65,7 @@ const pw_core_events coreEvents = {
           auto* reception = static_cast<Reception*>(data);
           if (id == PW_ID_CORE) {
             reception->isRejected = isRefusal(-result);
+            reception->isBroken = true;
             reception->end();
           }
         },
@@ -101,6 +103,9 @@ Reception receive(pw_main_loop* mainLoop, pw_core* core) {
   pw_loop* loop = pw_main_loop_get_loop(mainLoop);
   timespec timeout = answerTimeout;
   spa_source* timer = pw_loop_add_timer(loop, endReception, &reception);
+  if (timer == nullptr) {
+    return reception;
+  }
   pw_loop_update_timer(loop, timer, &timeout, nullptr, false);
   pw_main_loop_run(mainLoop);
   pw_loop_destroy_source(loop, timer);
@@ -112,7 +117,13 @@ Reception receive(pw_main_loop* mainLoop, pw_core* core) {
 std::optional<std::string> captureRefusal(const std::string& remote) {
   pw_init(nullptr, nullptr);
   const MainLoopHandle mainLoop(pw_main_loop_new(nullptr));
+  if (!mainLoop) {
+    return std::nullopt;
+  }
   const ContextHandle context(pw_context_new(pw_main_loop_get_loop(mainLoop.get()), nullptr, 0));
+  if (!context) {
+    return std::nullopt;  // the library lacks its configuration: a start says so
+  }
   pw_properties* properties = pw_properties_new(PW_KEY_APP_NAME, "Audrel", nullptr);
   if (!remote.empty()) {
     pw_properties_set(properties, PW_KEY_REMOTE_NAME, remote.c_str());

@@ -93,6 +93,21 @@ std::string lossText(const std::string& remote, int error) {
          "). Start it with \"systemctl --user start pipewire\", and then again what you did.";
 }
 
+/// Throws `std::system_error` for what the system did not give, for lack of descriptors or memory.
+void require(const void* given) {
+  if (given == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "Audio cannot be recorded");
+  }
+}
+
+std::string noContextText(int error) {
+  if (error == ENOENT) {
+    return std::string("PipeWire's configuration for clients, \"") + clientConfiguration() +
+           "\", was not found: install the package pipewire-bin.";
+  }
+  return "PipeWire's library cannot be used: " + std::generic_category().message(error) + ".";
+}
+
 }  // namespace
 
 const pw_core_events Connection::coreEvents = {
@@ -118,9 +133,8 @@ const pw_core_events Connection::coreEvents = {
 Connection::Connection(std::string remote) : remote_(std::move(remote)) {
   initialisePipeWire();
   loop_.reset(pw_thread_loop_new("audrel-graph", nullptr));
+  require(loop_.get());
   pw_loop* loop = pw_thread_loop_get_loop(loop_.get());
-  context_.reset(pw_context_new(
-      loop, pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(), nullptr), 0));
   changeEvent_ = pw_loop_add_event(
       loop,
       [](void* data, std::uint64_t) {
@@ -138,7 +152,12 @@ Connection::Connection(std::string remote) : remote_(std::move(remote)) {
       loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->retry(); }, this);
   waitTimer_ = pw_loop_add_timer(
       loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->wake(); }, this);
-  pw_thread_loop_start(loop_.get());
+  for (const spa_source* source : {changeEvent_, lossEvent_, retryTimer_}) {
+    require(source);
+  }
+  if (pw_thread_loop_start(loop_.get()) < 0) {
+    require(nullptr);
+  }
 }
 
 Connection::~Connection() {
@@ -159,6 +178,15 @@ bool Connection::ensureConnected() {
 }
 
 bool Connection::connect() {
+  if (!context_) {
+    context_.reset(
+        pw_context_new(pw_thread_loop_get_loop(loop_.get()),
+                       pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(), nullptr), 0));
+  }
+  if (!context_) {
+    failure_ = noContextText(errno);
+    return false;
+  }
   pw_properties* properties = pw_properties_new(PW_KEY_APP_NAME, "Audrel", nullptr);
   if (!remote_.empty()) {
     pw_properties_set(properties, PW_KEY_REMOTE_NAME, remote_.c_str());

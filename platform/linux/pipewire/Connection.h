@@ -26,7 +26,8 @@ class Connection {
     virtual void serverLost() = 0;    ///< everything made on the connection must go now
   };
 
-  /// `remote` is a socket's absolute path; empty for the one that the environment names.
+  /// `remote` is a socket's absolute path; empty for the one that the environment names. Throws
+  /// `std::system_error` when the system gives no more threads or descriptors.
   explicit Connection(std::string remote = {});
   ~Connection();
   Connection(const Connection&) = delete;
@@ -83,7 +84,7 @@ class Connection {
   std::string remote_;
   Observer* observer_ = nullptr;
   ThreadLoopHandle loop_;
-  ContextHandle context_;
+  ContextHandle context_;  ///< made with the first connection
   spa_source* changeEvent_ = nullptr;
   spa_source* lossEvent_ = nullptr;
   spa_source* retryTimer_ = nullptr;

@@ -205,6 +205,9 @@ void GraphMirror::addMetadata(std::uint32_t id, const spa_dict* announced) {
   auto bound = std::make_unique<Bound>(
       *this, id,
       pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
+  if (!bound->proxy) {
+    return;  // a client configuration without the module for metadata
+  }
   pw_metadata_add_listener(reinterpret_cast<pw_metadata*>(bound->proxy.get()), bound->hook.get(),
                            &metadataEvents, bound.get());
   metadata_[id] = std::move(bound);

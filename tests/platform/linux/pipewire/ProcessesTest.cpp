@@ -7,11 +7,14 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <fstream>
 #include <future>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
@@ -242,6 +245,37 @@ TEST(Devices, withoutAServerNothingRunsAndTheDiagnosisSaysWhy) {
   EXPECT_THAT(diagnosis, HasSubstr("PipeWire is not running"));
   EXPECT_THAT(diagnosis, HasSubstr(socket));
   EXPECT_THAT(diagnosis, HasSubstr("systemctl --user start pipewire"));
+}
+
+TEST(Devices, withoutAClientConfigurationTheDiagnosisNamesItsPackageUntilItIsThere) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  const support::TemporaryFolder empty;
+  std::optional<fakes::ScopedVariable> lost(std::in_place, "PIPEWIRE_CONFIG_DIR",
+                                            empty.path().c_str());
+  Recorder recorder(server.socketPath());
+  EXPECT_THAT(recorder.processes(), IsEmpty());
+  EXPECT_EQ(recorder.startEverything(), notRunning);
+  EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""),
+              HasSubstr("install the package pipewire-bin."));
+  lost.reset();
+  EXPECT_EQ(recorder.startEverything(), 0);
+  EXPECT_EQ(recorder.stop(), 0);
+}
+
+TEST(Devices, aClientConfigurationWithoutModulesMakesAStartFailWithAReason) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  const support::TemporaryFolder folder;
+  for (const char* name : {"client-rt.conf", "client.conf"}) {
+    std::ofstream(folder / name) << "context.spa-libs = { support.* = support/libspa-support }\n"
+                                    "context.modules = [ "
+                                    "{ name = libpipewire-module-protocol-native } ]\n";
+  }
+  const fakes::ScopedVariable poor("PIPEWIRE_CONFIG_DIR", folder.path().c_str());
+  Recorder recorder(server.socketPath());
+  EXPECT_NE(recorder.startEverything(), 0);
+  EXPECT_NE(recorder.captureHardware().diagnosis().value_or(""), "");
 }
 
 TEST(Devices, aServerThatComesLaterIsFound) {

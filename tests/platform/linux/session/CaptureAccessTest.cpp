@@ -9,9 +9,11 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <thread>
 
+#include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
@@ -115,6 +117,23 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereThereIsNoServer) {
 TEST_F(LinuxCaptureAccess, isGrantedWhereNothingIsKnownAboutTheServer) {
   startServer("", linkFactory);
   kill(server->pid(), SIGSTOP);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+}
+
+TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerDiesAfterItsGreeting) {
+  startServer("access.restricted = [ \"" + ownName() + "\" ]", linkFactory);
+  auto granted =
+      std::async(std::launch::async, [this] { return access_.preflightScreenCaptureAccess(); });
+  std::this_thread::sleep_for(300ms);
+  server->end(SIGKILL);
+  EXPECT_TRUE(granted.get()) << "nobody can give a permission any more";
+  EXPECT_THAT(log.logger->lines, IsEmpty());
+}
+
+TEST_F(LinuxCaptureAccess, isGrantedWhereTheLibraryLacksItsConfiguration) {
+  startServer("", linkFactory);
+  const support::TemporaryFolder empty;
+  const fakes::ScopedVariable lost("PIPEWIRE_CONFIG_DIR", empty.path().c_str());
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
 }
 
