@@ -14,7 +14,7 @@ inline constexpr int closed = 100;
 /// There is no display to show anything on.
 inline constexpr int noDisplay = 101;
 
-/// The arguments are not as they should be.
-inline constexpr int wrongArguments = 102;
+/// The input is not as it should be.
+inline constexpr int wrongInput = 102;
 
 }  // namespace audrel::alerthelper

@@ -1,14 +1,20 @@
-// audrel-alert STYLE MESSAGE TEXT BUTTON...
+// audrel-alert
 //
-// Shows one alert and answers by its exit status (see ExitStatus.h). The alert goes when standard
-// input's other end does: the program that asked has no use for the answer any more.
+// Shows one alert and answers by its exit status (see ExitStatus.h). Standard input has a line with
+// the number of the bytes that follow, and these: the style ("informational", "warning" or
+// "critical"), the message, the text and the buttons, each with a NUL behind it. The alert goes
+// when the input's other end does: the program that asked has no use for the answer any more.
 
 #include <glib-unix.h>
 #include <gtk/gtk.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <charconv>
 #include <cstdio>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Identity.h"
@@ -27,7 +33,6 @@ gboolean closeAlert(gint /*descriptor*/, GIOCondition /*hangup*/, gpointer dialo
 int show(const AlertTexts& texts) {
   // Windows belong to the program's desktop entry by this name.
   g_set_prgname(identity::bundleIdentifier);
-  // No arguments are for GTK: they are texts.
   if (gtk_init_check(nullptr, nullptr) == FALSE) {
     return noDisplay;
   }
@@ -38,24 +43,60 @@ int show(const AlertTexts& texts) {
   return response < 0 ? closed : firstButton + response;
 }
 
-int run(const std::vector<std::string>& arguments) {
-  constexpr std::size_t before = 3;  // style, message, text
-  if (arguments.size() <= before || arguments.size() > before + mostButtons ||
-      iconOfStyle(arguments[0]) == nullptr) {
-    std::fputs("usage: audrel-alert informational|warning|critical MESSAGE TEXT BUTTON...\n",
-               stderr);
-    return wrongArguments;
+/// The next byte; nothing at the end.
+std::optional<char> readByte() {
+  char byte = 0;
+  ssize_t count = 0;
+  do {
+    count = read(STDIN_FILENO, &byte, 1);
+  } while (count < 0 && errno == EINTR);
+  return count == 1 ? std::optional(byte) : std::nullopt;
+}
+
+/// Whatever has arrived before the end.
+std::string readUpTo(std::size_t size, std::optional<char> last) {
+  std::string text;
+  while (text.size() < size) {
+    const auto byte = readByte();
+    if (!byte || byte == last) {
+      break;
+    }
+    text.push_back(*byte);
   }
-  return show({.icon = iconOfStyle(arguments[0]),
-               .message = arguments[1],
-               .informative = arguments[2],
-               .buttons = std::span(arguments).subspan(before)});
+  return text;
+}
+
+std::vector<std::string> readTexts() {
+  constexpr std::size_t mostDigits = 6;
+  const std::string digits = readUpTo(mostDigits + 1, '\n');
+  std::size_t size = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), size);
+  const std::string all = readUpTo(size, std::nullopt);
+  std::vector<std::string> texts;
+  for (std::string_view rest = all; rest.find('\0') != std::string_view::npos;) {
+    texts.emplace_back(rest.substr(0, rest.find('\0')));
+    rest.remove_prefix(texts.back().size() + 1);
+  }
+  return texts;
+}
+
+int run(const std::vector<std::string>& texts) {
+  constexpr std::size_t before = 3;  // style, message, text
+  if (texts.size() <= before || texts.size() > before + mostButtons ||
+      iconOfStyle(texts[0]) == nullptr) {
+    std::fputs("audrel-alert shows the alerts of audrel, which starts it\n", stderr);
+    return wrongInput;
+  }
+  return show({.icon = iconOfStyle(texts[0]),
+               .message = texts[1],
+               .informative = texts[2],
+               .buttons = std::span(texts).subspan(before)});
 }
 
 }  // namespace
 
 }  // namespace audrel::alerthelper
 
-int main(int argumentCount, char** arguments) {
-  return audrel::alerthelper::run({arguments + 1, arguments + argumentCount});
+int main() {
+  return audrel::alerthelper::run(audrel::alerthelper::readTexts());
 }

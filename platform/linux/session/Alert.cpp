@@ -60,7 +60,7 @@ std::optional<int> Alert::ask() {
   std::optional<int> exitStatus;
   std::string failure;
   const auto helper = AlertHelper::start(
-      parts_.helper, helperArguments(),
+      parts_.helper, helperTexts(),
       [&](std::optional<int> status) {
         exitStatus = status;
         session.finish();
@@ -102,10 +102,10 @@ std::string Alert::text() const {
   return diagnosis ? informative_ + "\n\n" + *diagnosis : informative_;
 }
 
-std::vector<std::string> Alert::helperArguments() const {
-  std::vector<std::string> arguments = {nameOf(style_), message_, text()};
-  arguments.insert(arguments.end(), buttons_.begin(), buttons_.end());
-  return arguments;
+std::vector<std::string> Alert::helperTexts() const {
+  std::vector<std::string> texts = {nameOf(style_), message_, text()};
+  texts.insert(texts.end(), buttons_.begin(), buttons_.end());
+  return texts;
 }
 
 int Alert::safeButton() const {

@@ -48,7 +48,7 @@ class Alert final : public NS::Alert {
   std::optional<int> answerOf(std::optional<int> exitStatus);
   std::optional<int> notShown(const std::string& reason);
   std::string text() const;
-  std::vector<std::string> helperArguments() const;
+  std::vector<std::string> helperTexts() const;
   int safeButton() const;
 
   AlertParts parts_;

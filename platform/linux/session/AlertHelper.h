@@ -15,10 +15,12 @@ namespace audrel::linuxos {
 /// this object, and with this process however that ends. Main thread.
 class AlertHelper {
  public:
-  /// `program` may be empty: there is none. `ended` gets the helper's exit status, nothing when a
-  /// signal ended it, from the main loop. Null when it cannot be started, with the reason.
+  /// `program` may be empty: there is none. `texts` are the alert's style, message, text and
+  /// buttons; they go through a pipe, since every user of the machine can read arguments. `ended`
+  /// gets the helper's exit status, nothing when a signal ended it, from the main loop. Null when
+  /// it cannot be started, with the reason.
   static std::unique_ptr<AlertHelper> start(const std::filesystem::path& program,
-                                            const std::vector<std::string>& arguments,
+                                            const std::vector<std::string>& texts,
                                             std::function<void(std::optional<int>)> ended,
                                             std::string* outFailure);
   ~AlertHelper();
@@ -29,6 +31,8 @@ class AlertHelper {
   using ProcessHandle = std::unique_ptr<GSubprocess, Releaser<g_object_unref>>;
 
   AlertHelper(ProcessHandle process, std::function<void(std::optional<int>)> ended);
+
+  void send(const std::vector<std::string>& texts);
 
   static void onEnded(GObject* process, GAsyncResult* result, gpointer self) noexcept;
 

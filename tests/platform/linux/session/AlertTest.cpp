@@ -89,17 +89,19 @@ class AlertTest : public sessiontest::SessionTest {
     return answer;
   }
 
-  /// A helper that notes its arguments, a line each, and exits with the status.
+  /// A helper that notes the texts of its input, a line each, and exits with the status. One that
+  /// gets arguments, which every user of the machine can read, fails.
   void useScript(const std::string& end) {
     helper = folder.path() / "helper";
-    std::ofstream(helper) << "#!/bin/sh\nprintf '%s\\n' \"$@\" >'"
-                          << (folder.path() / "arguments").string() << "'\n"
+    std::ofstream(helper) << "#!/bin/sh\n[ $# = 0 ] || exit 1\nread -r size\n"
+                             "head -c \"$size\" | tr '\\0' '\\n' >'"
+                          << (folder.path() / "texts").string() << "'\n"
                           << end << "\n";
     std::filesystem::permissions(helper, std::filesystem::perms::owner_all);
   }
 
-  std::vector<std::string> arguments() const {
-    std::ifstream stream(folder.path() / "arguments");
+  std::vector<std::string> texts() const {
+    std::ifstream stream(folder.path() / "texts");
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
       lines.push_back(line);
@@ -191,10 +193,10 @@ TEST_F(ShownAlert, whoseDisplayDiesBecomesANotification) {
 TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
   // What holds the other end of its input ends as soon as the window is there.
   const auto shell = support::ChildProcess::start(
-      {.arguments =
-           {"sh", "-c",
-            "{ xdotool search --sync --onlyvisible --name '^Audrel$' >/dev/null; :; } | '" +
-                helper.string() + "' warning Message Text OK; echo $?"},
+      {.arguments = {"sh", "-c",
+                     "{ printf '24\\nwarning\\0Message\\0Text\\0OK\\0'; xdotool search --sync "
+                     "--onlyvisible --name '^Audrel$' >/dev/null; :; } | '" +
+                         helper.string() + "'; echo $?"},
        .environment = {}});
   ASSERT_NE(shell, nullptr);
   EXPECT_EQ(shell->readLine(20s), "100");
@@ -203,21 +205,20 @@ TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
 TEST_F(AlertTest, givesTheHelperItsTextsInTheDesktopsWords) {
   useScript("exit 10");
   EXPECT_EQ(run(*permissionAlert()), first);
-  EXPECT_THAT(arguments(),
+  EXPECT_THAT(texts(),
               ElementsAre("warning", "Permission needed", "Allow it.", "Open Settings", "Cancel"));
 }
 
 TEST_F(AlertTest, addsTheDiagnosisToAFailureAlone) {
   useScript("exit 10");
   EXPECT_EQ(run(*failureAlert()), first);
-  EXPECT_THAT(arguments(), ElementsAre("critical", "Recording failed", "No tap.", "",
-                                       "PipeWire is not running.", "OK"));
+  EXPECT_THAT(texts(), ElementsAre("critical", "Recording failed", "No tap.", "",
+                                   "PipeWire is not running.", "OK"));
   auto about = makeAlert();
   about->setAlertStyle(NS::AlertStyle::informational);
   about->setMessageText("--help; $(reboot) `reboot` %s \"'");
   EXPECT_EQ(run(*about), first);
-  EXPECT_THAT(arguments(),
-              ElementsAre("informational", "--help; $(reboot) `reboot` %s \"'", "", "OK"));
+  EXPECT_THAT(texts(), ElementsAre("informational", "--help; $(reboot) `reboot` %s \"'", "", "OK"));
 }
 
 TEST_F(AlertTest, answersWithTheButtonThatTheHelperTells) {
@@ -279,9 +280,9 @@ TEST_F(AlertTest, saysWhereUpdatesComeFromWithoutASoftwareCenter) {
   const auto controller = updates.makeStandardUpdaterController(true);
   LoopSource command([&] { controller->checkForUpdates(); });
   command.callSoon();
-  ASSERT_TRUE(sessiontest::runLoopUntil([this] { return !arguments().empty(); }));
-  EXPECT_THAT(arguments(), ElementsAre("informational", "Updates come with your system",
-                                       HasSubstr("package manager"), "OK"));
+  ASSERT_TRUE(sessiontest::runLoopUntil([this] { return !texts().empty(); }));
+  EXPECT_THAT(texts(), ElementsAre("informational", "Updates come with your system",
+                                   HasSubstr("package manager"), "OK"));
   ASSERT_TRUE(sessiontest::runLoopUntil([this] { return !application.isModal(); }));
 }
 
@@ -310,7 +311,7 @@ TEST_F(AlertTest, isNotShownByAnApplicationThatEnds) {
   useScript("exit 10");
   application.terminate();
   EXPECT_EQ(permissionAlert()->runModal(), second);
-  EXPECT_THAT(arguments(), IsEmpty());
+  EXPECT_THAT(texts(), IsEmpty());
 }
 
 }  // namespace
