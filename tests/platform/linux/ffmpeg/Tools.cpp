@@ -108,6 +108,28 @@ ToolResult runFfmpeg(const std::filesystem::path& file, double seekTo) {
   return runTool(arguments);
 }
 
+/// What FFmpeg warns of in right files: that there is nothing in them, and that WAV names no
+/// layout.
+bool isHarmless(std::string_view line) {
+  // Newer versions begin each line with the part that has something to say: "[af#0:0 @ 0x55bb0bc8]
+  // ".
+  if (const auto end = line.find("] "); line.starts_with('[') && end != line.npos) {
+    line.remove_prefix(end + 2);
+  }
+  return line.starts_with("Output file is empty") || line.starts_with("No filtered frames") ||
+         line.starts_with("Guessed Channel Layout");
+}
+
+bool areHarmless(const std::string& lines) {
+  std::istringstream stream(lines);
+  for (std::string line; std::getline(stream, line);) {
+    if (!isHarmless(line)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::vector<float> floats(const std::string& bytes) {
   std::vector<float> samples(bytes.size() / sizeof(float));
   if (!samples.empty()) {
@@ -166,10 +188,7 @@ Probe probe(const std::filesystem::path& file) {
 
 std::vector<float> decode(const std::filesystem::path& file, double seekTo) {
   const ToolResult result = runFfmpeg(file, seekTo);
-  const bool harmless = result.errors.empty() ||
-                        result.errors.starts_with("Output file is empty") ||
-                        result.errors.starts_with("Guessed Channel Layout");
-  if (result.exitCode != 0 || !harmless) {
+  if (result.exitCode != 0 || !areHarmless(result.errors)) {
     throw std::runtime_error("ffmpeg: " + result.errors);
   }
   return floats(result.output);
