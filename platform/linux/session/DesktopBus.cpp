@@ -91,6 +91,11 @@ void DesktopBus::connected(ConnectionHandle connection) {
   closedHandler_ =
       g_signal_connect_data(connection_.get(), "closed", reinterpret_cast<GCallback>(onClosed),
                             this, nullptr, static_cast<GConnectFlags>(0));
+  if (g_dbus_connection_is_closed(connection_.get()) == TRUE) {
+    lost();  // before anybody listened for it
+    failed("the connection to the session bus was closed");
+    return;
+  }
   for (const Use& use : std::exchange(waiting_, {})) {
     use(connection_.get(), {});
   }

@@ -4,7 +4,8 @@
 #include <string>
 
 /// Other programs, started as the desktop's menus do. What is started may outlive this process, and
-/// no loss of the session bus reaches this process through it.
+/// no loss of the session bus reaches this process through it. A bus that does not answer is waited
+/// for, three seconds at most, while the main loop's events go on.
 namespace audrel::linuxos {
 
 /// Opens `uri` with the user's program for it. Why not, if not.

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+#include <vector>
+
 #include "tests/platform/linux/session/harness/SessionTest.h"
 
 namespace audrel::linuxos {
@@ -95,6 +99,22 @@ TEST_F(NotifierTest, findsABusThatWasStartedAgain) {
   ASSERT_TRUE(service.isRunning());
   notifier.notify({.summary = "second", .body = ""});
   EXPECT_THAT(nextNotification(service), HasSubstr("'second'"));
+}
+
+TEST_F(NotifierTest, isHandedNoConnectionThatIsClosedByThen) {
+  int losses = 0;
+  std::vector<bool> handedOver;
+  bus.setLossObserver([&] { ++losses; });
+  bus.withConnection([&](GDBusConnection* connection, const std::string&) {
+    handedOver.push_back(connection != nullptr);
+  });
+  // The connection is made on a thread of the library's meanwhile, and told of by the main loop.
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  privateBus.crash();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  ASSERT_TRUE(runLoopUntil([&] { return !handedOver.empty(); }));
+  EXPECT_THAT(handedOver, ElementsAre(false));
+  EXPECT_LE(losses, 1);
 }
 
 TEST_F(NotifierTest, callsNobodyBackOnceTheBusObjectHasGone) {

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <memory>
@@ -15,9 +12,9 @@
 #include <vector>
 
 #include "tests/fakes/ScopedVariable.h"
+#include "tests/platform/linux/session/harness/MuteBus.h"
 #include "tests/platform/linux/session/harness/TestService.h"
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Waiting.h"
 
 namespace audrel::linuxos {
@@ -45,29 +42,6 @@ class SharedLogger final : public os::Logger {
  private:
   mutable std::mutex mutex_;
   std::vector<std::string> lines_;
-};
-
-/// A bus to connect to that never says a word.
-class MuteBus {
- public:
-  MuteBus() : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un name{};
-    name.sun_family = AF_UNIX;
-    (folder_ / "bus").string().copy(name.sun_path, sizeof name.sun_path - 1);
-    isListening_ = bind(socket_, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0 &&
-                   listen(socket_, SOMAXCONN) == 0;
-  }
-  ~MuteBus() { close(socket_); }
-  MuteBus(const MuteBus&) = delete;
-  MuteBus& operator=(const MuteBus&) = delete;
-
-  bool isListening() const { return isListening_; }
-  std::string address() const { return "unix:path=" + (folder_ / "bus").string(); }
-
- private:
-  support::TemporaryFolder folder_;
-  int socket_;
-  bool isListening_ = false;
 };
 
 class SuspendInhibitorTest : public testing::Test {
@@ -162,7 +136,7 @@ TEST_F(SuspendInhibitorTest, givesUpWhenTheLoginManagerHangs) {
 }
 
 TEST_F(SuspendInhibitorTest, givesUpWhenTheBusHangs) {
-  const MuteBus bus;
+  const sessiontest::MuteBus bus;
   ASSERT_TRUE(bus.isListening());
   const fakes::ScopedVariable mute{"DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str()};
   inhibitor->hold();
@@ -172,7 +146,7 @@ TEST_F(SuspendInhibitorTest, givesUpWhenTheBusHangs) {
 }
 
 TEST_F(SuspendInhibitorTest, delaysNoStopWhileTheBusHangs) {
-  const MuteBus bus;
+  const sessiontest::MuteBus bus;
   ASSERT_TRUE(bus.isListening());
   const fakes::ScopedVariable mute{"DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str()};
   for (int recording = 0; recording < 20; ++recording) {

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/support/TemporaryFolder.h"
+
+namespace audrel::sessiontest {
+
+/// A bus to connect to that never says a word.
+class MuteBus {
+ public:
+  MuteBus() : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un name{};
+    name.sun_family = AF_UNIX;
+    (folder_ / "bus").string().copy(name.sun_path, sizeof name.sun_path - 1);
+    isListening_ = bind(socket_, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0 &&
+                   listen(socket_, SOMAXCONN) == 0;
+  }
+  ~MuteBus() { close(socket_); }
+  MuteBus(const MuteBus&) = delete;
+  MuteBus& operator=(const MuteBus&) = delete;
+
+  bool isListening() const { return isListening_; }
+  std::string address() const { return "unix:path=" + (folder_ / "bus").string(); }
+
+ private:
+  support::TemporaryFolder folder_;
+  int socket_;
+  bool isListening_ = false;
+};
+
+}  // namespace audrel::sessiontest
