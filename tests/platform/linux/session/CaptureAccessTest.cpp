@@ -2,18 +2,24 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pipewire/pipewire.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
 #include <thread>
 
 #include "tests/fakes/ScopedVariable.h"
+#include "tests/platform/linux/pipewire/harness/Client.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
@@ -45,6 +51,53 @@ class Nobody {
   Nobody& operator=(const Nobody&) = delete;
 };
 
+/// 1.x ignores the lists of programs: there a session manager decides who comes to which socket.
+bool hasLists() {
+  return std::string_view(pw_get_library_version()).starts_with("0.");
+}
+
+/// A session manager of 1.x that turns every program away, at a socket where they wait for it.
+class Rejecter {
+ public:
+  explicit Rejecter(const std::string& managersSocket) : client_(managersSocket) {
+    const pwtest::Locked lock(client_.loop());
+    registry_ = pw_core_get_registry(client_.core(), PW_VERSION_REGISTRY, 0);
+    pw_registry_add_listener(registry_, &hook_, &registryEvents, this);
+  }
+  ~Rejecter() {
+    client_.stop();
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry_));
+  }
+  Rejecter(const Rejecter&) = delete;
+  Rejecter& operator=(const Rejecter&) = delete;
+
+ private:
+  void added(std::uint32_t id, const spa_dict* properties) const {
+    const char* access =
+        properties != nullptr ? spa_dict_lookup(properties, PW_KEY_ACCESS) : nullptr;
+    if (access != nullptr && std::string_view(access) == "restricted") {
+      auto* program = static_cast<pw_client*>(
+          pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, 0));
+      pw_client_error(program, PW_ID_CORE, -EACCES, "rejected");
+      pw_proxy_destroy(reinterpret_cast<pw_proxy*>(program));
+    }
+  }
+
+  static constexpr pw_registry_events registryEvents = {
+      .version = PW_VERSION_REGISTRY_EVENTS,
+      .global =
+          [](void* self, std::uint32_t id, std::uint32_t, const char*, std::uint32_t,
+             const spa_dict* properties) {
+            static_cast<const Rejecter*>(self)->added(id, properties);
+          },
+      .global_remove = nullptr,
+  };
+
+  pwtest::Client client_;
+  pw_registry* registry_ = nullptr;
+  spa_hook hook_{};
+};
+
 struct SharedLog final : os::Log {
   std::shared_ptr<sessiontest::MemoryLogger> logger = std::make_shared<sessiontest::MemoryLogger>();
 
@@ -61,6 +114,13 @@ class LinuxCaptureAccess : public testing::Test {
     std::string name;
     std::getline(stream, name, '\0');
     return name;
+  }
+
+  /// The settings of a server that lets this process wait for a permission.
+  static std::string restriction() {
+    return hasLists()
+               ? "access.restricted = [ \"" + ownName() + "\" ]"
+               : "access.socket = { pipewire-0 = restricted pipewire-0-manager = unrestricted }";
   }
 
   /// A server with those settings of its access module and those other modules, which listens.
@@ -121,7 +181,7 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereNothingIsKnownAboutTheServer) {
 }
 
 TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerDiesAfterItsGreeting) {
-  startServer("access.restricted = [ \"" + ownName() + "\" ]", linkFactory);
+  startServer(restriction(), linkFactory);
   auto granted =
       std::async(std::launch::async, [this] { return access_.preflightScreenCaptureAccess(); });
   std::this_thread::sleep_for(300ms);
@@ -138,13 +198,19 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereTheLibraryLacksItsConfiguration) {
 }
 
 TEST_F(LinuxCaptureAccess, isRefusedByAServerThatRejectsThisProgram) {
-  startServer("access.rejected = [ \"" + ownName() + "\" ]", linkFactory);
+  std::unique_ptr<Rejecter> manager;
+  if (hasLists()) {
+    startServer("access.rejected = [ \"" + ownName() + "\" ]", linkFactory);
+  } else {
+    startServer(restriction(), linkFactory);
+    manager = std::make_unique<Rejecter>(socket() + "-manager");
+  }
   expectRefusal("it rejects this program");
   EXPECT_FALSE(access_.requestScreenCaptureAccess());
 }
 
 TEST_F(LinuxCaptureAccess, isRefusedWhileNobodyGivesThePermission) {
-  startServer("access.restricted = [ \"" + ownName() + "\" ]", linkFactory);
+  startServer(restriction(), linkFactory);
   expectRefusal("it waits for a permission that its session manager has not given");
 }
 
