@@ -91,7 +91,6 @@ struct SessionManager::Node {
   std::string target;               ///< of `target.object`
   bool isKnown = false;             ///< whether the following is
   bool wantsLinks = false;          ///< asked to be connected
-  bool hasPortsOfItsOwn = false;    ///< gives itself ports
   std::vector<std::string> layout;  ///< of its own format
   std::vector<std::string> ports;   ///< it was given
   std::string volume;
@@ -109,7 +108,8 @@ struct SessionManager::Node {
   Node& operator=(const Node&) = delete;
 
   bool isPlayback() const { return mediaClass == "Stream/Output/Audio"; }
-  bool isInput() const { return mediaClass == "Stream/Input/Audio" || mediaClass == "Audio/Sink"; }
+  bool isSink() const { return mediaClass == "Audio/Sink"; }
+  bool isInput() const { return mediaClass == "Stream/Input/Audio" || isSink(); }
   bool isOutput() const { return isPlayback() || mediaClass == "Audio/Source"; }
 
   void info(const pw_node_info& info) {
@@ -118,7 +118,6 @@ struct SessionManager::Node {
     }
     wantsLinks = text(info.props, PW_KEY_NODE_AUTOCONNECT) == "true";
     isKnown = true;
-    hasPortsOfItsOwn = !text(info.props, "adapter.auto-port-config").empty();
     target = text(info.props, PW_KEY_TARGET_OBJECT);
     manager.noteChange();
   }
@@ -279,15 +278,15 @@ const SessionManager::Node* SessionManager::sinkFor(const Node& stream) const {
   if (const Node* chosen = nodeNamed(defaultSink_)) {
     return chosen;
   }
-  const auto any = std::ranges::find_if(
-      nodes_, [](const auto& entry) { return entry.second->mediaClass == "Audio/Sink"; });
+  const auto any =
+      std::ranges::find_if(nodes_, [](const auto& entry) { return entry.second->isSink(); });
   return any == nodes_.end() ? nullptr : any->second.get();
 }
 
 std::vector<std::string> SessionManager::inputChannels(std::uint32_t node) const {
   std::vector<std::string> channels;
   for (const auto& [id, port] : ports_) {
-    if (port.node == node && port.isInput) {
+    if (port.node == node && port.isInput && !port.channel.empty()) {
       channels.push_back(port.channel);
     }
   }
@@ -295,7 +294,7 @@ std::vector<std::string> SessionManager::inputChannels(std::uint32_t node) const
 }
 
 void SessionManager::givePorts(Node& node) {
-  if (!node.isKnown || node.hasPortsOfItsOwn || node.layout.empty()) {
+  if (!node.isKnown || node.layout.empty()) {
     return;
   }
   const Node* sink = sinkFor(node);
@@ -319,7 +318,8 @@ void SessionManager::givePorts(Node& node) {
       SPA_PARAM_PORT_CONFIG_direction,
       SPA_POD_Id(node.isInput() ? SPA_DIRECTION_INPUT : SPA_DIRECTION_OUTPUT),
       SPA_PARAM_PORT_CONFIG_mode, SPA_POD_Id(SPA_PARAM_PORT_CONFIG_MODE_dsp),
-      SPA_PARAM_PORT_CONFIG_format, SPA_POD_Pod(format));
+      SPA_PARAM_PORT_CONFIG_monitor, SPA_POD_Bool(node.isSink()), SPA_PARAM_PORT_CONFIG_format,
+      SPA_POD_Pod(format));
   pw_node_set_param(reinterpret_cast<pw_node*>(node.proxy), SPA_PARAM_PortConfig, 0,
                     static_cast<const spa_pod*>(config));
 }

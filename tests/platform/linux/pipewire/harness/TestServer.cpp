@@ -61,7 +61,7 @@ std::string TestServer::configuration() const {
     if (options_.timesRealTime) {
       text << " node.group = " << pacedGroup;
     }
-    text << " adapter.auto-port-config = { mode = dsp monitor = true position = preserve } } }\n";
+    text << " } }\n";
   }
   text << "]\n";
   return text.str();
