@@ -92,12 +92,12 @@ Signals::~Signals() {
 }
 
 void Signals::handle(int signal, void (*handler)(int)) {
-  struct sigaction before {};
+  struct sigaction before{};
   sigaction(signal, nullptr, &before);
   if (before.sa_handler == SIG_IGN) {
     return;
   }
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
   sigemptyset(&action.sa_mask);

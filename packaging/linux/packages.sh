@@ -37,7 +37,7 @@ testPackages=(
   clang                  # second compiler, and the sanitizers
   libclang-rt-dev        # runtimes of the sanitizers
   llvm                   # names in the sanitizers' reports
-  clang-format           # layout of the sources
+  clang-format-19        # layout of the sources, the same on each release
   clang-tidy             # static analysis
   libgtest-dev           # tests
   libgmock-dev           # tests

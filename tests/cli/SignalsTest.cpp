@@ -16,7 +16,7 @@ using Event = Signals::Event;
 constexpr std::chrono::milliseconds atOnce{0};
 
 void (*handlerOf(int signal))(int) {
-  struct sigaction action {};
+  struct sigaction action{};
   sigaction(signal, nullptr, &action);
   return action.sa_handler;
 }

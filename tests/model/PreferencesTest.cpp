@@ -111,9 +111,7 @@ TEST_F(PreferencesTest, nothingIsCached) {
 }
 
 template <typename Store>
-concept HasAHintToRead = requires(const Store& store) {
-  store.lastSourceHint();
-};
+concept HasAHintToRead = requires(const Store& store) { store.lastSourceHint(); };
 
 static_assert(!HasAHintToRead<Preferences>, "the hint is written and never read");
 

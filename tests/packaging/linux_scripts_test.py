@@ -79,8 +79,8 @@ class CommandsTest(ScratchTest):
             shutil.copy(ROOT / script, self.copy / script)
         self.tool("dpkg-query", "printf 'install ok installed'")
         self.tool("cmake", f"""printf '%s\\n' "$*" >>"{self.calls}" """)
-        for name in ("ctest", "clang-format", "mandoc", "ffmpeg", "ffprobe", "desktop-file-validate",
-                     "appstreamcli", "xmllint", "rsvg-convert"):
+        for name in ("ctest", "clang-format-19", "mandoc", "ffmpeg", "ffprobe",
+                     "desktop-file-validate", "appstreamcli", "xmllint", "rsvg-convert"):
             self.tool(name, "exit 0")
         self.tool("fetch-libcxx", "exit 0", self.copy / "tests/macos")
 
@@ -114,8 +114,8 @@ class CommandsTest(ScratchTest):
             self.tool(Path(program).name, "exit 0", self.copy / Path(program).parent)
         result, calls = self.run_command("run", "--headless")
         self.assertEqual(result.returncode, 0, result.stdout)
-        self.assertEqual([line.split()[:3] for line in calls],
-                         [["--preset", "run", "--log-level=WARNING"], ["--build", "--preset", "run"]])
+        self.assertEqual([line.split()[:3] for line in calls], [
+            ["--preset", "run", "--log-level=WARNING"], ["--build", "--preset", "run"]])
 
 
 class WarningsTest(ScratchTest):

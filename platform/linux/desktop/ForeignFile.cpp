@@ -41,7 +41,7 @@ FileText refused(std::string reason) {
 
 /// One byte more than `limit` is asked for, since a file may grow while it is read.
 FileText textOf(const Descriptor& file, std::size_t limit) {
-  struct stat status {};
+  struct stat status{};
   if (fstat(file.get(), &status) < 0) {
     return failed(errno);
   }

@@ -37,7 +37,9 @@ int M4aWriter::start() {
   ByteWriter out;
   mp4::writeFileType(out);
   commitOffset_ = out.size();
-  { const mp4::Box box(out, "free"); }
+  {
+    const mp4::Box box(out, "free");
+  }
   mp4::writeFragmentedMovie(out, track_);
   const auto replaced = out.bytes().subspan(commitOffset_, commitSize);
   replaced_.assign(replaced.begin(), replaced.end());

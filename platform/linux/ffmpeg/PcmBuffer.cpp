@@ -86,7 +86,7 @@ PcmBuffer::PcmBuffer(const std::shared_ptr<const AV::AudioFormat>& format,
                      std::uint32_t frameCapacity, const Layout& layout, std::byte* memory) noexcept
     : format_(format),
       frameCapacity_(frameCapacity),
-      list_(::new (memory + layout.list) CA::AudioBufferList) {
+      list_(::new(memory + layout.list) CA::AudioBufferList) {
   // What the IO procedure finds no data for stays silent.
   std::memset(memory + layout.samples, 0, layout.total - layout.samples);
   list_->mNumberBuffers = layout.bufferCount;

@@ -40,8 +40,8 @@ class PosixFile final : public RawFile {
   int ftruncate(off_t size) noexcept override { return ::ftruncate(file_.get(), size); }
 
   void remove() noexcept override {
-    struct stat own {};
-    struct stat named {};
+    struct stat own{};
+    struct stat named{};
     if (fstat(file_.get(), &own) == 0 &&
         fstatat(folder_.get(), name_.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
         own.st_dev == named.st_dev && own.st_ino == named.st_ino) {

@@ -90,7 +90,7 @@ std::string executable(pid_t pid) {
 }
 
 bool runsSystemProgram(pid_t pid, std::string_view name) {
-  struct stat program {};
+  struct stat program{};
   return std::filesystem::path(executable(pid)).filename() == name &&
          stat((folder(pid) + "/exe").c_str(), &program) == 0 && program.st_uid == 0 &&
          flatpakApplication(pid).empty();

@@ -46,8 +46,7 @@ GVariant* toolTip(const StatusItemLook& look) {
 /// As wide as the label will be while its digits change.
 std::string labelGuide(const std::string& label) {
   std::string guide = label;
-  std::ranges::replace_if(
-      guide, [](char c) { return c >= '0' && c <= '9'; }, '0');
+  std::ranges::replace_if(guide, [](char c) { return c >= '0' && c <= '9'; }, '0');
   return guide;
 }
 

@@ -243,11 +243,11 @@ std::vector<Story> failingStarts() {
       failingStart("aggregate-device-id-0",
                    "Creating the aggregate device succeeds, but yields none.",
                    callGivesNothing("AudioHardwareCreateAggregateDevice")),
-      failingStart(
-          "file", "The output file cannot be created.",
-          [](fakemac::Mac& mac) {
-            mac.openFails = {"NSPOSIXErrorDomain", 2, "The folder \"recordings\" doesn't exist."};
-          }),
+      failingStart("file", "The output file cannot be created.",
+                   [](fakemac::Mac& mac) {
+                     mac.openFails = {"NSPOSIXErrorDomain", 2,
+                                      "The folder \"recordings\" doesn't exist."};
+                   }),
       failingStart("io-procedure-status", "The IO procedure cannot be installed.",
                    callFails("AudioDeviceCreateIOProcID", illegalOperation)),
       failingStart("no-io-procedure", "Installing the IO procedure succeeds, but yields none.",

@@ -276,9 +276,7 @@ TEST_F(SpoiltCycleTest, isLoggedWhenItsWriteRaisesAnException) {
 
 TEST_F(SpoiltCycleTest, isLoggedWhenItsWriteFails) {
   expectOneFailedWrite(
-      [] {
-        mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."};
-      },
+      [] { mac().writeFails = {"NSOSStatusErrorDomain", -34, "The disk is full."}; },
       [] { mac().writeFails.reset(); }, "The disk is full.");
 }
 
@@ -464,10 +462,7 @@ TEST_F(ProgramTest, tellsOfEachCallOfStartThatFailsAndStartsAgain) {
       {"its UID", property('uid '), device + "-50).", 1},
       {"device", call("AudioHardwareCreateAggregateDevice"), device + "-50).", 1},
       {"device id", empty("AudioHardwareCreateAggregateDevice"), device + "0).", 1},
-      {"file",
-       [](auto& mac) {
-         mac.openFails = {"domain", 1, "No room."};
-       },
+      {"file", [](auto& mac) { mac.openFails = {"domain", 1, "No room."}; },
        "Could not create the output file: No room.", 0},
       {"file raises",
        [](auto& mac) {

@@ -380,7 +380,7 @@ void choose(NSMenuItem* item) {
       return;
     }
     mac().noteDetail("the user chooses \"" + item->_title + "\"");
-    reinterpret_cast<void (*)(id, SEL, id)> (&objc_msgSend)(target, item.action, item);
+    reinterpret_cast<void (*)(id, SEL, id)>(&objc_msgSend)(target, item.action, item);
   }
 }
 

@@ -38,11 +38,11 @@ int emptySignalSet(std::uint32_t* set) {
 
 /// Without flags.
 int actOnSignal(int number, const SignalAction* action, SignalAction* previous) {
-  struct sigaction replacement {};
+  struct sigaction replacement{};
   if (action != nullptr) {
     replacement.sa_handler = action->handler;
   }
-  struct sigaction replaced {};
+  struct sigaction replaced{};
   const int result = sigaction(number, action == nullptr ? nullptr : &replacement, &replaced);
   if (previous != nullptr) {
     *previous = {.handler = replaced.sa_handler, .mask = 0, .flags = 0};

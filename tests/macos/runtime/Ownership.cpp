@@ -135,7 +135,7 @@ void objc_release(Object* object) {
     }
   }
   static const Selector dealloc = objc::unique("dealloc");
-  reinterpret_cast<void (*)(Object*, Selector)> (&objc_msgSend)(object, dealloc);
+  reinterpret_cast<void (*)(Object*, Selector)>(&objc_msgSend)(object, dealloc);
 }
 
 Object* objc_autorelease(Object* object) {

@@ -161,7 +161,9 @@ TEST_F(BlockFiles, closingTellsItsError) {
 
 TEST(BlockFile, closesItsFileWhenItGoes) {
   const auto disk = std::make_shared<FakeDisk>();
-  { const BlockFile file(disk->open()); }
+  {
+    const BlockFile file(disk->open());
+  }
   EXPECT_EQ(disk->closes, 1);
 }
 

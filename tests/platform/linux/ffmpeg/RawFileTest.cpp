@@ -27,7 +27,7 @@ TEST(CreateExclusively, makesAnEmptyFileForItsUserAlone) {
   const mode_t previous = umask(0);
   EXPECT_EQ(creationCode(folder / "a.wav"), 0);
   umask(previous);
-  struct stat status {};
+  struct stat status{};
   ASSERT_EQ(stat((folder / "a.wav").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
   EXPECT_EQ(status.st_size, 0);

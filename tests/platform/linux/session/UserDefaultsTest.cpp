@@ -66,7 +66,7 @@ class LinuxUserDefaults : public testing::Test {
   }
 
   static int modeOf(const fs::path& path) {
-    struct stat status {};
+    struct stat status{};
     EXPECT_EQ(stat(path.c_str(), &status), 0);
     return static_cast<int>(status.st_mode & 07777U);
   }

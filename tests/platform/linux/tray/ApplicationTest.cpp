@@ -171,7 +171,9 @@ TEST_F(ModalSessionTest, aSessionOfATerminatingApplicationDoesNotWait) {
 TEST_F(ModalSessionTest, theObserverHearsOfBeginningAndEnd) {
   std::vector<bool> states;
   application.setModalObserver([&] { states.push_back(application.isModal()); });
-  { const ModalSession session(application); }
+  {
+    const ModalSession session(application);
+  }
   EXPECT_THAT(states, ElementsAre(true, false));
 }
 

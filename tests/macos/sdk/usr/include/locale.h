@@ -16,7 +16,7 @@
 #define LC_NUMERIC_MASK 16
 #define LC_TIME_MASK 32
 #define LC_ALL_MASK 63
-#define LC_GLOBAL_LOCALE ((locale_t)-1)
+#define LC_GLOBAL_LOCALE ((locale_t) - 1)
 #define LC_C_LOCALE ((locale_t)0)
 
 struct lconv {

@@ -32,24 +32,9 @@ typedef struct {
   char opaque[56];
 } pthread_attr_t;
 
-#define PTHREAD_MUTEX_INITIALIZER \
-  {                               \
-    0x32AAABA7, {                 \
-      0                           \
-    }                             \
-  }
-#define PTHREAD_COND_INITIALIZER \
-  {                              \
-    0x3CB0B1BB, {                \
-      0                          \
-    }                            \
-  }
-#define PTHREAD_ONCE_INIT \
-  {                       \
-    0x30B1BCBA, {         \
-      0                   \
-    }                     \
-  }
+#define PTHREAD_MUTEX_INITIALIZER {0x32AAABA7, {0}}
+#define PTHREAD_COND_INITIALIZER {0x3CB0B1BB, {0}}
+#define PTHREAD_ONCE_INIT {0x30B1BCBA, {0}}
 #define PTHREAD_MUTEX_RECURSIVE 2
 
 __BEGIN_DECLS

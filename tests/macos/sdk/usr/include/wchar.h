@@ -6,7 +6,7 @@
 #include <time.h>
 
 #ifndef WEOF
-#define WEOF ((wint_t)-1)
+#define WEOF ((wint_t) - 1)
 #endif
 #define WCHAR_MAX __WCHAR_MAX__
 #define WCHAR_MIN (-WCHAR_MAX - 1)

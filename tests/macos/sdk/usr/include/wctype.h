@@ -6,7 +6,7 @@ typedef unsigned int wctype_t;
 typedef int wctrans_t;
 
 #ifndef WEOF
-#define WEOF ((wint_t)-1)
+#define WEOF ((wint_t) - 1)
 #endif
 
 __BEGIN_DECLS
