@@ -38,8 +38,8 @@ struct ProcessDiscovery {
   friend struct ProcessDiscoveryInspector;
 
   /// Every process object with a valid pid, in the hardware layer's order. A failure to list them
-  /// (an empty list counts as one, with status 0) is logged under category "discovery" by a logger
-  /// that is made when it is first needed.
+  /// (an empty list counts as one, with status 0) is logged under category "discovery", whose
+  /// logger the system makes for the first of them.
   static std::vector<RawProcessInfo> rawProcesses(const Platform& platform);
 
   /// Drops records without a name and repeated bundle identifiers, and sorts the rest by name as

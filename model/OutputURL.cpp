@@ -40,7 +40,7 @@ std::filesystem::path makeOutputURL(NS::FileManager& fileManager, const Recordin
   };
 
   std::filesystem::path candidate = named("");
-  for (std::int64_t counter = 2; fileManager.fileExists(candidate); ++counter) {
+  for (std::int64_t counter = 2; fileManager.nameIsTaken(candidate); ++counter) {
     candidate = named("-" + std::to_string(counter));
     if (counter == std::numeric_limits<std::int64_t>::max()) {
       std::abort();

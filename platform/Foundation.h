@@ -42,8 +42,12 @@ class FileManager {
   virtual std::optional<std::filesystem::path> downloadsDirectory() = 0;
   virtual std::filesystem::path homeDirectoryForCurrentUser() = 0;
 
-  /// Whether a file or folder is at `path`. Never throws.
+  /// Whether a file or folder is at `path`, or where the links at it lead. Never throws.
   virtual bool fileExists(const std::filesystem::path& path) = 0;
+
+  /// Whether nothing new can be made at `path`, for what is there. What exists takes its name;
+  /// whether a link that leads nowhere does too is the platform's to say. Never throws.
+  virtual bool nameIsTaken(const std::filesystem::path& path) = 0;
 };
 
 class UUIDFactory {
@@ -112,8 +116,9 @@ class RunLoop {
  public:
   virtual ~RunLoop() = default;
 
-  /// Schedules a repeating timer on the main run loop, in its default mode, which holds it until
-  /// it is invalidated. `interval` in seconds. Main thread.
+  /// Schedules a repeating timer on the main run loop, which holds it until it is invalidated.
+  /// `interval` in seconds. Main thread. It fires whenever the loop waits for events; whether it
+  /// does so while an alert is up too is the platform's to say.
   virtual std::shared_ptr<Timer> scheduleRepeatingTimer(double interval,
                                                         std::function<void()> block) = 0;
 };

@@ -24,6 +24,9 @@ class Logger {
 class Log {
  public:
   virtual ~Log() = default;
+
+  /// The logger of a subsystem and category: made when it is first asked for, the same from then
+  /// on. Thread-safe.
   virtual std::shared_ptr<Logger> makeLogger(const std::string& subsystem,
                                              const std::string& category) = 0;
 };

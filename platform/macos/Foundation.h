@@ -15,6 +15,9 @@ class FileManager final : public NS::FileManager {
   std::optional<std::filesystem::path> downloadsDirectory() override;
   std::filesystem::path homeDirectoryForCurrentUser() override;
   bool fileExists(const std::filesystem::path& path) override;
+
+  /// As `fileExists`: what is at a name is one question to the framework.
+  bool nameIsTaken(const std::filesystem::path& path) override;
 };
 
 class UUIDFactory final : public NS::UUIDFactory {
@@ -42,6 +45,7 @@ class UserDefaults final : public NS::UserDefaults {
 
 class RunLoop final : public NS::RunLoop {
  public:
+  /// In the loop's default mode: the timer does not fire while an alert is up or a menu open.
   std::shared_ptr<NS::Timer> scheduleRepeatingTimer(double interval,
                                                     std::function<void()> block) override;
 };

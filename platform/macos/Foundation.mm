@@ -32,6 +32,10 @@ bool FileManager::fileExists(const std::filesystem::path& path) {
   }
 }
 
+bool FileManager::nameIsTaken(const std::filesystem::path& path) {
+  return fileExists(path);
+}
+
 std::string UUIDFactory::uuidString() {
   @autoreleasepool {
     return utf8([NSUUID UUID].UUIDString);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "platform/Loggers.h"
 
 namespace audrel::macos {
 
@@ -9,6 +10,9 @@ class Log final : public os::Log {
  public:
   std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
                                          const std::string& category) override;
+
+ private:
+  os::Loggers loggers_;
 };
 
 }  // namespace audrel::macos

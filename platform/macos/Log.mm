@@ -32,7 +32,9 @@ class Logger final : public os::Logger {
 
 std::shared_ptr<os::Logger> Log::makeLogger(const std::string& subsystem,
                                             const std::string& category) {
-  return std::make_shared<Logger>(os_log_create(subsystem.c_str(), category.c_str()));
+  return loggers_.loggerFor(subsystem, category, [&] {
+    return std::make_shared<Logger>(os_log_create(subsystem.c_str(), category.c_str()));
+  });
 }
 
 void logFailedCall(const char* call, const char* reason) noexcept {

@@ -46,7 +46,7 @@ TEST_F(RecordingControl, startIsTheWholeSequence) {
       ElementsAre("the user chooses \"Start Recording\"",
                   "CGPreflightScreenCaptureAccess() -> true", "stringForKey(\"format\") -> nil",
                   "now() -> 0 s", "downloadsDirectory() -> \"/home/listener/Downloads\"",
-                  "fileExists(\"" + std::string(firstM4A) + "\") -> false",
+                  "nameIsTaken(\"" + std::string(firstM4A) + "\") -> false",
                   "CGPreflightScreenCaptureAccess() -> true", "engine starts",
                   "setString(\"" + std::string(firstM4A) + "\", \"lastRecordingPath\")",
                   "scheduleRepeatingTimer(1 s) -> timer 1", "now() -> 0 s",

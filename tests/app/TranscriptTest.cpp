@@ -36,7 +36,13 @@ class Session {
       tell("launch");
       happens();
     };
-    const int status = runApplication(world_.platform(), world_.desktop());
+    // Every process has loggers of its own.
+    fakes::FakeLog log(world_.journal);
+    const Platform all = world_.platform();
+    const int status = runApplication(
+        {all.audioHardware, all.audioFramework, all.captureAccess, all.clock, all.collation,
+         all.fileManager, all.runningApplications, all.uuids, all.dispatch, log, all.diagnostics},
+        world_.desktop());
     tell("the event loop has ended");
     text_ += "  => exit status " + std::to_string(status) + "\n";
   }

@@ -1,6 +1,7 @@
 #include "tests/contract/AudioBufferContract.h"
 #include "tests/contract/AudioFormatContract.h"
 #include "tests/contract/CollationContract.h"
+#include "tests/contract/LogContract.h"
 #include "tests/contract/RunningApplicationsContract.h"
 #include "tests/contract/TimerContract.h"
 #include "tests/contract/URLContract.h"
@@ -18,6 +19,7 @@ class FakeInterfaces {
  public:
   AV::AudioFramework& audioFramework() { return world_.audio; }
   NS::Collation& collation() { return world_.collation; }
+  os::Log& log() { return world_.log; }
   NS::RunLoop& runLoop() { return runLoop_; }
   void letRunLoopRun() { runLoop_.fire(); }
   NS::RunningApplications& runningApplications() { return world_.runningApplications; }
@@ -35,6 +37,7 @@ class FakeInterfaces {
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, AudioBufferContract, FakeInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, AudioFormatContract, FakeInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, CollationContract, FakeInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, LogContract, FakeInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, RunningApplicationsContract, FakeInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, TimerContract, FakeInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fakes, URLContract, FakeInterfaces);

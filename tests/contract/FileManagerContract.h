@@ -51,6 +51,23 @@ TYPED_TEST_P(FileManagerContract, nothingIsAtAPathThatNoFileHas) {
   EXPECT_FALSE(this->files.fileExists(this->folder / "no UTF-8: \xFF\xFE"));
 }
 
+TYPED_TEST_P(FileManagerContract, aLinkExistsWhereItLeadsToAFile) {
+  std::ofstream(this->folder / "a.wav") << "x";
+  std::error_code unknown;
+  std::filesystem::create_symlink("a.wav", this->folder / "link", unknown);
+  EXPECT_TRUE(this->files.fileExists(this->folder / "link"));
+  std::filesystem::remove(this->folder / "a.wav", unknown);
+  EXPECT_FALSE(this->files.fileExists(this->folder / "link"));
+}
+
+TYPED_TEST_P(FileManagerContract, whatExistsTakesItsNameAndNothingTakesNone) {
+  std::ofstream(this->folder / "a.wav") << "x";
+  EXPECT_TRUE(this->files.nameIsTaken(this->folder / "a.wav"));
+  EXPECT_TRUE(this->files.nameIsTaken(this->folder.path()));
+  EXPECT_FALSE(this->files.nameIsTaken(this->folder / "b.wav"));
+  EXPECT_FALSE(this->files.nameIsTaken(this->folder / "a.wav" / "below"));
+}
+
 TYPED_TEST_P(FileManagerContract, theUsersFoldersAreAbsolute) {
   EXPECT_TRUE(this->files.homeDirectoryForCurrentUser().is_absolute());
   const auto downloads = this->files.downloadsDirectory();
@@ -59,6 +76,7 @@ TYPED_TEST_P(FileManagerContract, theUsersFoldersAreAbsolute) {
 
 REGISTER_TYPED_TEST_SUITE_P(FileManagerContract, aFileExistsUnderItsWholeName, aFolderExistsToo,
                             aFileThatWasRemovedExistsNoMore, nothingIsAtAPathThatNoFileHas,
-                            theUsersFoldersAreAbsolute);
+                            aLinkExistsWhereItLeadsToAFile,
+                            whatExistsTakesItsNameAndNothingTakesNone, theUsersFoldersAreAbsolute);
 
 }  // namespace audrel::contract

@@ -7,6 +7,7 @@
 #include "platform/linux/desktop/Clock.h"
 #include "platform/linux/desktop/Collation.h"
 #include "platform/linux/desktop/FileManager.h"
+#include "platform/linux/desktop/Log.h"
 #include "platform/linux/desktop/UUIDFactory.h"
 #include "platform/linux/ffmpeg/AudioFramework.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
@@ -21,6 +22,7 @@
 #include "tests/contract/DiagnosticsContract.h"
 #include "tests/contract/FileManagerContract.h"
 #include "tests/contract/LastingUserDefaultsContract.h"
+#include "tests/contract/LogContract.h"
 #include "tests/contract/RunningApplicationsContract.h"
 #include "tests/contract/TimerContract.h"
 #include "tests/contract/URLContract.h"
@@ -38,6 +40,7 @@ class LinuxInterfaces {
   NS::Clock& clock() { return clock_; }
   NS::Collation& collation() { return collation_; }
   NS::FileManager& fileManager() { return fileManager_; }
+  os::Log& log() { return log_; }
   NS::RunLoop& runLoop() { return runLoop_; }
   NS::RunningApplications& runningApplications() { return hardware_; }
   NS::URLParser& urlParser() { return urlParser_; }
@@ -46,7 +49,8 @@ class LinuxInterfaces {
 
   NS::UserDefaults& userDefaults() {
     if (!userDefaults_) {
-      userDefaults_.emplace(folder_ / "defaults.ini", log_.makeLogger("org.example", "settings"));
+      userDefaults_.emplace(folder_ / "defaults.ini",
+                            journaled_.makeLogger("org.example", "settings"));
     }
     return *userDefaults_;
   }
@@ -64,15 +68,16 @@ class LinuxInterfaces {
  private:
   support::TemporaryFolder folder_;
   fakes::Journal journal_;
-  fakes::FakeLog log_{journal_};
-  linuxos::AudioFramework audioFramework_{log_};
+  fakes::FakeLog journaled_{journal_};
+  linuxos::AudioFramework audioFramework_{journaled_};
   linuxos::Clock clock_;
   linuxos::Collation collation_{"en_GB.UTF-8"};
   linuxos::FileManager fileManager_;
+  linuxos::Log log_{os::LogLevel::error};
   linuxos::RunLoop runLoop_;
   linuxos::URLParser urlParser_;
   linuxos::UUIDFactory uuids_;
-  linuxos::CaptureHardware hardware_{log_, uuids_};
+  linuxos::CaptureHardware hardware_{journaled_, uuids_};
   std::optional<linuxos::UserDefaults> userDefaults_;
 };
 
@@ -84,6 +89,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Linux, CollationContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, DiagnosticsContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LastingUserDefaultsContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LogContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RunningApplicationsContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TimerContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, URLContract, LinuxInterfaces);

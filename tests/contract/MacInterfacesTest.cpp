@@ -5,6 +5,7 @@
 #include "platform/macos/AudioFramework.h"
 #include "platform/macos/Diagnostics.h"
 #include "platform/macos/Foundation.h"
+#include "platform/macos/Log.h"
 #include "platform/macos/Workspace.h"
 #include "tests/contract/AudioBufferContract.h"
 #include "tests/contract/AudioFileContract.h"
@@ -14,6 +15,7 @@
 #include "tests/contract/DiagnosticsContract.h"
 #include "tests/contract/FileManagerContract.h"
 #include "tests/contract/LastingUserDefaultsContract.h"
+#include "tests/contract/LogContract.h"
 #include "tests/contract/MacForTests.h"
 #include "tests/contract/RunningApplicationsContract.h"
 #include "tests/contract/TimerContract.h"
@@ -30,6 +32,7 @@ class MacInterfaces {
   NS::Clock& clock() { return clock_; }
   NS::Collation& collation() { return collation_; }
   NS::FileManager& fileManager() { return fileManager_; }
+  os::Log& log() { return log_; }
   NS::RunLoop& runLoop() { return runLoop_; }
   NS::RunningApplications& runningApplications() { return runningApplications_; }
   NS::URLParser& urlParser() { return urlParser_; }
@@ -48,6 +51,7 @@ class MacInterfaces {
   macos::Collation collation_;
   macos::Diagnostics diagnostics_;
   macos::FileManager fileManager_;
+  macos::Log log_;
   macos::RunLoop runLoop_;
   macos::RunningApplications runningApplications_;
   macos::URLParser urlParser_;
@@ -63,6 +67,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Mac, CollationContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, DiagnosticsContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, FileManagerContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, LastingUserDefaultsContract, MacInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Mac, LogContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, RunningApplicationsContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, TimerContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, URLContract, MacInterfaces);

@@ -93,6 +93,13 @@ TEST_F(RawProcesses, aListQueryThatFailsIsLoggedWithItsStatusAndYieldsAnEmptyLis
                   discoveryLogger, logError + "ProcessObjectList query failed: 560947818"));
 }
 
+TEST_F(RawProcesses, everyFailureIsLoggedByTheOneLoggerThatTheFirstMade) {
+  rawProcesses();
+  rawProcesses();
+  EXPECT_EQ(world.journal.lines("log ").size(), 2U);
+  EXPECT_THAT(world.journal.lines("makeLogger"), ElementsAre(discoveryLogger));
+}
+
 TEST_F(RawProcesses, aSizeBelowOneIdYieldsAnEmptyListWithoutALogLine) {
   world.hardware.processObjects = {{70, 700, "x"}};
   world.hardware.processObjectListSize = 3;

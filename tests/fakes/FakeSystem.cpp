@@ -87,6 +87,12 @@ bool FakeFileManager::fileExists(const std::filesystem::path& path) {
   return exists;
 }
 
+bool FakeFileManager::nameIsTaken(const std::filesystem::path& path) {
+  const bool taken = existing.contains(path) || danglingLinks.contains(path);
+  journal_.add("nameIsTaken(" + inQuotes(path.string()) + ") -> " + text(taken));
+  return taken;
+}
+
 std::optional<NS::RunningApplication> FakeRunningApplications::runningApplication(
     pid_t processIdentifier) {
   journal_.add("runningApplication(" + std::to_string(processIdentifier) + ")");
@@ -104,8 +110,10 @@ std::string FakeUUIDs::uuidString() {
 
 std::shared_ptr<os::Logger> FakeLog::makeLogger(const std::string& subsystem,
                                                 const std::string& category) {
-  journal_.add("makeLogger(" + inQuotes(subsystem) + ", " + inQuotes(category) + ")");
-  return std::make_shared<FakeLogger>(journal_, "log " + subsystem + " [" + category + "] ");
+  return loggers_.loggerFor(subsystem, category, [&] {
+    journal_.add("makeLogger(" + inQuotes(subsystem) + ", " + inQuotes(category) + ")");
+    return std::make_shared<FakeLogger>(journal_, "log " + subsystem + " [" + category + "] ");
+  });
 }
 
 }  // namespace audrel::fakes

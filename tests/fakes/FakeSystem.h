@@ -15,6 +15,7 @@
 #include "platform/CoreGraphics.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
+#include "platform/Loggers.h"
 #include "tests/fakes/Journal.h"
 
 /// The small interfaces, each with what it answers as a field.
@@ -69,10 +70,13 @@ class FakeFileManager final : public NS::FileManager {
   std::optional<std::filesystem::path> downloads = "/home/listener/Downloads";
   std::filesystem::path home = "/home/listener";
   std::set<std::filesystem::path> existing;
+  /// Links that lead nowhere, which take a name as on Linux.
+  std::set<std::filesystem::path> danglingLinks;
 
   std::optional<std::filesystem::path> downloadsDirectory() override;
   std::filesystem::path homeDirectoryForCurrentUser() override;
   bool fileExists(const std::filesystem::path& path) override;
+  bool nameIsTaken(const std::filesystem::path& path) override;
 
  private:
   Journal& journal_;
@@ -102,7 +106,7 @@ class FakeUUIDs final : public NS::UUIDFactory {
   int made_ = 0;
 };
 
-/// Journals every line with its subsystem, category and level.
+/// Journals every logger that it makes, and every line with its subsystem, category and level.
 class FakeLog final : public os::Log {
  public:
   explicit FakeLog(Journal& journal) : journal_(journal) {}
@@ -112,6 +116,7 @@ class FakeLog final : public os::Log {
 
  private:
   Journal& journal_;
+  os::Loggers loggers_;
 };
 
 class FakeDiagnostics final : public capture::Diagnostics {

@@ -71,7 +71,7 @@ TEST_F(MakeOutputURL, theFirstNameThatIsFreeIsTakenAndNothingElseIsAsked) {
   systemMix();
   EXPECT_THAT(journal.lines(),
               ElementsAre("downloadsDirectory() -> \"/downloads\"",
-                          "fileExists(\"/downloads/audio-SystemMix-2026-11-16-070900.m4a\") "
+                          "nameIsTaken(\"/downloads/audio-SystemMix-2026-11-16-070900.m4a\") "
                           "-> false"));
 }
 
@@ -84,6 +84,11 @@ TEST_F(MakeOutputURL, whenTheBaseNameAndMinus2ExistMinus3IsTaken) {
   exists("audio-SystemMix-2026-11-16-070900.m4a");
   exists("audio-SystemMix-2026-11-16-070900-2.m4a");
   EXPECT_EQ(systemMix(), "/downloads/audio-SystemMix-2026-11-16-070900-3.m4a");
+}
+
+TEST_F(MakeOutputURL, aNameThatIsTakenByWhatDoesNotExistIsLeftOut) {
+  fileManager.danglingLinks = {"/downloads/audio-SystemMix-2026-11-16-070900.m4a"};
+  EXPECT_EQ(systemMix(), "/downloads/audio-SystemMix-2026-11-16-070900-2.m4a");
 }
 
 TEST_F(MakeOutputURL, aGapIsFilled) {
@@ -116,8 +121,8 @@ TEST_F(MakeOutputURL, withoutADownloadsFolderItIsDownloadsInTheHomeFolder) {
 TEST_F(MakeOutputURL, theFolderItselfIsNeverLookedAt) {
   fileManager.downloads = "/missing";
   EXPECT_EQ(systemMix(), "/missing/audio-SystemMix-2026-11-16-070900.m4a");
-  EXPECT_THAT(journal.lines("fileExists(\"/missing\")"), ElementsAre());
-  EXPECT_EQ(journal.lines("fileExists").size(), 1U);
+  EXPECT_THAT(journal.lines("nameIsTaken(\"/missing\")"), ElementsAre());
+  EXPECT_EQ(journal.lines("nameIsTaken").size(), 1U);
 }
 
 }  // namespace

@@ -76,6 +76,12 @@ TEST_F(PreferencesTest, lastRecordingWhoseFileIsGoneIsNothingWhileTheKeyKeepsThe
   EXPECT_EQ(defaults.values, (Values{{"lastRecordingPath", file.string()}}));
 }
 
+TEST_F(PreferencesTest, lastRecordingThatIsALinkToNowhereIsNothing) {
+  preferences.setLastRecordingURL(file);
+  fileManager.danglingLinks = {file};
+  EXPECT_EQ(preferences.lastRecordingURL(), std::nullopt);
+}
+
 TEST_F(PreferencesTest, absentLastRecordingRemovesTheKey) {
   preferences.setLastRecordingURL(file);
   preferences.setLastRecordingURL(std::nullopt);

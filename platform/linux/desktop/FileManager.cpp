@@ -68,6 +68,11 @@ std::filesystem::path FileManager::homeDirectoryForCurrentUser() {
 
 bool FileManager::fileExists(const std::filesystem::path& path) {
   std::error_code error;
+  return std::filesystem::exists(path, error);
+}
+
+bool FileManager::nameIsTaken(const std::filesystem::path& path) {
+  std::error_code error;
   return std::filesystem::exists(std::filesystem::symlink_status(path, error));
 }
 

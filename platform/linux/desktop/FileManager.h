@@ -18,8 +18,10 @@ class FileManager final : public NS::FileManager {
   /// HOME, else what the user database has.
   std::filesystem::path homeDirectoryForCurrentUser() override;
 
-  /// A dangling link counts: a file cannot be made in its place.
   bool fileExists(const std::filesystem::path& path) override;
+
+  /// A link that leads nowhere counts: a file cannot be made in its place.
+  bool nameIsTaken(const std::filesystem::path& path) override;
 };
 
 }  // namespace audrel::linuxos

@@ -20,10 +20,12 @@ Log::Log(os::LogLevel standardErrorMinimum)
 
 std::shared_ptr<os::Logger> Log::makeLogger(const std::string& subsystem,
                                             const std::string& category) {
-  if (standardError_ != nullptr) {
-    return standardError_->makeLogger(category);
-  }
-  return std::make_shared<JournalLogger>(subsystem, category, sendToJournal);
+  return loggers_.loggerFor(subsystem, category, [&]() -> std::shared_ptr<os::Logger> {
+    if (standardError_ != nullptr) {
+      return standardError_->makeLogger(category);
+    }
+    return std::make_shared<JournalLogger>(subsystem, category, sendToJournal);
+  });
 }
 
 }  // namespace audrel::linuxos

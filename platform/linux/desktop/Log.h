@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/Log.h"
+#include "platform/Loggers.h"
 #include "platform/linux/desktop/StandardErrorLog.h"
 
 namespace audrel::linuxos {
@@ -21,6 +22,7 @@ class Log final : public os::Log {
  private:
   /// Null where there is a journal.
   std::shared_ptr<StandardErrorLog> standardError_;
+  os::Loggers loggers_;
 };
 
 }  // namespace audrel::linuxos

@@ -47,6 +47,13 @@ TEST_F(FoundationTest, aFileExistsUnderItsWholeName) {
   EXPECT_FALSE(files.fileExists("/Users/test/ü"));
 }
 
+TEST_F(FoundationTest, aNameIsTakenByAFileThatExists) {
+  mac().existing.insert("/Users/test/ü.wav");
+  FileManager files;
+  EXPECT_TRUE(files.nameIsTaken("/Users/test/ü.wav"));
+  EXPECT_FALSE(files.nameIsTaken("/Users/test/ü"));
+}
+
 TEST_F(FoundationTest, aUUIDIsTheFrameworksText) {
   EXPECT_EQ(UUIDFactory().uuidString(), "00000000-0000-4000-8000-00000000ABCD");
 }
@@ -125,7 +132,8 @@ TEST_F(FoundationTest, anExceptionThatAFrameworkRaisesInATimersBlockIsLoggedWith
 }
 
 TEST_F(FoundationTest, linesOfTheLogArePublicAndHaveTheirLevel) {
-  const auto logger = Log().makeLogger("io.example", "engine");
+  Log log;
+  const auto logger = log.makeLogger("io.example", "engine");
   logger->info("100 %s %{private}s");
   logger->error(std::string_view("cut off", 3));
   EXPECT_EQ(journal(), (Lines{"os_log_create(\"io.example\", \"engine\")",

@@ -224,9 +224,9 @@ EXPLANATIONS = [
     Explanation(
         "files",
         "The folder is asked of NSFileManager by the numbers of \"Downloads\" and of \"the user's\", "
-        "and so is whether a file exists.",
+        "and so is whether a file exists; whether a name is taken is the same question there.",
         ((r"^downloadsDirectory\(\) -> ", "NSFileManager.URLsForDirectory: 15 inDomains: 1 -> "),
-         (r"^fileExists\((\".*\")\) -> ", r"NSFileManager.fileExistsAtPath: \1 -> "))),
+         (r"^(?:fileExists|nameIsTaken)\((\".*\")\) -> ", r"NSFileManager.fileExistsAtPath: \1 -> "))),
     Explanation(
         "running",
         "A running application is found by NSRunningApplication.",

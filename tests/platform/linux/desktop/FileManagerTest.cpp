@@ -118,14 +118,16 @@ TEST_F(LinuxFileManager, hasTheHomeFolderOfTheEnvironmentElseOfTheUserDatabase) 
   EXPECT_TRUE(fileManager_.homeDirectoryForCurrentUser().is_absolute());
 }
 
-TEST_F(LinuxFileManager, findsFilesFoldersAndDanglingLinks) {
-  std::ofstream(home_ / "file") << "x";
+TEST_F(LinuxFileManager, aLinkThatLeadsNowhereIsNoFileAndTakesItsName) {
   ASSERT_EQ(symlink("/nowhere/at/all", (home_ / "dangling").c_str()), 0);
-  EXPECT_TRUE(fileManager_.fileExists(home_ / "file"));
-  EXPECT_TRUE(fileManager_.fileExists(home_.path()));
-  EXPECT_TRUE(fileManager_.fileExists(home_ / "dangling"));
-  EXPECT_FALSE(fileManager_.fileExists(home_ / "missing"));
-  EXPECT_FALSE(fileManager_.fileExists(home_ / "file/below"));
+  EXPECT_FALSE(fileManager_.fileExists(home_ / "dangling"));
+  EXPECT_TRUE(fileManager_.nameIsTaken(home_ / "dangling"));
+}
+
+TEST_F(LinuxFileManager, aLinkInACircleIsNoFileAndTakesItsName) {
+  ASSERT_EQ(symlink("circle", (home_ / "circle").c_str()), 0);
+  EXPECT_FALSE(fileManager_.fileExists(home_ / "circle"));
+  EXPECT_TRUE(fileManager_.nameIsTaken(home_ / "circle"));
 }
 
 }  // namespace
