@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
 
 #include <array>
 #include <atomic>
@@ -230,6 +232,18 @@ TEST(SerialQueue, theWorkersNameIsTheEndOfTheLabelThatFits) {
   EXPECT_EQ(nameOfWorker("short"), "short");
   EXPECT_EQ(nameOfWorker("io.github.audrel.Audrel.writer"), "Audrel.writer");
   EXPECT_EQ(nameOfWorker("withoutanydotsatall"), "withoutanydotsa");
+}
+
+TEST(SerialQueue, theWorkerRunsAtThePriorityOfTheProcess) {
+  const auto queue = makeQueue();
+  int policy = -1;
+  int niceness = -1;
+  queue->sync([&] {
+    policy = sched_getscheduler(0);
+    niceness = getpriority(PRIO_PROCESS, 0);
+  });
+  EXPECT_EQ(policy, sched_getscheduler(0));
+  EXPECT_EQ(niceness, getpriority(PRIO_PROCESS, 0));
 }
 
 TEST(SerialQueue, theWorkerTakesNoSignals) {

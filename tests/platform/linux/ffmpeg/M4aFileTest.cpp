@@ -31,6 +31,20 @@ std::uint64_t nanoseconds(std::uint64_t frames) {
   return frames * 1'000'000'000 / 48000;
 }
 
+TEST_F(M4aFiles, areTheSameWhateverTheQualityKeySays) {
+  const Audio audio = noise(48'000);
+  std::vector<std::vector<float>> decoded;
+  for (const std::int64_t quality : {std::int64_t{0}, AV::AVAudioQualityHigh}) {
+    auto settings = m4aSettings(audio);
+    settings[AV::AVEncoderAudioQualityKey] = quality;
+    const auto path = folder_ / (std::to_string(quality) + ".m4a");
+    EXPECT_TRUE(deliver(framework_, *openFile(framework_, path, settings), audio).empty());
+    decoded.push_back(decode(path));
+  }
+  ASSERT_GE(decoded[0].size(), audio.samples.size());
+  EXPECT_EQ(decoded[0], decoded[1]);
+}
+
 TEST_F(M4aFiles, areExactToTheFrameWhateverTheirLength) {
   for (const std::size_t frames : {1U, 1023U, 1024U, 1025U, 2048U, 22'529U, 48'000U, 144'001U}) {
     const Audio audio = noise(frames);
