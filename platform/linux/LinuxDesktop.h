@@ -35,7 +35,8 @@ class LinuxDesktop {
 
  private:
   /// What the launcher's entry can ask for, as choices from the menu: so they do what the menu
-  /// does, and only where the menu offers it.
+  /// does, and only where the menu offers it. A start or stop is over when it returns, but for the
+  /// failure's alert.
   class Commands final : public ApplicationCommands {
    public:
     explicit Commands(LinuxDesktop& desktop) : desktop_(desktop) {}

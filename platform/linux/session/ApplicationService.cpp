@@ -103,7 +103,7 @@ ApplicationService::ApplicationService(Application& application, DesktopBus& bus
       notifier_(notifier),
       logger_(std::move(logger)),
       activationExpectedUntil_(expectedActivation()),
-      perform_([this] { performCommands(); }, Reentry::allowed),
+      perform_([this] { performNextCommand(); }, Reentry::allowed),
       retry_([this] { connect(); }),
       retryDelay_(firstRetryDelay) {
   bus_.setLossObserver([this] { connectionLost(); });
@@ -209,7 +209,8 @@ void ApplicationService::activate() {
 void ApplicationService::notifyRunning() {
   notifier_.notify({.summary = "Audrel is already running",
                     .body = "Its icon in the panel has the menu. Where the panel shows none, the "
-                            "launcher's entry for Audrel has its commands."});
+                            "launcher's entry for Audrel has its commands.",
+                    .tag = "running"});
 }
 
 std::vector<std::string> ApplicationService::actionNames() {
@@ -237,15 +238,19 @@ void ApplicationService::setCommands(const std::weak_ptr<ApplicationCommands>& c
   perform_.callSoon();
 }
 
-void ApplicationService::performCommands() {
-  while (commands_ && !waiting_.empty()) {
-    const Command command = waiting_.front();
-    waiting_.pop_front();
-    const auto commands = commands_->lock();
-    const bool isHonoured = !application_.isModal() || command == &ApplicationCommands::quit;
-    if (commands != nullptr && isHonoured) {
-      ((*commands).*command)();
-    }
+void ApplicationService::performNextCommand() {
+  if (!commands_ || waiting_.empty()) {
+    return;
+  }
+  const Command command = waiting_.front();
+  waiting_.pop_front();
+  if (!waiting_.empty()) {
+    perform_.callSoon();  // also when this one waits in an alert: the next may be quit
+  }
+  const auto commands = commands_->lock();
+  const bool isHonoured = !application_.isModal() || command == &ApplicationCommands::quit;
+  if (commands != nullptr && isHonoured) {
+    ((*commands).*command)();
   }
 }
 

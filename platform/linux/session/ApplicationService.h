@@ -17,7 +17,8 @@
 
 namespace audrel::linuxos {
 
-/// What the desktop asks of the running program through the actions of its desktop entry.
+/// What the desktop asks of the running program through the actions of its desktop entry. Each has
+/// had its effect when it returns, so that the next one is judged by it.
 class ApplicationCommands {
  public:
   virtual ~ApplicationCommands() = default;
@@ -54,8 +55,9 @@ class ApplicationService {
   /// at most, beside the time that the desktop takes to show the notification.
   Claim claim();
 
-  /// Actions that came before are performed then, from the main loop. While an alert is up only
-  /// quit is honoured, and while nobody is there nothing.
+  /// Actions that came before are performed then, from the main loop, and each once the one before
+  /// it has had its effect or waits in an alert. While an alert is up only quit is honoured, and
+  /// while nobody is there nothing.
   void setCommands(const std::weak_ptr<ApplicationCommands>& commands);
 
   /// What the desktop entry offers.
@@ -77,7 +79,7 @@ class ApplicationService {
   void giveUpWaiting();
   void connectionLost();
   void tryAgain();
-  void performCommands();
+  void performNextCommand();
 
   Application& application_;
   DesktopBus& bus_;

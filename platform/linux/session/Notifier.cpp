@@ -32,6 +32,15 @@ bool lists(const DesktopBus::Answer& answer, std::string_view text) {
   return found;
 }
 
+/// 0 when the answer is none.
+std::uint32_t numberIn(const DesktopBus::Answer& answer) {
+  guint32 number = 0;
+  if (g_variant_is_of_type(answer.values.get(), G_VARIANT_TYPE("(u)")) == TRUE) {
+    g_variant_get(answer.values.get(), "(u)", &number);
+  }
+  return number;
+}
+
 std::string escapedForMarkup(const std::string& text) {
   return StringHandle(g_markup_escape_text(text.c_str(), -1)).get();
 }
@@ -57,13 +66,16 @@ Notifier::Notifier(DesktopBus& bus, std::shared_ptr<os::Logger> logger)
     : bus_(bus), logger_(std::move(logger)) {}
 
 void Notifier::notify(Notification notification) {
+  if (!notification.tag.empty() && !tagsOnTheirWay_.insert(notification.tag).second) {
+    return;
+  }
   ++onTheirWay_;
   notification.summary = madeValid(notification.summary);
   notification.body = madeValid(notification.body);
   bus_.call(method("GetCapabilities"), nullptr,
             [this, notification = std::move(notification)](const DesktopBus::Answer& answer) {
               if (answer.values == nullptr) {
-                done(notification, answer.failure);
+                done(notification, answer);
               } else {
                 show(notification,
                      lists(answer, "body-markup") ? BodyFormat::markup : BodyFormat::plain);
@@ -72,24 +84,27 @@ void Notifier::notify(Notification notification) {
 }
 
 void Notifier::show(const Notification& notification, BodyFormat format) {
-  constexpr guint32 replacesNone = 0;
+  constexpr guint32 none = 0;
   constexpr gint32 desktopsOwnDuration = -1;
+  const auto former = lastOfTag_.find(notification.tag);
   const std::string body =
       format == BodyFormat::markup ? escapedForMarkup(notification.body) : notification.body;
   bus_.call(method("Notify"),
-            g_variant_new("(susssas@a{sv}i)", "Audrel", replacesNone, identity::bundleIdentifier,
-                          notification.summary.c_str(), body.c_str(), nullptr,
-                          hintsOf(notification), desktopsOwnDuration),
-            [this, notification](const DesktopBus::Answer& answer) {
-              done(notification, answer.failure);
-            });
+            g_variant_new("(susssas@a{sv}i)", "Audrel",
+                          former == lastOfTag_.end() ? none : former->second,
+                          identity::bundleIdentifier, notification.summary.c_str(), body.c_str(),
+                          nullptr, hintsOf(notification), desktopsOwnDuration),
+            [this, notification](const DesktopBus::Answer& answer) { done(notification, answer); });
 }
 
-void Notifier::done(const Notification& notification, const std::string& failure) {
+void Notifier::done(const Notification& notification, const DesktopBus::Answer& answer) {
   --onTheirWay_;
-  if (!failure.empty()) {
+  tagsOnTheirWay_.erase(notification.tag);
+  if (!answer.failure.empty()) {
     logger_->error(notification.summary + ": " + notification.body +
-                   " (no notification could be shown: " + failure + ")");
+                   " (no notification could be shown: " + answer.failure + ")");
+  } else if (!notification.tag.empty()) {
+    lastOfTag_[notification.tag] = numberIn(answer);
   }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "platform/Log.h"
@@ -16,6 +18,10 @@ struct Notification {
   std::string summary;
   std::string body;  ///< plain text
   Urgency urgency = Urgency::normal;
+
+  /// Of those with the same tag one at most is there: it takes the place of the one before it, and
+  /// is left out while that one is on its way. Without a tag each stands for itself.
+  std::string tag = {};
 };
 
 /// Shows the desktop's notifications. Where it has none, their text goes to the log. Main thread.
@@ -33,11 +39,13 @@ class Notifier {
   enum class BodyFormat { plain, markup };
 
   void show(const Notification& notification, BodyFormat format);
-  void done(const Notification& notification, const std::string& failure);
+  void done(const Notification& notification, const DesktopBus::Answer& answer);
 
   DesktopBus& bus_;
   std::shared_ptr<os::Logger> logger_;
   int onTheirWay_ = 0;
+  std::set<std::string> tagsOnTheirWay_;
+  std::map<std::string, std::uint32_t> lastOfTag_;  ///< as the desktop numbers it
 };
 
 }  // namespace audrel::linuxos

@@ -1,6 +1,10 @@
 #include "platform/linux/tray/DBusMenu.h"
 
 #include <array>
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,22 +35,38 @@ std::string stringArgument(const Call& call, gsize index) {
   return g_variant_get_string(argument(call, index).get(), nullptr);
 }
 
-PropertyNames namesArgument(const Call& call, gsize index) {
+/// What one call may name. No menu has as many items or properties.
+constexpr std::size_t mostInACall = 10'000;
+
+/// The names of properties; nothing when they are too many.
+std::optional<PropertyNames> namesArgument(const Call& call, gsize index) {
   const VariantHandle names = argument(call, index);
   PropertyNames result;
-  for (gsize i = 0; i < g_variant_n_children(names.get()); ++i) {
+  for (gsize i = 0; i < g_variant_n_children(names.get()) && result.size() <= mostInACall; ++i) {
     const VariantHandle name(g_variant_get_child_value(names.get(), i));
     result.insert(g_variant_get_string(name.get(), nullptr));
   }
-  return result;
+  return result.size() <= mostInACall ? std::optional(std::move(result)) : std::nullopt;
 }
 
-std::vector<std::int32_t> idsArgument(const Call& call, gsize index) {
+/// In the caller's order and each once: to serve one can take the program a while. Nothing when
+/// they are too many.
+std::optional<std::vector<std::int32_t>> idsArgument(const Call& call, gsize index) {
   const VariantHandle ids = argument(call, index);
   gsize count = 0;
   const auto* first =
       static_cast<const gint32*>(g_variant_get_fixed_array(ids.get(), &count, sizeof(gint32)));
-  return {first, first + count};
+  std::set<std::int32_t> seen;
+  std::vector<std::int32_t> result;
+  for (const gint32 id : std::span(first, count)) {
+    if (seen.insert(id).second) {
+      result.push_back(id);
+    }
+    if (result.size() > mostInACall) {
+      return std::nullopt;
+    }
+  }
+  return result;
 }
 
 GVariant* idArray(const std::vector<std::int32_t>& ids) {
@@ -71,32 +91,36 @@ bool handleAboutToShow(const Call& call, std::int32_t id) {
          call.presenter.opens(call.panel, MenuOpening::Notice::aboutToShow);
 }
 
-// The methods: each gives its results as a tuple, floating, or null for an unknown item or
-// property.
+// The methods: each gives its results as a tuple, floating, or null for an unknown item or property
+// and for a call that names too many.
 
 GVariant* getLayout(const Call& call) {
   const MenuNode* parent = call.presenter.tree().find(intArgument(call, 0));
-  if (parent == nullptr) {
+  const auto names = namesArgument(call, 2);
+  if (parent == nullptr || !names) {
     return nullptr;
   }
   return g_variant_new("(u@(ia{sv}av))", call.presenter.revision(),
-                       menuLayout(*parent, intArgument(call, 1), namesArgument(call, 2)));
+                       menuLayout(*parent, intArgument(call, 1), *names));
 }
 
 GVariant* getGroupProperties(const Call& call) {
-  const PropertyNames names = namesArgument(call, 1);
+  const auto ids = idsArgument(call, 0);
+  const auto names = namesArgument(call, 1);
+  if (!ids || !names) {
+    return nullptr;
+  }
   GVariantBuilder result;
   g_variant_builder_init(&result, reinterpret_cast<const GVariantType*>("a(ia{sv})"));
   const auto add = [&](const MenuNode& node) {
-    g_variant_builder_add(&result, "(i@a{sv})", node.id, menuProperties(node, names));
+    g_variant_builder_add(&result, "(i@a{sv})", node.id, menuProperties(node, *names));
   };
-  const auto ids = idsArgument(call, 0);
-  for (const std::int32_t id : ids) {
+  for (const std::int32_t id : *ids) {
     if (const MenuNode* node = call.presenter.known(id)) {
       add(*node);
     }
   }
-  if (ids.empty()) {
+  if (ids->empty()) {
     call.presenter.tree().forEach(add);
   }
   return g_variant_new("(a(ia{sv}))", &result);
@@ -116,12 +140,18 @@ GVariant* event(const Call& call) {
 
 GVariant* eventGroup(const Call& call) {
   const VariantHandle events = argument(call, 0);
+  const gsize count = g_variant_n_children(events.get());
+  if (count > mostInACall) {
+    return nullptr;
+  }
+  std::set<std::pair<std::int32_t, std::string>> served;
   std::vector<std::int32_t> unknown;
-  for (gsize i = 0; i < g_variant_n_children(events.get()); ++i) {
+  for (gsize i = 0; i < count; ++i) {
     const VariantHandle item(g_variant_get_child_value(events.get(), i));
     const Call part{call.presenter, call.panel, item.get()};
     const std::int32_t id = intArgument(part, 0);
-    if (!handleEvent(part, id, stringArgument(part, 1))) {
+    const std::string kind = stringArgument(part, 1);
+    if (served.emplace(id, kind).second && !handleEvent(part, id, kind)) {
       unknown.push_back(id);
     }
   }
@@ -133,9 +163,13 @@ GVariant* aboutToShow(const Call& call) {
 }
 
 GVariant* aboutToShowGroup(const Call& call) {
+  const auto ids = idsArgument(call, 0);
+  if (!ids) {
+    return nullptr;
+  }
   std::vector<std::int32_t> updated;
   std::vector<std::int32_t> unknown;
-  for (const std::int32_t id : idsArgument(call, 0)) {
+  for (const std::int32_t id : *ids) {
     if (call.presenter.known(id) == nullptr) {
       unknown.push_back(id);
     } else if (handleAboutToShow(call, id)) {
@@ -191,7 +225,8 @@ void onMethodCall(GDBusConnection* connection, const char* sender, const char* /
       }
     } else {
       g_dbus_method_invocation_return_error_literal(
-          invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, "No such menu item or property");
+          invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
+          "No such menu item or property, or too many of them");
     }
     return;
   }

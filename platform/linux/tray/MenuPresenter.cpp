@@ -1,8 +1,15 @@
 #include "platform/linux/tray/MenuPresenter.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace audrel::linuxos {
+
+namespace {
+
+constexpr std::size_t mostWaitingClicks = 16;
+
+}  // namespace
 
 std::shared_ptr<MenuPresenter> MenuPresenter::make(const Application& application,
                                                    NS::Selector quitAction) {
@@ -82,7 +89,10 @@ bool MenuPresenter::click(std::int32_t id) {
     return false;
   }
   if (node->item != nullptr && node->isEnabled) {
-    clicked_.push_back(node->item);
+    std::erase(clicked_, node->item);
+    if (clicked_.size() < mostWaitingClicks) {
+      clicked_.push_back(node->item);
+    }
     clicks_.callSoon();
   }
   return true;
@@ -95,18 +105,22 @@ void MenuPresenter::choose(const NS::Selector& action) {
       chosen = &node;
     }
   });
-  if (chosen != nullptr) {
-    click(chosen->id);
+  if (chosen != nullptr && chosen->isEnabled) {
+    perform(std::shared_ptr(chosen->item));
   }
 }
 
 void MenuPresenter::performNextClick() {
-  const auto self = shared_from_this();
   const std::shared_ptr<MenuItem> item = std::move(clicked_.front());
   clicked_.pop_front();
   if (!clicked_.empty()) {
     clicks_.callSoon();
   }
+  perform(item);
+}
+
+void MenuPresenter::perform(const std::shared_ptr<MenuItem>& item) {
+  const auto self = shared_from_this();
   if (isHonoured(*item) && tree_.stillOffers(*item)) {
     MenuItem::perform(item);
   }

@@ -17,10 +17,10 @@ namespace audrel::linuxos {
 
 /// The status item's menu as panels show it and answer it.
 ///
-/// The menu is read when it is set, and again once it has been told that it opens. Actions run from
-/// the main loop, never from `click`; they may do anything, replacing the menu and dropping this
-/// object included. While an alert is up, only items with the quit action are enabled and honoured,
-/// and the menu is not told that it opens. Main thread.
+/// The menu is read when it is set, and again once it has been told that it opens. The actions of
+/// clicks run from the main loop, never from `click`; actions may do anything, replacing the menu
+/// and dropping this object included. While an alert is up, only items with the quit action are
+/// enabled and honoured, and the menu is not told that it opens. Main thread.
 class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
  public:
   /// `application` must outlive this object.
@@ -49,12 +49,13 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   bool opens(const std::string& panel, MenuOpening::Notice notice);
 
   /// An item was chosen. What it means is judged when its turn has come (`MenuTree::stillOffers`):
-  /// a second click on "Start" that comes when the menu says "Stop" does nothing. False for an
-  /// item that is not known.
+  /// a second click on "Start" that comes when the menu says "Stop" does nothing. A click on the
+  /// same item that still waits gives way to this one, and beyond sixteen that wait it is lost:
+  /// nobody clicks that fast. False for an item that is not known.
   bool click(std::int32_t id);
 
-  /// As if the first item with that action was chosen; nothing when there is none, or it is
-  /// disabled.
+  /// Performs the action of the first item that has it, at once: for callers in the main loop.
+  /// Nothing when there is none, or it is disabled.
   void choose(const NS::Selector& action);
 
   /// Reads the menu again: what is honoured has changed.
@@ -66,6 +67,7 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   bool isHonoured(const MenuItem& item) const;
   void readMenu();
   void performNextClick();
+  void perform(const std::shared_ptr<MenuItem>& item);
 
   const Application& application_;
   NS::Selector quitAction_;

@@ -54,7 +54,7 @@ class StatusItem final : public NS::StatusItem {
   /// `menu` is one of this platform's menus.
   void setMenu(std::shared_ptr<NS::Menu> menu) override;
 
-  /// Chooses the menu's first item with that action, as a click on it does.
+  /// Performs the action of the menu's first item that has it, at once.
   void choose(const NS::Selector& action) { presenter_->choose(action); }
 
   /// An alert has come up or gone, which changes what the menu honours.

@@ -57,7 +57,8 @@ class TrayAppKit final : public NS::AppKit {
   std::shared_ptr<NS::Font> monospacedDigitSystemFont(double size, double weight) override;
   std::unique_ptr<NS::Alert> makeAlert() override { return parts_.makeAlert(); }
 
-  /// Chooses the first item with that action in the status item's menu, as a click on it does.
+  /// Performs the action of the first item that has it in the status item's menu, at once. Nothing
+  /// when there is none, or it is disabled.
   void chooseMenuItem(const NS::Selector& action);
 
  private:

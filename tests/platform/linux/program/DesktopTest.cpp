@@ -92,6 +92,24 @@ TEST_F(Desktop, startsStopsAndQuitsThroughTheLaunchersActions) {
   EXPECT_GE(pwtest::framesOf(pwtest::readM4a(recordings().back())), 48'000U);
 }
 
+TEST_F(Desktop, startsAndStopsWhenBothCommandsArriveTogether) {
+  startProgram();
+  performActionsTogether({"start-recording", "stop-recording"});
+  ASSERT_TRUE(panel->runUntil([this] { return recordings().size() == 1; }));
+  EXPECT_TRUE(waitForIcon("idle-symbolic")) << "it records on, unnoticed";
+}
+
+TEST_F(Desktop, stopsAndStartsWhenBothCommandsArriveTogether) {
+  startProgram();
+  startRecording();
+  ASSERT_TRUE(hearASecond());
+  performActionsTogether({"stop-recording", "start-recording"});
+  EXPECT_TRUE(panel->runUntil([this] { return recordings().size() == 2; }));
+  EXPECT_TRUE(waitForIcon("recording"));
+  stopRecording();
+  EXPECT_EQ(recordings().size(), 2U);
+}
+
 /// A desktop with a display, on which "About" is up.
 class Alert : public Session {
  protected:

@@ -14,6 +14,7 @@ using sessiontest::TestService;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr const char* name = "io.github.audrel.Audrel";
 constexpr const char* path = "/io/github/audrel/Audrel";
@@ -197,6 +198,37 @@ TEST_F(ApplicationServiceTest, aCommandThatWaitsInAnAlertDelaysNoQuit) {
   EXPECT_FALSE(application.isTerminating()) << "nobody quit";
 }
 
+TEST_F(ApplicationServiceTest, aCommandThatWaitsInAnAlertDelaysNoQuitThatCameWithIt) {
+  struct Asking final : ApplicationCommands {
+    explicit Asking(Application& owner) : application(owner) {}
+    void startRecording() override {
+      calls.emplace_back("start");
+      ModalSession session(application);
+      isAnswered = session.wait();
+    }
+    void stopRecording() override { calls.emplace_back("stop"); }
+    void quit() override {
+      calls.emplace_back("quit");
+      application.terminate();
+    }
+
+    Application& application;
+    std::vector<std::string> calls;
+    bool isAnswered = false;
+  };
+  ASSERT_EQ(service.claim(), Claim::first);
+  const auto asking = std::make_shared<Asking>(application);
+  for (const char* action : {"start-recording", "stop-recording", "quit"}) {
+    EXPECT_TRUE(service.activateAction(action));
+  }
+  LoopSource tooLate([this] { application.terminate(); });
+  tooLate.callAfter(10s);
+  service.setCommands(asking);
+  EXPECT_TRUE(runLoopUntil([this] { return application.isTerminating(); }));
+  EXPECT_THAT(asking->calls, ElementsAre("start", "quit"));
+  EXPECT_FALSE(asking->isAnswered);
+}
+
 TEST_F(ApplicationServiceTest, commandsOfAProgramThatHasGoneAreDropped) {
   ASSERT_EQ(service.claim(), Claim::first);
   service.setCommands(program);
@@ -211,6 +243,23 @@ TEST_F(ApplicationServiceTest, beingActivatedSaysThatItRuns) {
   ASSERT_EQ(service.claim(), Claim::first);
   EXPECT_EQ(activate(), "");
   EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
+}
+
+TEST_F(ApplicationServiceTest, activationsShowOneNotificationHoweverManyCome) {
+  auto desktopsNotifications = notifications();
+  ASSERT_TRUE(desktopsNotifications.isRunning());
+  ASSERT_EQ(service.claim(), Claim::first);
+  for (int i = 0; i < 100; ++i) {
+    service.activate();
+  }
+  EXPECT_THAT(nextNotification(desktopsNotifications),
+              StartsWith("Notify ('Audrel', 0, 'io.github.audrel.Audrel', 'Audrel is already"));
+  ASSERT_TRUE(runLoopUntil([this] { return !notifier.isBusy(); }));
+  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty());
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(nextNotification(desktopsNotifications),
+              StartsWith("Notify ('Audrel', 1, 'io.github.audrel.Audrel', 'Audrel is already"))
+      << "the same takes the place of the former";
 }
 
 TEST_F(ApplicationServiceTest, theActivationThatStartedItIsNoSecondStart) {

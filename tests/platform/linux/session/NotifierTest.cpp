@@ -53,6 +53,40 @@ TEST_F(NotifierTest, makesTextsOfBytesThatAreNone) {
   EXPECT_THAT(nextNotification(service), HasSubstr("'caf\xEF\xBF\xBD', '\xEF\xBF\xBD'"));
 }
 
+TEST_F(NotifierTest, putsANotificationInThePlaceOfTheFormerOfItsTag) {
+  auto service = notifications();
+  ASSERT_TRUE(service.isRunning());
+  for (const char* replaced : {"Notify ('Audrel', 0,", "Notify ('Audrel', 1,"}) {
+    notifier.notify({.summary = "a", .body = "", .tag = "same"});
+    EXPECT_THAT(nextNotification(service), StartsWith(replaced));
+    ASSERT_TRUE(settle());
+  }
+  for (const char* tag : {"other", "", ""}) {
+    notifier.notify({.summary = "a", .body = "", .tag = tag});
+    EXPECT_THAT(nextNotification(service), StartsWith("Notify ('Audrel', 0,"));
+    ASSERT_TRUE(settle());
+  }
+}
+
+TEST_F(NotifierTest, leavesOutANotificationWhileOneOfItsTagIsOnItsWay) {
+  auto service = notifications();
+  ASSERT_TRUE(service.isRunning());
+  for (int i = 0; i < 3; ++i) {
+    notifier.notify({.summary = "a", .body = "", .tag = "same"});
+  }
+  EXPECT_THAT(nextNotification(service), StartsWith("Notify"));
+  ASSERT_TRUE(settle());
+  EXPECT_THAT(service.furtherCalls(), IsEmpty());
+}
+
+TEST_F(NotifierTest, triesAgainToShowWhatCouldNotBeShown) {
+  for (int i = 0; i < 2; ++i) {
+    notifier.notify({.summary = "a", .body = "", .tag = "same"});
+    ASSERT_TRUE(settle());
+  }
+  EXPECT_EQ(log->lines.size(), 2U);
+}
+
 TEST_F(NotifierTest, logsTheTextWhereNobodyShowsNotifications) {
   notifier.notify({.summary = "Recording failed", .body = "No space."});
   EXPECT_TRUE(notifier.isBusy());

@@ -90,6 +90,20 @@ TEST_F(ClickOnBus, twiceOnStartStartsOnce) {
   EXPECT_THAT(panel.menuText(), HasSubstr("'Stop'"));
 }
 
+TEST_F(ClickOnBus, aThousandOfThemAtOnceAreOneForEachItem) {
+  const std::string first = std::to_string(idOf("Everything"));
+  const std::string second = std::to_string(idOf("some__player ____x"));
+  std::string events;
+  for (int i = 0; i < 500; ++i) {
+    events += "(" + first + ", 'clicked', <0>, uint32 0), (" + second + ", 'clicked', <0>, 0), ";
+  }
+  EXPECT_EQ(panel.callMenu("EventGroup", "([" + events.substr(0, events.size() - 2) + "],)").value,
+            "(@ai [],)");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(),
+              ElementsAre("perform select: Everything", "perform select: some_player __x"));
+}
+
 TEST_F(ClickOnBus, isAnsweredBeforeItsActionRuns) {
   EXPECT_EQ(click("Ask").error, "");
   ASSERT_TRUE(program.waitFor("asking"));

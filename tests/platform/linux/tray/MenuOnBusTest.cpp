@@ -143,6 +143,54 @@ TEST_F(MenuOnBus, groupsOfAnnouncementsTellWhichChangedAndWhichAreUnknown) {
   EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
 }
 
+/// `count` times `text`, as an array.
+std::string arrayOf(const std::string& text, int count) {
+  std::string array = "[";
+  for (int i = 0; i < count; ++i) {
+    array.append(i == 0 ? "" : ", ").append(text);
+  }
+  return array + "]";
+}
+
+/// As many ids that no item has.
+std::string unknownIds(int count) {
+  std::string array = "[";
+  for (int i = 0; i < count; ++i) {
+    array.append(i == 0 ? "" : ", ").append(std::to_string(1'000'000 + i));
+  }
+  return array + "]";
+}
+
+TEST_F(MenuOnBus, groupsServeEachItemOnceHoweverOftenTheyNameIt) {
+  EXPECT_EQ(panel.callMenu("AboutToShowGroup", "(" + arrayOf("0", 60'000) + ",)").value,
+            "([0], @ai [])");
+  EXPECT_EQ(panel.callMenu("AboutToShowGroup", "([9999, 9999],)").value, "(@ai [], [9999])");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
+  const std::string id = std::to_string(idOf("Reveal"));
+  const std::string many = "(" + arrayOf(id, 100'000) + ", ['enabled'])";
+  EXPECT_TRUE(panel.callMenu("GetGroupProperties", many).value ==
+              "([(" + id + ", {'enabled': <false>})],)");
+}
+
+TEST_F(MenuOnBus, groupsOfReportsTellTheProgramOnceThatItOpens) {
+  const std::string reports = arrayOf("(0, 'opened', <0>, uint32 0)", 1'000);
+  EXPECT_EQ(panel.callMenu("EventGroup", "(" + reports + ",)").value, "(@ai [],)");
+  ASSERT_TRUE(program.settle());
+  EXPECT_THAT(program.takeJournal(), ElementsAre("menu will open"));
+}
+
+TEST_F(MenuOnBus, groupsOfMoreItemsThanAnyMenuHasAreRefused) {
+  EXPECT_EQ(panel.callMenu("AboutToShowGroup", "(" + unknownIds(10'000) + ",)").error, "");
+  EXPECT_EQ(panel.callMenu("AboutToShowGroup", "(" + unknownIds(10'001) + ",)").error, invalid);
+  EXPECT_EQ(panel.callMenu("GetGroupProperties", "(" + unknownIds(10'001) + ", @as [])").error,
+            invalid);
+  EXPECT_EQ(
+      panel.callMenu("EventGroup", "(" + arrayOf("(9999, 'hovered', <0>, uint32 0)", 10'001) + ",)")
+          .error,
+      invalid);
+}
+
 TEST_F(MenuOnBus, aMenuThatIsKeptWhenItOpensIsReadAgain) {
   ASSERT_TRUE(program.command("keep-menu"));
   const std::string menu = panel.menuText();

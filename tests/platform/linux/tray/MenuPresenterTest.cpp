@@ -91,6 +91,59 @@ TEST_F(MenuPresenterTest, clicksKeepTheirOrder) {
   EXPECT_THAT(recorder->calls, ElementsAre("c:", "a:", "b:"));
 }
 
+TEST_F(MenuPresenterTest, aClickThatWaitsGivesWayToAnEqualOne) {
+  presenter->setMenu(menu({item("A", "a:"), item("B", "b:")}));
+  for (const std::size_t index : {0U, 1U, 0U, 0U}) {
+    EXPECT_TRUE(presenter->click(idOf(index)));
+  }
+  runLoop();
+  EXPECT_THAT(recorder->calls, ElementsAre("b:", "a:"));
+}
+
+TEST_F(MenuPresenterTest, ofAFloodOfClicksTheFirstSixteenArePerformed) {
+  std::vector<std::shared_ptr<MenuItem>> items;
+  for (int i = 0; i < 40; ++i) {
+    items.push_back(item("A", "a" + std::to_string(i) + ":"));
+  }
+  presenter->setMenu(menu(items));
+  for (std::size_t index = 0; index < items.size(); ++index) {
+    EXPECT_TRUE(presenter->click(idOf(index)));
+  }
+  runLoop();
+  ASSERT_EQ(recorder->calls.size(), 16U);
+  EXPECT_EQ(recorder->calls.back(), "a15:");
+}
+
+TEST_F(MenuPresenterTest, whatIsChosenForTheUserIsPerformedAtOnce) {
+  auto disabled = item("Start", "disabled:");
+  disabled->setEnabled(false);
+  presenter->setMenu(menu({item("Start", "toggle:"), item("Stop", "toggle:"), disabled}));
+  presenter->choose(NS::Selector("toggle:"));
+  EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
+  presenter->choose(NS::Selector("disabled:"));
+  presenter->choose(NS::Selector("unknown:"));
+  runLoop();
+  EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
+}
+
+TEST_F(MenuPresenterTest, duringAnAlertNothingIsChosenButQuit) {
+  presenter->setMenu(menu({item("Start", "toggle:"), item("Quit", "quit:")}));
+  const ModalSession session(application);
+  presenter->choose(NS::Selector("toggle:"));
+  presenter->choose(NS::Selector("quit:"));
+  EXPECT_THAT(recorder->calls, ElementsAre("quit:"));
+}
+
+TEST_F(MenuPresenterTest, aChosenActionMayDropEverythingThatCalledIt) {
+  presenter->setMenu(menu({item("Start", "toggle:")}));
+  recorder->onPerform = [this] {
+    presenter->setMenu(menu({}));
+    presenter.reset();
+  };
+  presenter->choose(NS::Selector("toggle:"));
+  EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
+}
+
 TEST_F(MenuPresenterTest, anActionMayDropEverythingThatCalledIt) {
   presenter->setMenu(menu({item("Start", "toggle:"), item("Other", "other:")}));
   recorder->onPerform = [this] { presenter.reset(); };

@@ -33,6 +33,14 @@ const traytest::ItemInMenu* itemWithLabel(const traytest::ItemInMenu& menu,
   return nullptr;
 }
 
+constexpr const char* objectPath = "/io/github/audrel/Audrel";
+constexpr const char* applicationInterface = "org.freedesktop.Application";
+
+/// Of an action that is performed.
+std::string argumentsOf(const std::string& action) {
+  return "('" + action + "', @av [], @a{sv} {})";
+}
+
 }  // namespace
 
 Session::Session(pwtest::ServerOptions options) : server(std::move(options)) {
@@ -143,9 +151,20 @@ bool Session::waitForCheckmark(const std::string& label, bool isChecked) {
 
 std::string Session::performAction(const std::string& action) {
   return panel
-      ->callTo(identifier, "/io/github/audrel/Audrel", "org.freedesktop.Application",
-               "ActivateAction", "('" + action + "', @av [], @a{sv} {})")
+      ->callTo(identifier, objectPath, applicationInterface, "ActivateAction", argumentsOf(action))
       .error;
+}
+
+void Session::performActionsTogether(const std::vector<std::string>& actions) {
+  kill(program->pid(), SIGSTOP);
+  for (const std::string& action : actions) {
+    panel->send(identifier, objectPath, applicationInterface, "ActivateAction",
+                argumentsOf(action));
+  }
+  // Answered when the bus has handed on what was sent before.
+  panel->callTo("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId",
+                "");
+  kill(program->pid(), SIGCONT);
 }
 
 std::vector<fs::path> Session::recordings() const {

@@ -73,6 +73,9 @@ class Session : public testing::Test {
   /// Performs an action of the desktop entry, as a launcher does: the error's name, or "".
   std::string performAction(const std::string& action);
 
+  /// Performs them at once: the program finds them all when it looks.
+  void performActionsTogether(const std::vector<std::string>& actions);
+
   /// What is in the Downloads folder, oldest first.
   std::vector<std::filesystem::path> recordings() const;
 

@@ -237,6 +237,13 @@ Answer Panel::callMenu(const std::string& method, const std::string& arguments) 
   return call("/MenuBar", "com.canonical.dbusmenu", method, arguments);
 }
 
+void Panel::send(const std::string& program, const std::string& path, const std::string& interface,
+                 const std::string& method, const std::string& arguments) {
+  g_dbus_connection_call(connection_, program.c_str(), path.c_str(), interface.c_str(),
+                         method.c_str(), parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+                         nullptr, nullptr, nullptr);
+}
+
 std::map<std::string, std::string> Panel::properties(const std::string& path,
                                                      const std::string& interface) {
   const auto reply =

@@ -66,6 +66,10 @@ class Panel {
   Answer callTo(const std::string& program, const std::string& path, const std::string& interface,
                 const std::string& method, const std::string& arguments);
 
+  /// The same for a caller that wants no answer: returns at once.
+  void send(const std::string& program, const std::string& path, const std::string& interface,
+            const std::string& method, const std::string& arguments);
+
   /// All properties of an interface, by name, values in GVariant's text format.
   std::map<std::string, std::string> properties(const std::string& path,
                                                 const std::string& interface);
@@ -73,7 +77,7 @@ class Panel {
   /// One property of the item, in GVariant's text format; nothing when it has none such.
   std::optional<std::string> itemProperty(const std::string& name);
 
-  /// The whole menu. Ids of its items are read anew each time.
+  /// The whole menu. Ids of its items are read again each time.
   ItemInMenu layout();
 
   /// The whole menu, one line an item, indented by two spaces a level: the label, then everything
