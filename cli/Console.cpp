@@ -24,6 +24,12 @@ void writeAll(int descriptor, std::string_view text) {
   }
 }
 
+std::optional<int> windowWidth(int descriptor) {
+  winsize window{};
+  const bool isKnown = ioctl(descriptor, TIOCGWINSZ, &window) == 0 && window.ws_col > 0;
+  return isKnown ? std::optional<int>(window.ws_col) : std::nullopt;
+}
+
 std::string withLineFeed(std::string_view line) {
   return std::string(line).append("\n");
 }
@@ -69,11 +75,17 @@ void Console::status(std::string_view line) {
   }
 }
 
+std::optional<int> Console::outputWidth() const {
+  return windowWidth(output_);
+}
+
+std::optional<int> Console::errorWidth() const {
+  return windowWidth(errorOutput_);
+}
+
 int Console::statusWidth() const {
   constexpr int usualWidth = 80;
-  winsize window{};
-  const bool known = ioctl(errorOutput_, TIOCGWINSZ, &window) == 0 && window.ws_col > 0;
-  return (known ? window.ws_col : usualWidth) - 1;
+  return errorWidth().value_or(usualWidth) - 1;
 }
 
 void Console::clearStatus() {

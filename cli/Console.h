@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,6 +32,11 @@ class Console {
 
   /// Text as it is.
   void print(std::string_view text);
+
+  /// How many characters wide the window is that shows standard output, or standard error; nothing
+  /// when none does, or it does not tell.
+  std::optional<int> outputWidth() const;
+  std::optional<int> errorWidth() const;
 
   bool showsStatus() const { return showsStatus_; }
 

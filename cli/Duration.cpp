@@ -12,7 +12,9 @@ namespace audrel::cli {
 namespace {
 
 using Seconds = std::int64_t;
+using Microseconds = std::int64_t;
 
+constexpr Microseconds second = 1'000'000;
 constexpr Seconds minute = 60;
 constexpr Seconds hour = 60 * minute;
 constexpr Seconds longest = hour * 24 * 366;
@@ -29,12 +31,27 @@ std::optional<Seconds> takeNumber(std::string_view& text) {
   return number;
 }
 
-std::optional<Seconds> parseClock(std::string_view text) {
+/// Takes the point and the decimals that `text` begins with, as microseconds of a second; nothing
+/// when there are no decimals behind the point or too many.
+std::optional<Microseconds> takeDecimals(std::string_view& text) {
+  constexpr std::size_t most = 6;
+  text.remove_prefix(1);
+  const auto digits = std::min(text.find_first_not_of("0123456789"), text.size());
+  if (digits == 0 || digits > most) {
+    return std::nullopt;
+  }
+  auto padded = std::string(text.substr(0, digits)).append(most - digits, '0');
+  text.remove_prefix(digits);
+  std::string_view rest = padded;
+  return takeNumber(rest);
+}
+
+std::optional<Microseconds> parseClock(std::string_view text) {
   auto total = takeNumber(text);
-  for (int fields = 1; total.has_value() && !text.empty(); ++fields) {
+  for (int fields = 1; total.has_value() && text.starts_with(':'); ++fields) {
     constexpr int mostFields = 3;
     constexpr std::size_t mostDigits = 2;
-    if (fields == mostFields || !text.starts_with(':')) {
+    if (fields == mostFields) {
       return std::nullopt;
     }
     text.remove_prefix(1);
@@ -45,27 +62,33 @@ std::optional<Seconds> parseClock(std::string_view text) {
     }
     total = *total * minute + *field;
   }
-  return total;
+  const auto decimals = text.starts_with('.') ? takeDecimals(text) : Microseconds{0};
+  if (!total.has_value() || !decimals.has_value() || !text.empty()) {
+    return std::nullopt;
+  }
+  return *total * second + *decimals;
 }
 
-std::optional<Seconds> parseUnits(std::string_view text) {
+std::optional<Microseconds> parseUnits(std::string_view text) {
   struct Unit {
     char letter;
     Seconds seconds;
   };
   constexpr std::array<Unit, 3> units = {{{'h', hour}, {'m', minute}, {'s', 1}}};
-  Seconds total = 0;
+  Microseconds total = 0;
   for (const auto* unit = units.begin(); !text.empty(); ++unit) {
     const auto number = takeNumber(text);
-    if (!number.has_value() || text.empty()) {
+    const bool isLast = text.starts_with('.');
+    const auto decimals = isLast ? takeDecimals(text) : Microseconds{0};
+    if (!number.has_value() || !decimals.has_value() || text.empty()) {
       return std::nullopt;
     }
     unit = std::find_if(unit, units.end(), [&](const Unit& u) { return u.letter == text.front(); });
-    if (unit == units.end()) {
+    text.remove_prefix(1);
+    if (unit == units.end() || (isLast && !text.empty())) {
       return std::nullopt;
     }
-    text.remove_prefix(1);
-    total += *number * unit->seconds;
+    total += (*number * second + *decimals) * unit->seconds;
   }
   return total;
 }
@@ -76,13 +99,13 @@ std::string twoDigits(Seconds number) {
 
 }  // namespace
 
-std::optional<std::chrono::seconds> parseDuration(std::string_view text) {
+std::optional<std::chrono::microseconds> parseDuration(std::string_view text) {
   const bool hasUnits = !text.empty() && (text.back() < '0' || text.back() > '9');
-  const auto seconds = hasUnits ? parseUnits(text) : parseClock(text);
-  if (!seconds.has_value() || *seconds <= 0 || *seconds > longest) {
+  const auto length = hasUnits ? parseUnits(text) : parseClock(text);
+  if (!length.has_value() || *length <= 0 || *length > longest * second) {
     return std::nullopt;
   }
-  return std::chrono::seconds(*seconds);
+  return std::chrono::microseconds(*length);
 }
 
 std::string formatDuration(std::chrono::seconds duration) {

@@ -18,7 +18,7 @@ int list(const Platform& platform, const Options& options, Console& console) {
   } else if (processes.empty()) {
     console.progress("No application has an audio stream open.");
   } else {
-    console.print(tableOf(processes));
+    console.print(tableOf(processes, console.outputWidth()));
   }
   return ExitStatus::success;
 }

@@ -38,8 +38,9 @@ class MeteredAudioFile final : public AV::AudioFile {
 
  private:
   std::uint64_t framesLeft(double sampleRate) const {
-    const auto seconds = static_cast<double>(limit_->length.count());
-    const auto frames = static_cast<std::uint64_t>(std::llround(seconds * sampleRate));
+    const double seconds = std::chrono::duration<double>(limit_->length).count();
+    const auto frames =
+        static_cast<std::uint64_t>(std::max(std::llround(seconds * sampleRate), 1LL));
     return frames - std::min(frames, delivered_);
   }
 

@@ -17,7 +17,8 @@ namespace audrel::cli {
 class MeteredAudioFramework final : public AV::AudioFramework {
  public:
   struct Limit {
-    std::chrono::seconds length;
+    /// More than 0. Rounded to frames, and one at least.
+    std::chrono::microseconds length;
     /// Called once, on the writer queue, when that much has been delivered; must not throw.
     std::function<void()> reached;
   };

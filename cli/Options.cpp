@@ -24,7 +24,7 @@ Records what this computer plays to an audio file, until Ctrl-C.
   --format FORMAT   m4a (AAC, 256 kbit/s; the default) or wav (16 bit)
   --output FILE     record to FILE, which must not exist yet (default: a new
                     file in the Downloads folder); .m4a or .wav sets the format
-  --duration TIME   stop after exactly TIME: 90, 1:30, 1:02:03 or 1h2m
+  --duration TIME   stop after exactly TIME: 90, 0.5, 1:30, 1:02:03 or 1h2m
   --demo            start a private audio server that plays a melody, and use it
   --json            print the result, or the list, as JSON
   --quiet           print nothing but errors and warnings
@@ -124,8 +124,8 @@ class Parser {
     recordingOption_ = "--duration";
     if (!options_.duration.has_value()) {
       throw UsageError{inQuotes(value) +
-                       " is no length of time for --duration: write seconds (90), 1:30, 1:02:03 "
-                       "or 1h2m, more than zero and at most a year."};
+                       " is no length of time for --duration: write seconds (90 or 0.5), 1:30, "
+                       "1:02:03 or 1h2m, more than zero and at most a year."};
     }
   }
 

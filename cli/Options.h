@@ -25,7 +25,7 @@ struct Options {
   std::optional<std::string> app;  ///< as typed; nothing: all system audio
   RecordingFormat format = RecordingFormat::m4a;
   std::optional<std::filesystem::path> file;  ///< nothing: a name of the program's own
-  std::optional<std::chrono::seconds> duration;
+  std::optional<std::chrono::microseconds> duration;
 };
 
 /// What is wrong with the command line, naming the word, and what to type instead. One or two

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,9 @@ std::vector<Recordable> listedProcesses(const Platform& platform);
 std::vector<Recordable> allProcesses(const Platform& platform);
 
 /// One line each of object id, pid, name and bundle identifier, in columns under a heading, safe
-/// for a terminal.
-std::string tableOf(const std::vector<Recordable>& processes);
+/// for a terminal. In a window of `width` characters names and identifiers are cut to fit, which
+/// ends them in "…".
+std::string tableOf(const std::vector<Recordable>& processes, std::optional<int> width);
 
 /// An array of objects, one a line, with "id", "pid", "name" and "bundleIdentifier" (or null).
 std::string jsonOf(const std::vector<Recordable>& processes);

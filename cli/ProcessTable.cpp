@@ -7,6 +7,7 @@
 #include "cli/Json.h"
 #include "cli/ProcessObjects.h"
 #include "platform/Printable.h"
+#include "platform/Utf8.h"
 
 namespace audrel::cli {
 
@@ -27,25 +28,60 @@ std::size_t widthOf(std::string_view text) {
       text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
 }
 
-std::string lineOf(const Row& row, const std::array<std::size_t, 3>& widths) {
-  std::string line;
-  for (std::size_t column = 0; column < widths.size(); ++column) {
-    const auto& text = row.at(column);
-    line.append(text).append(widths.at(column) - widthOf(text) + 2, ' ');
+constexpr std::size_t gap = 2;
+
+using Widths = std::array<std::size_t, 4>;
+
+/// `width` characters of `text` at most.
+std::string cut(const std::string& text, std::size_t width) {
+  if (widthOf(text) <= width) {
+    return text;
   }
-  return line.append(row.back()).append("\n");
+  std::string shown;
+  for (std::string_view rest = text; widthOf(shown) + 1 < width;) {
+    const auto size = firstCharacter(rest).size;
+    shown += rest.substr(0, size);
+    rest.remove_prefix(size);
+  }
+  return shown + "…";
+}
+
+/// Takes from the name and the identifier what `room` lacks: each has half of what is left for
+/// both, and what the other does not need.
+void fitInto(Widths& widths, std::size_t room) {
+  auto& [id, pid, name, identifier] = widths;
+  const std::size_t taken = id + pid + 3 * gap;
+  const std::size_t left = std::max(room, taken + 2) - taken;
+  if (name + identifier > left) {
+    name = std::min(name, std::max(left / 2, left - std::min(left, identifier)));
+    identifier = std::min(identifier, left - name);
+  }
+}
+
+std::string lineOf(const Row& row, const Widths& widths) {
+  std::string line;
+  std::size_t spaces = 0;
+  for (std::size_t column = 0; column < widths.size(); ++column) {
+    const auto text = cut(row.at(column), widths.at(column));
+    line.append(spaces, ' ').append(text);
+    spaces = widths.at(column) - widthOf(text) + gap;
+  }
+  return line.append("\n");
 }
 
 }  // namespace
 
-std::string tableOf(const std::vector<Recordable>& processes) {
+std::string tableOf(const std::vector<Recordable>& processes, std::optional<int> width) {
   std::vector<Row> rows = {{"ID", "PID", "NAME", "BUNDLE IDENTIFIER"}};
   std::ranges::transform(processes, std::back_inserter(rows), rowOf);
-  std::array<std::size_t, 3> widths{};
+  Widths widths{};
   for (const auto& row : rows) {
     for (std::size_t column = 0; column < widths.size(); ++column) {
       widths.at(column) = std::max(widths.at(column), widthOf(row.at(column)));
     }
+  }
+  if (width.has_value()) {
+    fitInto(widths, static_cast<std::size_t>(std::max(*width, 0)));
   }
   std::string table;
   for (const auto& row : rows) {

@@ -10,6 +10,7 @@
 
 #include "cli/Commands.h"
 #include "cli/MeteredAudioFramework.h"
+#include "cli/OwnPlatform.h"
 #include "cli/RecordingMeter.h"
 #include "cli/Report.h"
 #include "cli/SourceChooser.h"
@@ -42,7 +43,7 @@ std::optional<RecordingSource> chosenSource(const Platform& platform, const Opti
   const auto& [complaint, candidates] = std::get<NoSource>(choice);
   complainWithDiagnosis(console, platform, complaint);
   if (!candidates.empty()) {
-    console.complainFurther(tableOf(candidates));
+    console.complainFurther(tableOf(candidates, console.errorWidth()));
   }
   return std::nullopt;
 }
@@ -63,20 +64,6 @@ std::optional<path> chosenFile(const Platform& platform, const Options& options,
   return options.file;
 }
 
-Platform withAudioFramework(const Platform& platform, AV::AudioFramework& framework) {
-  return {.audioHardware = platform.audioHardware,
-          .audioFramework = framework,
-          .captureAccess = platform.captureAccess,
-          .clock = platform.clock,
-          .collation = platform.collation,
-          .fileManager = platform.fileManager,
-          .runningApplications = platform.runningApplications,
-          .uuids = platform.uuids,
-          .dispatch = platform.dispatch,
-          .log = platform.log,
-          .diagnostics = platform.diagnostics};
-}
-
 std::uintmax_t sizeOf(const path& file) {
   std::error_code error;
   const auto size = std::filesystem::file_size(file, error);
@@ -93,13 +80,13 @@ std::string startLine(const RecordingSource& source, const path& file, const Con
 class Recording {
  public:
   Recording(const Platform& platform, Signals& signals, Console& console, path file,
-            std::optional<std::chrono::seconds> duration)
+            std::optional<std::chrono::microseconds> duration)
       : platform_(platform),
         signals_(signals),
         console_(console),
         file_(std::move(file)),
         framework_(platform.audioFramework, meter_, limit(signals, duration)),
-        engine_(RecordingEngine::make(withAudioFramework(platform, framework_))) {}
+        engine_(RecordingEngine::make(withOwn(platform, framework_, platform.log))) {}
 
   /// Throws `RecorderError`.
   void start(const RecordingSource& source, RecordingFormat format) {
@@ -134,7 +121,7 @@ class Recording {
 
  private:
   static std::optional<MeteredAudioFramework::Limit> limit(
-      Signals& signals, std::optional<std::chrono::seconds> duration) {
+      Signals& signals, std::optional<std::chrono::microseconds> duration) {
     if (!duration.has_value()) {
       return std::nullopt;
     }

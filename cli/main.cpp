@@ -9,6 +9,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
+#include "cli/OwnPlatform.h"
 #include "cli/Signals.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
@@ -27,7 +28,10 @@ int runOnPlatform(const Options& options, Console& console) {
       return ExitStatus::failure;
     }
   }
-  const auto platform = native->interfaces();
+  SilentLog silent;
+  const auto whole = native->interfaces();
+  const auto platform =
+      native->logsOnStandardError() ? withOwn(whole, whole.audioFramework, silent) : whole;
   return options.task == Options::Task::list ? list(platform, options, console)
                                              : record(platform, options, signals, console);
 }

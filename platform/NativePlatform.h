@@ -23,6 +23,9 @@ class NativePlatform {
 
   virtual Platform interfaces() = 0;
 
+  /// Whether the errors of the log come out on standard error, among what the program says there.
+  virtual bool logsOnStandardError() const = 0;
+
   /// What the menu-bar program needs besides; made on the first call. Nothing when that program
   /// runs already in this session, which the user was told.
   virtual std::optional<Desktop> desktop() = 0;

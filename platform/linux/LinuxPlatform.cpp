@@ -41,6 +41,8 @@ class LinuxPlatform final : public NativePlatform {
             .diagnostics = hardware_};
   }
 
+  bool logsOnStandardError() const override { return log_.isOnStandardError(); }
+
   std::optional<Desktop> desktop() override {
     if (!desktop_) {
       desktop_.emplace(hardware_, fileManager_, log_);

@@ -30,6 +30,8 @@ class MacPlatform final : public NativePlatform {
             .diagnostics = diagnostics_};
   }
 
+  bool logsOnStandardError() const override { return false; }
+
   // The system starts an application once, and shows the one that runs when it is asked again.
   std::optional<Desktop> desktop() override {
     return Desktop{.appKit = appKit_,

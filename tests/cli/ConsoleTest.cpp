@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "tests/cli/TerminalPair.h"
@@ -105,6 +106,18 @@ TEST_F(ConsoleOutput, theStatusLineIsOneNarrowerThanTheWindowAndFollowsIt) {
   EXPECT_EQ(console.statusWidth(), 6);
   terminal.setColumns(0);  // unknown
   EXPECT_EQ(console.statusWidth(), 79);
+}
+
+TEST_F(ConsoleOutput, theWindowsWidthIsKnownOfATerminalThatTellsIt) {
+  const TerminalPair terminal(100);
+  const Console withErrors(output_.end(), terminal.terminal(), Options::Progress::shown);
+  EXPECT_EQ(withErrors.outputWidth(), std::nullopt);
+  EXPECT_EQ(withErrors.errorWidth(), 100);
+  const Console withOutput(terminal.terminal(), output_.end(), Options::Progress::quiet);
+  EXPECT_EQ(withOutput.outputWidth(), 100);
+  EXPECT_EQ(withOutput.errorWidth(), std::nullopt);
+  terminal.setColumns(0);  // unknown
+  EXPECT_EQ(withOutput.outputWidth(), std::nullopt);
 }
 
 TEST_F(ConsoleOutput, whatNobodyReadsIsLostWithoutAWord) {

@@ -8,6 +8,8 @@
 namespace audrel::cli {
 namespace {
 
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 TEST(ParseDuration, takesSeconds) {
@@ -33,10 +35,27 @@ TEST(ParseDuration, takesUnitsLargestFirst) {
   EXPECT_EQ(parseDuration("90m"), seconds(5400));
 }
 
+TEST(ParseDuration, takesDecimalsOfTheLastNumber) {
+  EXPECT_EQ(parseDuration("0.5"), milliseconds(500));
+  EXPECT_EQ(parseDuration("1.5s"), milliseconds(1500));
+  EXPECT_EQ(parseDuration("1.5h"), seconds(5400));
+  EXPECT_EQ(parseDuration("1m0.25s"), milliseconds(60'250));
+  EXPECT_EQ(parseDuration("1:30.25"), milliseconds(90'250));
+  EXPECT_EQ(parseDuration("0.000001"), microseconds(1));
+  EXPECT_EQ(parseDuration("31622400.0"), seconds(31622400));
+}
+
+TEST(ParseDuration, refusesOtherDecimals) {
+  for (const char* text : {"1.", ".5", "1.5.5", "1,5", "1.5m3s", "1.5:30", "1:.5", "0.0000001",
+                           "0.0", "0.0s", "1.s", "1.-5", "31622400.1", "1.5 s", "0.5e1"}) {
+    EXPECT_EQ(parseDuration(text), std::nullopt) << '"' << text << '"';
+  }
+}
+
 TEST(ParseDuration, refusesEverythingElse) {
-  for (const char* text : {"",     " 90",     "90 ",     "-1",    "+1",      "1.5",  "1:",   ":30",
-                           "1:60", "1:02:60", "1:60:00", "1:002", "1:2:3:4", "1m1h", "1m2m", "1h2",
-                           "h",    "1x",      "s1",      "1hs",   "0x10",    "1:3s", "1e3"}) {
+  for (const char* text :
+       {"",        " 90",  "90 ",  "-1",  "+1", "1:", ":30", "1:60", "1:02:60", "1:60:00", "1:002",
+        "1:2:3:4", "1m1h", "1m2m", "1h2", "h",  "1x", "s1",  "1hs",  "0x10",    "1:3s",    "1e3"}) {
     EXPECT_EQ(parseDuration(text), std::nullopt) << '"' << text << '"';
   }
 }

@@ -106,6 +106,19 @@ TEST_F(MeteredFile, endsExactlyAtItsLengthAndSaysSoOnce) {
   EXPECT_EQ(reached, 1);
 }
 
+TEST_F(MeteredFile, endsAfterAPartOfASecondAndNeverBeforeOneFrame) {
+  int reached = 0;
+  const auto half =
+      open(MeteredAudioFramework::Limit{std::chrono::milliseconds(500), [&] { ++reached; }});
+  half->write(*frames(48000));
+  EXPECT_EQ(framesInFile(), 24000U);
+  const auto shortest =
+      open(MeteredAudioFramework::Limit{std::chrono::microseconds(1), [&] { ++reached; }});
+  shortest->write(*frames(512));
+  EXPECT_EQ(framesInFile(), 1U);
+  EXPECT_EQ(reached, 2);
+}
+
 TEST_F(MeteredFile, endsWithABufferThatFitsExactly) {
   int reached = 0;
   const auto file = open(MeteredAudioFramework::Limit{seconds(1), [&] { ++reached; }});

@@ -47,6 +47,16 @@ TEST(Program, recordsTheExactLengthAndTellsWhere) {
   EXPECT_EQ(outcome.output, "Saved take.wav: 1.0 s, 0 B, peak -6.0 dBFS\n");
 }
 
+TEST(Program, recordsPartsOfASecond) {
+  for (const char* length : {"0.5", "0.5s"}) {
+    const auto outcome = run({"--duration", length, "--output", "take.wav", "--json"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("\"seconds\": 0.5, \"frames\": 24000,"));
+  }
+  EXPECT_THAT(run({"--duration", "0.000001", "--output", "take.wav", "--json"}).output,
+              HasSubstr("\"frames\": 1,"));
+}
+
 TEST(Program, printsOneJsonObject) {
   const auto outcome = run({"--duration", "2", "--output", "take.wav", "--json"});
   EXPECT_EQ(outcome.status, 0);
@@ -151,6 +161,15 @@ TEST(Program, tellsWhyItCannotStart) {
   const auto noDemo = run({"--demo"}, script("no-demo"));
   EXPECT_EQ(noDemo.status, 1);
   EXPECT_EQ(noDemo.errors, "audrel-record: The demo's server is not installed: install it.\n");
+}
+
+TEST(Program, saysOnceWhatFailsWhereTheLogIsOnStandardErrorToo) {
+  for (const std::string what : {"no-server", "cannot-open", "cannot-write", "nobody-plays"}) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"--output", "take.wav", "--duration", "1"}, {"--list"}}) {
+      EXPECT_EQ(run(words, script(what + " no-journal")).errors, run(words, script(what)).errors);
+    }
+  }
 }
 
 TEST(Program, refusesAFolderAsFile) {

@@ -2,10 +2,12 @@
 // faster than time goes. The environment variable AUDREL_SCRIPT says what goes wrong, in words.
 
 #include <cstdlib>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/NativePlatform.h"
 #include "tests/cli/PlayingHardware.h"
@@ -20,6 +22,27 @@ bool scriptSays(std::string_view word) {
   const char* const script = std::getenv("AUDREL_SCRIPT");
   return script != nullptr && std::string_view(script).find(word) != std::string_view::npos;
 }
+
+class StandardErrorLog final : public os::Log {
+ public:
+  std::shared_ptr<os::Logger> makeLogger(const std::string& /*subsystem*/,
+                                         const std::string& category) override {
+    return std::make_shared<CategoryLogger>(category);
+  }
+
+ private:
+  class CategoryLogger final : public os::Logger {
+   public:
+    explicit CategoryLogger(std::string category) : category_(std::move(category)) {}
+
+    void log(os::LogLevel /*level*/, std::string_view line) noexcept override {
+      std::cerr << "[" << category_ << "] " << line << std::endl;
+    }
+
+   private:
+    const std::string category_;
+  };
+};
 
 class ScriptedPlatform final : public NativePlatform {
  public:
@@ -64,9 +87,11 @@ class ScriptedPlatform final : public NativePlatform {
             .runningApplications = world_.runningApplications,
             .uuids = world_.uuids,
             .dispatch = dispatch_,
-            .log = world_.log,
+            .log = logsOnStandardError() ? static_cast<os::Log&>(standardErrorLog_) : world_.log,
             .diagnostics = world_.diagnostics};
   }
+
+  bool logsOnStandardError() const override { return scriptSays("no-journal"); }
 
   std::optional<Desktop> desktop() override { return std::nullopt; }
 
@@ -80,6 +105,7 @@ class ScriptedPlatform final : public NativePlatform {
  private:
   fakes::World world_;
   fakes::ThreadDispatch dispatch_;
+  StandardErrorLog standardErrorLog_;
   PlayingHardware hardware_{world_.hardware, scriptSays("silence") ? 0.0F : 0.5F};
 };
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -132,7 +133,7 @@ TEST_F(SourceChoice, takesAnApplicationWhoseNameIsANumber) {
 TEST_F(SourceChoice, listsIdPidNameAndBundleIdentifier) {
   add(11, 1100, "Web Radio", "org.example.Radio");
   add(4242, 7, "Zoé\nName", "");
-  EXPECT_EQ(tableOf(listedProcesses(world_.platform())),
+  EXPECT_EQ(tableOf(listedProcesses(world_.platform()), std::nullopt),
             "ID     PID   NAME         BUNDLE IDENTIFIER\n"
             "#11    1100  Web Radio    org.example.Radio\n"
             "#4242  7     Zoé\\x0aName  -\n");
@@ -143,6 +144,29 @@ TEST_F(SourceChoice, listsIdPidNameAndBundleIdentifier) {
             "\n"
             R"(  {"id": 4242, "pid": 7, "name": "Zoé\u000aName", "bundleIdentifier": null})"
             "\n]");
+}
+
+TEST_F(SourceChoice, cutsTheListToAWindow) {
+  add(11, 1100, "Web Radio, the station for names", "org.example.Radio");
+  add(4242, 7, "Zoé", "");
+  const auto listed = listedProcesses(world_.platform());
+  EXPECT_EQ(tableOf(listed, 44),
+            "ID     PID   NAME            BUNDLE IDENTIF…\n"
+            "#11    1100  Web Radio, th…  org.example.Ra…\n"
+            "#4242  7     Zoé             -\n");
+  EXPECT_EQ(tableOf(listed, 1000), tableOf(listed, std::nullopt));
+}
+
+TEST_F(SourceChoice, givesTheNameOfAListWhatTheIdentifierDoesNotNeed) {
+  add(11, 1100, std::string(200, 'n'), "short");
+  EXPECT_EQ(tableOf(listedProcesses(world_.platform()), 50),
+            "ID   PID   NAME                  BUNDLE IDENTIFIER\n"
+            "#11  1100  nnnnnnnnnnnnnnnnnnn…  short\n");
+}
+
+TEST_F(SourceChoice, listsNoMoreThanFitsIntoANarrowWindow) {
+  add(11, 1100, "Web Radio", "org.example.Radio");
+  EXPECT_EQ(tableOf(listedProcesses(world_.platform()), 0), "ID   PID   …  …\n#11  1100  …  …\n");
 }
 
 TEST_F(SourceChoice, listsNothingAsAnEmptyArray) {

@@ -19,6 +19,8 @@ class Log final : public os::Log {
   std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
                                          const std::string& category) override;
 
+  bool isOnStandardError() const { return standardError_ != nullptr; }
+
  private:
   /// Null where there is a journal.
   std::shared_ptr<StandardErrorLog> standardError_;
