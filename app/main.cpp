@@ -56,7 +56,7 @@ int runOnPlatform(Server server) {
   }
   const auto desktop = native->desktop();
   if (!desktop) {
-    return complain("It is running already; its icon is in the panel.", failure);
+    return complain("Audrel is already running; its icon is in the panel.", failure);
   }
   return runApplication(native->interfaces(), *desktop);
 }

@@ -77,7 +77,7 @@ std::vector<std::string> warningsOf(const Report& report) {
   if (report.underruns > 0) {
     warnings.push_back(counted(static_cast<std::uint64_t>(report.underruns), "cycle of audio was",
                                "cycles of audio were") +
-                       " dropped for want of memory.");
+                       " dropped for lack of memory.");
   }
   if (audio.frames == 0) {
     warnings.emplace_back("The recording is empty: it ended before any audio came.");

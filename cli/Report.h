@@ -13,7 +13,7 @@ namespace audrel::cli {
 struct Report {
   std::filesystem::path file;
   RecordedAudio audio;
-  std::int64_t underruns = 0;    ///< cycles dropped for want of memory
+  std::int64_t underruns = 0;    ///< cycles dropped for lack of memory
   std::uint64_t lostFrames = 0;  ///< not delivered in time; silence in the file
   std::uintmax_t fileSize = 0;   ///< bytes
 };

@@ -28,7 +28,7 @@ class Signals {
   ~Signals();
 
   /// Waits, without a timeout for good. Of several events the first of `Event`'s order; each is
-  /// told once, save `stop`, which stays.
+  /// told once, except `stop`, which stays.
   Event wait(std::optional<std::chrono::milliseconds> timeout);
 
   /// Ends a wait as `woken`. Any thread.

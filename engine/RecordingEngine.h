@@ -69,7 +69,7 @@ class RecordingEngine {
   /// When the current capture started; nothing when idle.
   std::optional<NS::Date> startDate() const { return startDate_; }
 
-  /// IO cycles that were dropped for want of memory, in the current or last capture. Any thread.
+  /// IO cycles that were dropped for lack of memory, in the current or last capture. Any thread.
   std::int64_t underrunCount() const { return underrunCount_.value(); }
 
  private:

@@ -5,7 +5,7 @@
 
 namespace audrel {
 
-/// Counts IO cycles that were dropped for want of memory. Atomic, because a start resets it while
+/// Counts IO cycles that were dropped for lack of memory. Atomic, because a start resets it while
 /// the IO thread may already be counting; relaxed, because nothing else hangs on its value.
 class UnderrunCounter {
  public:

@@ -81,7 +81,7 @@ TEST(Report, warnsOfWhatIsMissing) {
                   "first failure: No space left\\x07.",
                   "4800 frames were not delivered in time (0.100 s); silence stands in their "
                   "place. Is the computer busy?",
-                  "1 cycle of audio was dropped for want of memory."));
+                  "1 cycle of audio was dropped for lack of memory."));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 namespace audrel::linuxos {
 
 /// Refused where a PipeWire server is there that does not give this process the streams: for its
-/// user, by the server's list of programs, for want of a permission that the session manager has
+/// user, by the server's list of programs, for lack of a permission that the session manager has
 /// not given (a sandbox), or without the means to link to streams. Granted otherwise: when there is
 /// no server, starting a recording fails with that reason.
 ///

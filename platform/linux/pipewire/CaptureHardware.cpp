@@ -156,7 +156,7 @@ CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& 
     }
     if (!processes_.isAlive(*process, connection_->graph())) {
       return fail(CA::kAudioHardwareBadObjectError,
-                  process->name + " has quit: start it again and choose it anew.");
+                  process->name + " has quit: start it again and choose it again.");
     }
   }
   return CA::kAudioHardwareNoError;

@@ -30,7 +30,7 @@ struct AlertParts {
 ///
 /// Escape, closing the window and the end of the application answer with the button that changes
 /// nothing: "Cancel", else "OK", else the last one. So does, at once, an alert that cannot be shown
-/// for want of a display: its text becomes a notification. Main thread.
+/// for lack of a display: its text becomes a notification. Main thread.
 class Alert final : public NS::Alert {
  public:
   explicit Alert(AlertParts parts);

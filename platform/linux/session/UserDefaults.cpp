@@ -157,7 +157,7 @@ bool UserDefaults::setAside(const std::string& reason) {
              " cannot be renamed: " + error.message());
     return false;
   }
-  logger_->error("Settings were broken (" + reason + "): begun anew, the old file is kept as " +
+  logger_->error("Settings were broken (" + reason + "): begun again from nothing, the old file is kept as " +
                  kept.string());
   return true;
 }

@@ -18,7 +18,7 @@ struct MenuNode {
 };
 
 /// A menu with its submenus at one moment, and the ids under which panels know the items. Ids are
-/// never used again by a later tree (short of two thousand million items), so that a click that
+/// never used again by a later tree (short of two billion items), so that a click that
 /// comes late is told from one on the menu of now.
 class MenuTree {
  public:

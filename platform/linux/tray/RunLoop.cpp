@@ -31,7 +31,7 @@ class LoopTimer final : public NS::Timer {
 
  private:
   void fire() {
-    // The block may invalidate its timer, and is not to vanish in its own midst.
+    // The block may invalidate its timer, and must outlast that.
     const auto block = block_;
     (*block)();
     if (source_ != nullptr) {

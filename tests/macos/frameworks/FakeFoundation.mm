@@ -451,7 +451,7 @@ static std::vector<NSTimer*>& timers() {
 @synthesize reason = _reason;
 @end
 
-// The timer alone holds its block: one that invalidates its timer is gone in its own midst.
+// The timer alone holds its block: one that invalidates its timer is gone while it runs.
 void fireTimers() {
   const std::vector<NSTimer*> scheduled = timers();
   for (NSTimer* timer : scheduled) {

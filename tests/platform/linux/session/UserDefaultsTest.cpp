@@ -204,7 +204,7 @@ TEST_F(LinuxUserDefaults, keepABrokenFileAsideWhenRead) {
   EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
   EXPECT_THAT(filesBesideIt(), ElementsAre("defaults.ini.broken"));
   EXPECT_THAT(log->lines, ElementsAre(AllOf(StartsWith("error: Settings were broken ("),
-                                            HasSubstr("begun anew, the old file is kept as " +
+                                            HasSubstr("begun again from nothing, the old file is kept as " +
                                                       file.string() + ".broken"))));
 }
 

@@ -36,7 +36,7 @@ class Player {
   bool pause(const std::string& name) { return tell("pause " + name); }
   bool resume(const std::string& name) { return tell("resume " + name); }
   bool close(const std::string& name) { return tell("close " + name); }
-  /// Connects to the server anew, without streams.
+  /// Connects to the server again, without streams.
   bool reconnect() { return tell("reconnect"); }
   Report report(const std::string& name);
 
