@@ -99,6 +99,12 @@ bool isGone(const StreamOwner& owner, const Graph& graph) {
 }
 
 std::string ownName(const GraphNode& node, const GraphClient* client) {
+  // The plugin for ALSA's programs gives each of them a name of its own making.
+  const bool isNamedByPlugin = declared(node, client, "client.api") == "alsa";
+  const std::string& binary = declared(node, client, "application.process.binary");
+  if (isNamedByPlugin && !binary.empty()) {
+    return binary;
+  }
   for (const char* key : {"application.name", "application.process.binary", "media.name"}) {
     if (const std::string& name = declared(node, client, key); !name.empty()) {
       return name;

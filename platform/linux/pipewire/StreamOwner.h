@@ -43,7 +43,8 @@ std::optional<std::string> keyOfProcess(pid_t pid);
 /// Whether the owner can have no stream any more: its process, or its connection, has gone.
 bool isGone(const StreamOwner& owner, const Graph& graph);
 
-/// What the owner calls itself: the application's name, else its program's, else the stream's.
+/// What the owner calls itself: the application's name, else its program's, else the stream's. A
+/// client of the ALSA plugin is called as its program.
 std::string ownName(const GraphNode& node, const GraphClient* client);
 
 /// The `application.id` that the owner declares; empty when it declares none.

@@ -187,5 +187,14 @@ TEST(OwnName, isTheStreamsWordBeforeItsClients) {
   EXPECT_EQ(ownName(node, &client), "stream");
 }
 
+TEST(OwnName, ofAClientOfTheAlsaPluginIsItsPrograms) {
+  GraphClient client = nativeClient();
+  client.properties["client.api"] = "alsa";
+  client.properties["application.name"] = "PipeWire ALSA [aplay]";
+  EXPECT_EQ(ownName({}, &client), "PipeWire ALSA [aplay]");
+  client.properties["application.process.binary"] = "aplay";
+  EXPECT_EQ(ownName({}, &client), "aplay");
+}
+
 }  // namespace
 }  // namespace audrel::linuxos
