@@ -16,7 +16,8 @@ struct FileText {
 
 /// The text of a file that another program wrote, or put something else in the place of: a pipe
 /// that nobody writes to, a device without an end. Never waits, and takes no more memory than
-/// `limit` bytes: what is no regular file, or is larger, is a failure. Links are followed.
+/// `limit` bytes: what is no regular file, or is larger, is a failure. Links are followed. (A file
+/// system that is itself a program, of the same user, can still hold a read up.)
 FileText readForeignFile(const std::filesystem::path& path, std::size_t limit);
 
 /// The same for `name` in a folder whose owner is not trusted: a link in its place is a failure.
