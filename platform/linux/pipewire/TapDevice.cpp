@@ -1,5 +1,7 @@
 #include "platform/linux/pipewire/TapDevice.h"
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace audrel::linuxos {
@@ -48,17 +50,23 @@ TapDevice::TapDevice(Connection& connection, os::Logger& log, double rate,
       log_(log),
       rate_(rate),
       isTapped_(std::move(isTapped)),
-      timeline_(device, procedure, clientData, rate),
-      timer_(pw_loop_add_timer(
-          pw_thread_loop_get_loop(connection.loop()),
-          [](void* self, std::uint64_t) { static_cast<TapDevice*>(self)->tick(); }, this)) {}
+      timeline_(device, procedure, clientData, rate) {}
 
 TapDevice::~TapDevice() {
   stop();
-  pw_loop_destroy_source(pw_thread_loop_get_loop(connection_.loop()), timer_);
+  if (timer_ != nullptr) {
+    pw_loop_destroy_source(pw_thread_loop_get_loop(connection_.loop()), timer_);
+  }
 }
 
 std::optional<std::string> TapDevice::start() {
+  timer_ = pw_loop_add_timer(
+      pw_thread_loop_get_loop(connection_.loop()),
+      [](void* self, std::uint64_t) { static_cast<TapDevice*>(self)->tick(); }, this);
+  if (timer_ == nullptr) {
+    return "The system gives no timer for the recording (" +
+           std::generic_category().message(errno) + "): close other programs, or restart Audrel.";
+  }
   connection_.retainDetails();
   connection_.retainConnection();
   state_ = State::starting;

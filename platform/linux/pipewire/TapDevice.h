@@ -65,7 +65,7 @@ class TapDevice {
   double rate_;
   TapStream::IsTapped isTapped_;
   Timeline timeline_;
-  spa_source* timer_;
+  spa_source* timer_ = nullptr;
   State state_ = State::idle;
   const Loss* loss_ = nullptr;    ///< while silent
   std::uint64_t heard_ = 0;       ///< of the timeline's cycles, when last looked at

@@ -168,6 +168,19 @@ TEST_F(Outage, ofTheConnectionForLackOfDescriptorsIsMended) {
   EXPECT_EQ(recorder.startEverything(), 0) << "the next recording starts as ever";
 }
 
+TEST_F(Outage, ofDescriptorsFailsAStartAndLeavesTheNextOneWhole) {
+  ASSERT_FALSE(recorder.processes().empty());
+  {
+    const NoDescriptors none;
+    EXPECT_NE(recorder.startEverything(), 0);
+  }
+  EXPECT_THAT(recorder.captureHardware().diagnosis(),
+              testing::Optional(HasSubstr("(Too many open files): close other programs")));
+  EXPECT_EQ(recorder.stop(), 0);
+  start([this] { return recorder.startEverything(); });
+  EXPECT_TRUE(recorder.waitForMore(second));
+}
+
 TEST_F(Outage, ofTheServerWhileLinksFormIsSilentAndCounted) {
   areLinksSilent = true;
   auto started = std::async(std::launch::async, [this] { return recorder.startProcess(process); });
