@@ -115,7 +115,7 @@ Reception receive(pw_main_loop* mainLoop, pw_core* core) {
 }  // namespace
 
 std::optional<std::string> captureRefusal(const std::string& remote) {
-  pw_init(nullptr, nullptr);
+  initialisePipeWire();
   const MainLoopHandle mainLoop(pw_main_loop_new(nullptr));
   if (!mainLoop) {
     return std::nullopt;

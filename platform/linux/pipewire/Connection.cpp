@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -17,10 +16,9 @@ using namespace std::chrono_literals;
 constexpr auto answerTimeout = 2s;
 constexpr auto retryPeriod = 200ms;
 
-void initialisePipeWire() {
-  static std::once_flag once;
-  std::call_once(once, [] { pw_init(nullptr, nullptr); });
-}
+// What a stream of ours may bring in one cycle. By default that is as much as a graph's largest
+// cycle has, and of one whose rate is lower than the stream's the rest would be dropped.
+constexpr const char* mostFrames = "65536";
 
 /// 0.3 gives a client's data thread its real-time priority only under a configuration of its own,
 /// which 1.x no longer ships since its usual one does the same.
@@ -67,7 +65,7 @@ bool isAnswer(int error) {
 }
 
 /// Why there is no connection.
-std::string failureText(const std::string& remote, int error) {
+std::string noServerText(const std::string& remote, int error) {
   const std::string path = socketPath(remote);
   if (isRefusal(error)) {
     return "PipeWire refuses this user at " + path +
@@ -100,7 +98,7 @@ void require(const void* given) {
   }
 }
 
-std::string noContextText(int error) {
+std::string noContextText(const std::string& /*remote*/, int error) {
   if (error == ENOENT) {
     return std::string("PipeWire's configuration for clients, \"") + clientConfiguration() +
            "\", was not found: install the package pipewire-bin.";
@@ -152,7 +150,7 @@ Connection::Connection(std::string remote) : remote_(std::move(remote)) {
       loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->retry(); }, this);
   waitTimer_ = pw_loop_add_timer(
       loop, [](void* data, std::uint64_t) { static_cast<Connection*>(data)->wake(); }, this);
-  for (const spa_source* source : {changeEvent_, lossEvent_, retryTimer_}) {
+  for (const spa_source* source : {changeEvent_, lossEvent_, retryTimer_, waitTimer_}) {
     require(source);
   }
   if (pw_thread_loop_start(loop_.get()) < 0) {
@@ -170,6 +168,17 @@ Connection::~Connection() {
   pw_loop_destroy_source(loop, waitTimer_);
 }
 
+std::string Connection::failure() const {
+  return failureText_ == nullptr ? "" : failureText_(remote_, error_);
+}
+
+/// Notes why; it is put into words when somebody asks.
+bool Connection::fail(FailureText text, int error) {
+  failureText_ = text;
+  error_ = error;
+  return false;
+}
+
 bool Connection::ensureConnected() {
   if (isLost_) {
     dropLostServer();
@@ -181,11 +190,12 @@ bool Connection::connect() {
   if (!context_) {
     context_.reset(
         pw_context_new(pw_thread_loop_get_loop(loop_.get()),
-                       pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(), nullptr), 0));
+                       pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(),
+                                         "default.clock.quantum-limit", mostFrames, nullptr),
+                       0));
   }
   if (!context_) {
-    failure_ = noContextText(errno);
-    return false;
+    return fail(noContextText, errno);
   }
   pw_properties* properties = pw_properties_new(PW_KEY_APP_NAME, "Audrel", nullptr);
   if (!remote_.empty()) {
@@ -193,8 +203,7 @@ bool Connection::connect() {
   }
   core_ = pw_context_connect(context_.get(), properties, 0);
   if (core_ == nullptr) {
-    failure_ = failureText(remote_, errno);
-    return false;
+    return fail(noServerText, errno);
   }
   answeredSync_ = -1;
   pw_core_add_listener(core_, coreHook_.get(), &coreEvents, this);
@@ -225,7 +234,7 @@ void Connection::lose(int error) {
   }
   isLost_ = true;
   ++losses_;
-  failure_ = lossText(remote_, error);
+  fail(lossText, error);
   wake();
   pw_loop_signal_event(pw_thread_loop_get_loop(loop_.get()), lossEvent_);
 }

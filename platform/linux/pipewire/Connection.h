@@ -45,7 +45,7 @@ class Connection {
 
   /// Why the last attempt to connect failed, or the last connection was lost, for the user, with
   /// the remedy.
-  const std::string& failure() const { return failure_; }
+  std::string failure() const;
 
   /// Counts who needs the connection to last: while somebody does, a lost server is looked for
   /// several times a second.
@@ -72,8 +72,11 @@ class Connection {
   void noteChange();
 
  private:
+  using FailureText = std::string (*)(const std::string& remote, int error);
+
   bool connect();
   void disconnect();
+  bool fail(FailureText text, int error);
   void lose(int error);
   void dropLostServer();
   void retry();
@@ -93,7 +96,8 @@ class Connection {
   Hook coreHook_;
   std::unique_ptr<GraphMirror> mirror_;
   Graph noGraph_;
-  std::string failure_;
+  FailureText failureText_ = nullptr;  ///< of the last attempt to connect, or loss
+  int error_ = 0;                      ///< the same
   int detailUsers_ = 0;
   int answeredSync_ = -1;
   bool isLost_ = false;  ///< noticed, not yet cleared away

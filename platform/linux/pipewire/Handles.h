@@ -3,10 +3,17 @@
 #include <pipewire/pipewire.h>
 
 #include <memory>
+#include <mutex>
 #include <utility>
 
-/// Ownership of PipeWire's objects.
+/// PipeWire's library, and ownership of its objects.
 namespace audrel::linuxos {
+
+/// Before anything else of PipeWire's, as often as one likes.
+inline void initialisePipeWire() {
+  static std::once_flag once;
+  std::call_once(once, [] { pw_init(nullptr, nullptr); });
+}
 
 template <auto destroy>
 struct Destroyer {

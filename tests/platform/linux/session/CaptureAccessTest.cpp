@@ -1,5 +1,6 @@
 #include "platform/linux/pipewire/CaptureAccess.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pipewire/pipewire.h>
@@ -23,6 +24,18 @@
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+int initialisations = 0;
+
+}  // namespace
+
+// In front of the library's own, for all that is linked into this program.
+extern "C" void pw_init(int* count, char*** arguments) {
+  ++initialisations;
+  reinterpret_cast<decltype(&pw_init)>(dlsym(RTLD_NEXT, "pw_init"))(count, arguments);
+}
 
 namespace audrel::linuxos {
 namespace {
@@ -195,6 +208,13 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereTheLibraryLacksItsConfiguration) {
   const support::TemporaryFolder empty;
   const fakes::ScopedVariable lost("PIPEWIRE_CONFIG_DIR", empty.path().c_str());
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+}
+
+TEST_F(LinuxCaptureAccess, initialisesPipeWireOnce) {
+  startServer("", linkFactory);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_EQ(initialisations, 1);
 }
 
 TEST_F(LinuxCaptureAccess, isRefusedByAServerThatRejectsThisProgram) {
