@@ -176,7 +176,7 @@ CA::OSStatus CaptureHardware::AudioHardwareCreateProcessTap(const CA::TapDescrip
   *outTapID = nextID_++;
   taps_[*outTapID] = {.description = description,
                       .uid = uuids_.uuidString(),
-                      .rate = static_cast<double>(connection_->graph().clockRate)};
+                      .rate = static_cast<double>(rateOf(connection_->graph()))};
   return CA::kAudioHardwareNoError;
 }
 

@@ -30,6 +30,10 @@ const std::string& property(const Properties& properties, std::string_view key) 
   return found == properties.end() ? none : found->second;
 }
 
+std::uint32_t rateOf(const Graph& graph) {
+  return graph.forcedRate > 0 ? graph.forcedRate : graph.clockRate;
+}
+
 bool isPlaybackStream(const GraphNode& node) {
   return node.mediaClass == "Stream/Output/Audio";
 }

@@ -52,8 +52,12 @@ struct Graph {
   std::map<std::uint32_t, GraphClient> clients;
   std::map<std::uint32_t, GraphLink> links;
   std::string configuredDefaultSink;  ///< a node name; empty when nobody set one
-  std::uint32_t clockRate = 48000;    ///< frames per second of the graph
+  std::uint32_t clockRate = 48000;    ///< frames per second, unless another rate is forced
+  std::uint32_t forcedRate = 0;       ///< 0 while none is
 };
+
+/// Frames per second of the graph.
+std::uint32_t rateOf(const Graph& graph);
 
 /// Whether the node is an application's playback.
 bool isPlaybackStream(const GraphNode& node);

@@ -13,6 +13,10 @@ namespace audrel::linuxos {
 
 namespace {
 
+// Frames per second that a graph can have. Whoever may write the settings may write anything.
+constexpr std::uint32_t lowestRate = 8'000;
+constexpr std::uint32_t highestRate = 768'000;
+
 std::string text(const spa_dict* dict, const char* key) {
   const char* value = dict != nullptr ? spa_dict_lookup(dict, key) : nullptr;
   return value != nullptr ? value : "";
@@ -114,11 +118,26 @@ const pw_client_events GraphMirror::clientEvents = {
     .permissions = nullptr,
 };
 
-const pw_metadata_events GraphMirror::metadataEvents = {
+// Whoever may write metadata may write it about any object. What is meant for all is about the
+// core.
+const pw_metadata_events GraphMirror::defaultsEvents = {
     .version = PW_VERSION_METADATA_EVENTS,
     .property =
-        [](void* data, std::uint32_t, const char* key, const char*, const char* value) {
-          static_cast<Bound*>(data)->mirror.metadataProperty(key, value);
+        [](void* data, std::uint32_t subject, const char* key, const char*, const char* value) {
+          if (subject == PW_ID_CORE && key != nullptr) {
+            static_cast<Bound*>(data)->mirror.defaultChanged(key, value);
+          }
+          return 0;
+        },
+};
+
+const pw_metadata_events GraphMirror::settingsEvents = {
+    .version = PW_VERSION_METADATA_EVENTS,
+    .property =
+        [](void* data, std::uint32_t subject, const char* key, const char*, const char* value) {
+          if (subject == PW_ID_CORE && key != nullptr) {
+            static_cast<Bound*>(data)->mirror.settingChanged(key, value);
+          }
           return 0;
         },
 };
@@ -209,7 +228,7 @@ void GraphMirror::addMetadata(std::uint32_t id, const spa_dict* announced) {
     return;  // a client configuration without the module for metadata
   }
   pw_metadata_add_listener(reinterpret_cast<pw_metadata*>(bound->proxy.get()), bound->hook.get(),
-                           &metadataEvents, bound.get());
+                           name == "default" ? &defaultsEvents : &settingsEvents, bound.get());
   metadata_[id] = std::move(bound);
 }
 
@@ -281,14 +300,20 @@ void GraphMirror::clientInfo(std::uint32_t id, const pw_client_info* info) {
   changed_();
 }
 
-void GraphMirror::metadataProperty(const char* key, const char* value) {
-  const std::string_view name = key != nullptr ? key : "";
-  if (name == "default.audio.sink") {
+void GraphMirror::defaultChanged(std::string_view key, const char* value) {
+  if (key == "default.audio.sink") {
     graph_.configuredDefaultSink = value != nullptr ? nameInJson(value) : "";
-  } else if (value != nullptr && (name == "clock.rate" || name == "clock.force-rate")) {
-    if (const auto rate = number<std::uint32_t>(value, 0); rate > 0) {
-      graph_.clockRate = rate;
-    }
+    changed_();
+  }
+}
+
+void GraphMirror::settingChanged(std::string_view key, const char* value) {
+  const auto rate = number<std::uint32_t>(value != nullptr ? value : "", 0);
+  const bool isPossible = lowestRate <= rate && rate <= highestRate;
+  if (key == "clock.rate" && isPossible) {
+    graph_.clockRate = rate;
+  } else if (key == "clock.force-rate") {
+    graph_.forcedRate = isPossible ? rate : 0;
   } else {
     return;
   }

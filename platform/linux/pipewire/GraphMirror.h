@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string_view>
 
 #include "platform/linux/pipewire/Graph.h"
 #include "platform/linux/pipewire/Handles.h"
@@ -42,12 +43,14 @@ class GraphMirror {
   void nodeInfo(std::uint32_t id, const pw_node_info* info);
   void nodeFormat(std::uint32_t id, const spa_pod* format);
   void clientInfo(std::uint32_t id, const pw_client_info* info);
-  void metadataProperty(const char* key, const char* value);
+  void defaultChanged(std::string_view key, const char* value);
+  void settingChanged(std::string_view key, const char* value);
 
   static const pw_registry_events registryEvents;
   static const pw_node_events nodeEvents;
   static const pw_client_events clientEvents;
-  static const pw_metadata_events metadataEvents;
+  static const pw_metadata_events defaultsEvents;
+  static const pw_metadata_events settingsEvents;
 
   std::function<void()> changed_;
   Graph graph_;

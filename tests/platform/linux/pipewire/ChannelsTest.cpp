@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
@@ -202,6 +203,80 @@ TEST(Channels, aGraphThatChangesItsRateIsResampledToTheRecordings) {
   const Audio audio = recorder.samples().audio();
   expectTone({audio.begin(), audio.begin() + 2 * 200'000}, 48000);
   expectTone({audio.begin() + static_cast<std::ptrdiff_t>(2 * changed), audio.end()}, 48000);
+}
+
+TEST(Channels, aLargeCycleOfAGraphThatHalvesItsRateIsWhole) {
+  TestServer server({.rate = 96000, .allowedRates = "48000 96000", .quantum = 8192});
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", "tone:1000 f32 2 48000"));
+  Recorder recorder(server.socketPath());
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
+  server.session().setClock("clock.force-quantum", 8192);
+  server.session().setClock("clock.force-rate", 48000);
+  ASSERT_TRUE(waitFor([&] { return player.report("music").graphRate == 48000; }));
+  const std::size_t changed = recorder.samples().frames() + 96'000;
+  ASSERT_TRUE(recorder.waitForMore(960'000));
+  ASSERT_EQ(recorder.stop(), 0);
+
+  EXPECT_EQ(recorder.rate(), 96000);
+  EXPECT_EQ(player.report("music").longestQuantum, 8192U);
+  const Audio audio = recorder.samples().audio();
+  expectTone({audio.begin() + static_cast<std::ptrdiff_t>(2 * changed), audio.end()}, 96000);
+}
+
+TEST(Channels, aRateThatIsNoLongerForcedIsTheGraphsOwnAgain) {
+  TestServer server({.allowedRates = "44100 48000"});
+  ASSERT_TRUE(server.isRunning());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  Recorder recorder(server.socketPath());
+  const auto process = recorder.waitForProcess(player.pid());
+  for (const auto& [forced, expected] : {std::pair(44100U, 44100U), std::pair(0U, 48000U)}) {
+    server.session().setClock("clock.force-rate", forced);
+    ASSERT_EQ(recorder.startProcess(process), 0);
+    EXPECT_EQ(recorder.rate(), expected);
+    ASSERT_EQ(recorder.stop(), 0);
+  }
+}
+
+/// What a tap of everything would be recorded at. Nothing runs, so a server survives any setting.
+double rateOfATap(CA::AudioHardware& hardware) {
+  const CA::TapDescription everything{
+      .kind = CA::TapDescription::Kind::stereoGlobalTapButExcludeProcesses,
+      .processes = {},
+      .muteBehavior = CA::TapMuteBehavior::unmuted,
+      .name = "test"};
+  CA::AudioObjectID tap = 0;
+  EXPECT_EQ(hardware.AudioHardwareCreateProcessTap(everything, &tap), 0);
+  CA::AudioStreamBasicDescription format;
+  std::uint32_t size = sizeof format;
+  EXPECT_EQ(hardware.AudioObjectGetPropertyData(
+                tap,
+                {CA::kAudioTapPropertyFormat, CA::kAudioObjectPropertyScopeGlobal,
+                 CA::kAudioObjectPropertyElementMain},
+                0, nullptr, &size, &format),
+            0);
+  EXPECT_EQ(hardware.AudioHardwareDestroyProcessTap(tap), 0);
+  return format.mSampleRate;
+}
+
+TEST(Channels, aRateThatIsNoneOrOfAnotherSubjectIsNotTaken) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  for (const char* key : {"clock.rate", "clock.force-rate"}) {
+    for (const std::uint32_t rate : {4'000'000'000U, 768'001U, 7'999U}) {
+      server.session().setClock(key, rate);
+      EXPECT_EQ(rateOfATap(recorder.hardware()), 48000) << key << " " << rate;
+    }
+    server.session().setClock(key, 96'000, 42);
+    EXPECT_EQ(rateOfATap(recorder.hardware()), 48000) << key << " of another subject";
+  }
+  for (const std::uint32_t rate : {768'000U, 8'000U}) {
+    server.session().setClock("clock.force-rate", rate);
+    EXPECT_EQ(rateOfATap(recorder.hardware()), rate);
+  }
 }
 
 }  // namespace

@@ -163,8 +163,12 @@ const pw_node_events SessionManager::nodeEvents = {
 
 const pw_core_events SessionManager::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
-    .done = [](void* self, std::uint32_t,
-               int) { static_cast<SessionManager*>(self)->noteChange(); },
+    .done =
+        [](void* data, std::uint32_t, int sequence) {
+          auto* self = static_cast<SessionManager*>(data);
+          self->answeredSync_ = sequence;
+          self->noteChange();
+        },
 };
 
 SessionManager::SessionManager(const std::string& socketPath, PortLayout layout)
@@ -410,11 +414,16 @@ void SessionManager::setDefaultSink(const std::string& nodeName) {
   noteChange();
 }
 
-void SessionManager::setClock(const std::string& key, std::uint32_t value) {
+void SessionManager::setClock(const std::string& key, std::uint32_t value, std::uint32_t subject) {
   waitUntil([&] { return settings_ != nullptr; }, answerTimeout);
-  const Locked lock(client_.loop());
-  pw_metadata_set_property(settings_, PW_ID_CORE, key.c_str(), nullptr,
-                           std::to_string(value).c_str());
+  int asked = 0;
+  {
+    const Locked lock(client_.loop());
+    pw_metadata_set_property(settings_, subject, key.c_str(), nullptr,
+                             std::to_string(value).c_str());
+    asked = pw_core_sync(client_.core(), PW_ID_CORE, 0);
+  }
+  waitUntil([&] { return answeredSync_ == asked; }, answerTimeout);
 }
 
 std::set<std::string> SessionManager::linksFrom(const std::string& nodeName,

@@ -39,8 +39,9 @@ class SessionManager {
 
   void setDefaultSink(const std::string& nodeName);
 
-  /// A setting of the server's graph: `clock.force-quantum`, `clock.force-rate`.
-  void setClock(const std::string& key, std::uint32_t value);
+  /// A setting of the server's graph: `clock.force-quantum`, `clock.force-rate`. The server has it
+  /// then.
+  void setClock(const std::string& key, std::uint32_t value, std::uint32_t subject = 0);
 
   /// The links of a node's outputs, each as "FL -> sink:FL", without those to `ignored` nodes.
   std::set<std::string> linksFrom(const std::string& nodeName, const std::string& ignored = {});
@@ -96,6 +97,7 @@ class SessionManager {
   pw_registry* registry_ = nullptr;
   spa_hook registryHook_{};
   spa_hook coreHook_{};
+  int answeredSync_ = -1;
   pw_metadata* defaults_ = nullptr;
   pw_metadata* settings_ = nullptr;
   std::map<std::uint32_t, std::unique_ptr<Node>> nodes_;
