@@ -31,4 +31,17 @@ void mixDown(const ChannelPlanes& planes, float* stereo, std::uint32_t frames) n
   }
 }
 
+void readStereo(const TapAudio& audio, std::uint32_t first, std::uint32_t frames,
+                float* stereo) noexcept {
+  ChannelPlanes planes = audio.planes;
+  for (const float*& plane : planes) {
+    plane = plane == nullptr ? nullptr : plane + first;
+  }
+  if (audio.hasSurround) {
+    mixDown(planes, stereo, frames);
+  } else {
+    interleaveFrontPair(planes, stereo, frames);
+  }
+}
+
 }  // namespace audrel::linuxos

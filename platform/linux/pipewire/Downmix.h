@@ -18,4 +18,15 @@ void interleaveFrontPair(const ChannelPlanes& planes, float* stereo, std::uint32
 /// and side at -3 dB, low frequencies at -9 dB on both.
 void mixDown(const ChannelPlanes& planes, float* stereo, std::uint32_t frames) noexcept;
 
+/// What a tap took in.
+struct TapAudio {
+  ChannelPlanes planes{};
+  std::uint32_t frames = 0;
+  bool hasSurround = false;  ///< whether anything but the front pair is in it
+};
+
+/// The frames from `first` on, in stereo.
+void readStereo(const TapAudio& audio, std::uint32_t first, std::uint32_t frames,
+                float* stereo) noexcept;
+
 }  // namespace audrel::linuxos

@@ -10,9 +10,6 @@ namespace audrel::linuxos {
 
 namespace {
 
-// The largest quantum that a graph uses, in frames.
-constexpr std::uint32_t blockFrames = 8192;
-
 constexpr std::uint32_t positions[tapChannels] = {
     SPA_AUDIO_CHANNEL_FL, SPA_AUDIO_CHANNEL_FR, SPA_AUDIO_CHANNEL_FC, SPA_AUDIO_CHANNEL_LFE,
     SPA_AUDIO_CHANNEL_RL, SPA_AUDIO_CHANNEL_RR, SPA_AUDIO_CHANNEL_SL, SPA_AUDIO_CHANNEL_SR};
@@ -30,14 +27,6 @@ pw_properties* streamProperties() {
       "adapter.auto-port-config", "{ mode = dsp position = preserve }", nullptr);
 }
 
-GraphCycle cycleOf(const spa_io_clock& clock) {
-  return {.clockId = clock.id,
-          .position = clock.position,
-          .duration = clock.duration,
-          .rate = clock.rate.num == 0 ? 0 : clock.rate.denom / clock.rate.num,
-          .nsec = clock.nsec};
-}
-
 }  // namespace
 
 const pw_stream_events TapStream::streamEvents = {
@@ -49,7 +38,7 @@ const pw_stream_events TapStream::streamEvents = {
     .io_changed =
         [](void* self, std::uint32_t id, void* area, std::uint32_t) {
           if (id == SPA_IO_Position) {
-            static_cast<TapStream*>(self)->position_ = static_cast<spa_io_position*>(area);
+            static_cast<TapStream*>(self)->position_.replace(static_cast<spa_io_position*>(area));
           }
         },
     .process = [](void* self) { static_cast<TapStream*>(self)->process(); },
@@ -60,7 +49,6 @@ TapStream::TapStream(Connection& connection, double rate, IsTapped isTapped, Tim
       rate_(rate),
       isTapped_(std::move(isTapped)),
       timeline_(timeline),
-      stereo_(std::size_t{2} * blockFrames),
       stream_(pw_stream_new(connection.core(), "Audrel Tap", streamProperties())),
       links_(connection.core(), LinkKind::passive, [this] { connection_.wake(); }) {
   pw_stream_add_listener(stream_.get(), streamHook_.get(), &streamEvents, this);
@@ -149,12 +137,11 @@ void TapStream::process() noexcept {
 
 void TapStream::feed(const pw_buffer& buffer) noexcept {
   const spa_buffer& data = *buffer.buffer;
-  const spa_io_position* position = position_;
-  if (data.n_datas != tapChannels || position == nullptr) {
+  const auto cycle = position_.cycle();
+  if (data.n_datas != tapChannels || !cycle) {
     return;
   }
-  ChannelPlanes planes{};
-  std::uint32_t frames = blockFrames;
+  TapAudio audio{.planes = {}, .frames = UINT32_MAX, .hasSurround = tapsSurround_};
   for (std::uint32_t channel = 0; channel < tapChannels; ++channel) {
     const spa_data& plane = data.datas[channel];
     if (plane.data == nullptr) {
@@ -162,16 +149,11 @@ void TapStream::feed(const pw_buffer& buffer) noexcept {
     }
     const std::uint32_t offset = std::min(plane.chunk->offset, plane.maxsize);
     const std::uint32_t size = std::min(plane.chunk->size, plane.maxsize - offset);
-    planes[channel] =
+    audio.planes[channel] =
         reinterpret_cast<const float*>(static_cast<const std::byte*>(plane.data) + offset);
-    frames = std::min(frames, size / static_cast<std::uint32_t>(sizeof(float)));
+    audio.frames = std::min(audio.frames, size / static_cast<std::uint32_t>(sizeof(float)));
   }
-  if (tapsSurround_) {
-    mixDown(planes, stereo_.data(), frames);
-  } else {
-    interleaveFrontPair(planes, stereo_.data(), frames);
-  }
-  timeline_.feedCycle(cycleOf(position->clock), stereo_.data(), frames);
+  timeline_.feedCycle(*cycle, audio);
 }
 
 }  // namespace audrel::linuxos

@@ -3,14 +3,12 @@
 #include <pipewire/pipewire.h>
 
 #include <atomic>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/linux/pipewire/Connection.h"
-#include "platform/linux/pipewire/Downmix.h"
+#include "platform/linux/pipewire/GraphPosition.h"
 #include "platform/linux/pipewire/LinkSet.h"
 #include "platform/linux/pipewire/Timeline.h"
 
@@ -57,8 +55,7 @@ class TapStream {
   double rate_;
   IsTapped isTapped_;
   Timeline& timeline_;
-  std::vector<float> stereo_;
-  std::atomic<const spa_io_position*> position_ = nullptr;
+  GraphPosition position_;
   std::atomic<bool> tapsSurround_ = false;
   bool isStreaming_ = false;
   std::string failure_;

@@ -8,6 +8,7 @@ namespace audrel::linuxos {
 namespace {
 
 constexpr std::uint32_t channels = 2;
+constexpr std::uint32_t audioBlock = 8192;    // frames: the largest quantum that a graph uses
 constexpr std::uint32_t silenceBlock = 1024;  // frames
 constexpr float silence[silenceBlock * channels] = {};
 
@@ -15,7 +16,11 @@ constexpr float silence[silenceBlock * channels] = {};
 
 Timeline::Timeline(CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData,
                    double rate)
-    : device_(device), procedure_(procedure), clientData_(clientData), clock_(rate) {}
+    : device_(device),
+      procedure_(procedure),
+      clientData_(clientData),
+      clock_(rate),
+      stereo_(std::size_t{audioBlock} * channels) {}
 
 // Both sides write their own flag and then read the other's, in one order for all, so that at
 // least one of them sees the other: a feeder that goes on has been seen, and is waited for.
@@ -39,8 +44,7 @@ void Timeline::leave() noexcept {
   isInside_.store(false);
 }
 
-void Timeline::feedCycle(const GraphCycle& cycle, const float* audio,
-                         std::uint32_t frames) noexcept {
+void Timeline::feedCycle(const GraphCycle& cycle, const TapAudio& audio) noexcept {
   cyclesHeard_.fetch_add(1, std::memory_order_relaxed);
   cycleLength_.store(lengthOf(cycle), std::memory_order_relaxed);
   if (!enter(Feeder::stream)) {
@@ -49,7 +53,7 @@ void Timeline::feedCycle(const GraphCycle& cycle, const float* audio,
   const auto step = clock_.advance(cycle);
   deliverSilence(step.missing);
   if (step.takesCycle) {
-    deliver(audio, frames);
+    deliverAudio(audio);
   }
   leave();
 }
@@ -76,7 +80,15 @@ void Timeline::deliverSilence(std::uint64_t frames) noexcept {
   }
 }
 
-void Timeline::deliver(const float* audio, std::uint32_t frames) noexcept {
+void Timeline::deliverAudio(const TapAudio& audio) noexcept {
+  for (std::uint32_t first = 0; first < audio.frames; first += audioBlock) {
+    const std::uint32_t frames = std::min(audio.frames - first, audioBlock);
+    readStereo(audio, first, frames, stereo_.data());
+    deliver(stereo_.data(), frames);
+  }
+}
+
+void Timeline::deliver(const float* stereo, std::uint32_t frames) noexcept {
   CA::AudioTimeStamp time;
   time.mSampleTime = sampleTime_;
   CA::AudioBufferList input{
@@ -84,7 +96,7 @@ void Timeline::deliver(const float* audio, std::uint32_t frames) noexcept {
       .mBuffers = {{.mNumberChannels = channels,
                     .mDataByteSize = frames * channels * static_cast<std::uint32_t>(sizeof(float)),
                     // The procedure gets the list as read-only; the type has no const data.
-                    .mData = const_cast<float*>(audio)}}};
+                    .mData = const_cast<float*>(stereo)}}};
   CA::AudioBufferList output{};
   procedure_(device_, &time, &input, &time, &output, &time, clientData_);
   sampleTime_ += frames;

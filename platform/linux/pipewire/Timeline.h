@@ -3,8 +3,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <vector>
 
 #include "platform/CoreAudio.h"
+#include "platform/linux/pipewire/Downmix.h"
 #include "platform/linux/pipewire/GraphClock.h"
 
 namespace audrel::linuxos {
@@ -13,7 +15,7 @@ namespace audrel::linuxos {
 /// stream while there is one, with silence where a cycle was missed or the server is away.
 ///
 /// One feeder at a time may call in: the capture stream on its data thread, or the silence on the
-/// connection's thread. Audio is interleaved stereo, 32-bit float.
+/// connection's thread. The procedure gets interleaved stereo, 32-bit float.
 class Timeline {
  public:
   enum class Feeder { nobody, stream, silence };
@@ -29,9 +31,9 @@ class Timeline {
   /// visible here, and what was written here before is visible to `feeder`. Not on the data thread.
   void feedFrom(Feeder feeder);
 
-  /// One cycle of the capture stream. Takes no lock and never waits; dropped when the stream is
-  /// not the feeder.
-  void feedCycle(const GraphCycle& cycle, const float* audio, std::uint32_t frames) noexcept;
+  /// One cycle of the capture stream, which may be resampled and so longer than the graph's. Takes
+  /// no lock and never waits; dropped when the stream is not the feeder.
+  void feedCycle(const GraphCycle& cycle, const TapAudio& audio) noexcept;
 
   /// Silence up to `nsec`, ten seconds at most; nothing when silence is not the feeder.
   void feedSilenceUntil(std::uint64_t nsec) noexcept;
@@ -57,13 +59,15 @@ class Timeline {
  private:
   bool enter(Feeder feeder) noexcept;
   void leave() noexcept;
-  void deliver(const float* audio, std::uint32_t frames) noexcept;
+  void deliverAudio(const TapAudio& audio) noexcept;
+  void deliver(const float* stereo, std::uint32_t frames) noexcept;
   void deliverSilence(std::uint64_t frames) noexcept;
 
   const CA::AudioObjectID device_;
   const CA::AudioDeviceIOProc procedure_;
   void* const clientData_;
   GraphClock clock_;
+  std::vector<float> stereo_;
   double sampleTime_ = 0;
   std::atomic<std::uint64_t> lostFrames_ = 0;
   std::atomic<Feeder> feeder_ = Feeder::nobody;

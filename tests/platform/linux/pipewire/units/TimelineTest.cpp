@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -39,13 +40,20 @@ struct TimelineTest : testing::Test {
   Timeline timeline{42, &Received::procedure, &received, 48000};
 
   void feed(std::uint64_t position, float value, std::uint32_t frames = 4) {
-    const std::vector<float> audio(std::size_t{2} * frames, value);
+    const std::vector<float> plane(frames, value);
+    feed(position, plane, frames);
+  }
+
+  void feed(std::uint64_t position, const std::vector<float>& plane, std::uint64_t duration) {
+    TapAudio audio{.planes = {}, .frames = static_cast<std::uint32_t>(plane.size())};
+    audio.planes[0] = plane.data();
+    audio.planes[1] = plane.data();
     timeline.feedCycle({.clockId = 1,
                         .position = position,
-                        .duration = frames,
+                        .duration = duration,
                         .rate = 48000,
                         .nsec = position * second / 48000},
-                       audio.data(), frames);
+                       audio);
   }
 };
 
@@ -72,6 +80,16 @@ TEST_F(TimelineTest, deliversCyclesAsTheyCome) {
   feed(4, 2);
   EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 2, 2, 2, 2}));
   EXPECT_EQ(received.sampleTimes, (std::vector<double>{0, 4}));
+  EXPECT_EQ(timeline.lostFrames(), 0U);
+}
+
+TEST_F(TimelineTest, deliversAllOfACycleThatIsLongerThanAnyGraphs) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  std::vector<float> resampled(20'000);
+  std::iota(resampled.begin(), resampled.end(), 0.0F);
+  feed(0, resampled, 8192);
+  EXPECT_EQ(received.left, resampled);
   EXPECT_EQ(timeline.lostFrames(), 0U);
 }
 
