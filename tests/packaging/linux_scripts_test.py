@@ -118,6 +118,28 @@ class CommandsTest(ScratchTest):
             ["--preset", "run", "--log-level=WARNING"], ["--build", "--preset", "run"]])
 
 
+class DistributionsTest(ScratchTest):
+    """How the trial on bare systems is called; the systems themselves need root and hours."""
+
+    SCRIPT = ROOT / "tests" / "distributions"
+
+    def test_it_explains_itself(self):
+        result = call([self.SCRIPT, "--help"])
+        self.assertEqual(result.returncode, 0)
+        self.assertTrue(result.stdout.startswith("Usage: tests/distributions "), result.stdout)
+
+    def test_an_unknown_release_is_refused_before_anything_is_made(self):
+        result = call([self.SCRIPT, "12", "11"])
+        self.assertEqual((result.returncode, result.stdout),
+                         (2, 'tests/distributions: "11" is not known. Try --help.\n'))
+
+    def test_its_table_has_a_row_for_each_system_and_account(self):
+        table = (ROOT / "docs" / "distributions.md").read_text(encoding="utf-8")
+        for release in ("12", "13", "sid"):
+            for account in ("root", "user"):
+                self.assertEqual(table.count(f"\n| Debian {release} | {account} |"), 1)
+
+
 class WarningsTest(ScratchTest):
     """A source with a warning, built with the options of every target of ours."""
 
