@@ -23,6 +23,15 @@ std::int64_t now() {
   return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
+/// 1.x leaves it to the driver when a cycle gets the length and rate that the graph has chosen.
+template <typename Clock>
+void takeTarget(Clock& clock) {
+  if constexpr (requires { clock.target_duration; }) {
+    clock.duration = clock.target_duration;
+    clock.rate = clock.target_rate;
+  }
+}
+
 spa_loop* dataLoopOf(pw_context* context) {
   std::uint32_t count = 0;
   const spa_support* support = pw_context_get_support(context, &count);
@@ -130,11 +139,13 @@ void PacedDriver::startCycle() {
     return;
   }
   const std::int64_t start = now();
+  const std::uint64_t lastDuration = clock->duration;
+  takeTarget(*clock);
   const double period = static_cast<double>(clock->duration) * static_cast<double>(second) /
                         std::max(clock->rate.denom, 1U) / timesRealTime_;
   due_ = std::max(start, due_ + static_cast<std::int64_t>(period));
   clock->nsec = static_cast<std::uint64_t>(start);
-  clock->position += clock->duration;
+  clock->position += lastDuration;
   clock->rate_diff = 1;
   clock->next_nsec = clock->nsec;
   setTimer(start + patience);
