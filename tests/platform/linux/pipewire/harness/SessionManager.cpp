@@ -471,6 +471,12 @@ bool SessionManager::hasNode(const std::string& nodeName) {
   return nodeNamed(nodeName) != nullptr;
 }
 
+bool SessionManager::hasInputs(const std::string& nodeName) {
+  const Locked lock(client_.loop());
+  const Node* node = nodeNamed(nodeName);
+  return node != nullptr && !inputChannels(node->id).empty();
+}
+
 void SessionManager::destroyNode(const std::string& nodeName) {
   const Locked lock(client_.loop());
   if (const Node* node = nodeNamed(nodeName)) {

@@ -52,6 +52,9 @@ class SessionManager {
 
   bool hasNode(const std::string& nodeName);
 
+  /// Whether it has ports that a stream can be linked to.
+  bool hasInputs(const std::string& nodeName);
+
   /// Takes a node away from whoever made it, as a user with the server's tools can.
   void destroyNode(const std::string& nodeName);
 

@@ -1,5 +1,6 @@
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -106,6 +107,12 @@ void TestServer::restart() {
   }
   if (isRunning() && !options_.sinks.empty()) {
     session_->setDefaultSink(options_.sinks.front().name);
+    session_->waitUntil(
+        [&] {
+          return std::ranges::all_of(
+              options_.sinks, [&](const Sink& sink) { return session_->hasInputs(sink.name); });
+        },
+        startTimeout);
   }
 }
 
