@@ -96,19 +96,21 @@ class Rejecter {
     }
   }
 
-  static constexpr pw_registry_events registryEvents = {
-      .version = PW_VERSION_REGISTRY_EVENTS,
-      .global =
-          [](void* self, std::uint32_t id, std::uint32_t, const char*, std::uint32_t,
-             const spa_dict* properties) {
-            static_cast<const Rejecter*>(self)->added(id, properties);
-          },
-      .global_remove = nullptr,
-  };
+  static const pw_registry_events registryEvents;
 
   pwtest::Client client_;
   pw_registry* registry_ = nullptr;
   spa_hook hook_{};
+};
+
+const pw_registry_events Rejecter::registryEvents = {
+    .version = PW_VERSION_REGISTRY_EVENTS,
+    .global =
+        [](void* self, std::uint32_t id, std::uint32_t, const char*, std::uint32_t,
+           const spa_dict* properties) {
+          static_cast<const Rejecter*>(self)->added(id, properties);
+        },
+    .global_remove = nullptr,
 };
 
 struct SharedLog final : os::Log {
