@@ -12,9 +12,10 @@ constexpr std::uint64_t second = 1'000'000'000;
 // How late a driver may be, besides a cycle, and make up for it.
 constexpr std::uint64_t tolerance = second / 20;
 
-// The difference between a driver's count and the monotonic clock fades in about so many cycles,
-// which is much faster than the clocks of sound cards drift.
-constexpr std::int64_t memoryInCycles = 1024;
+// The difference between a driver's count and the monotonic clock fades in about so many cycles:
+// fast enough that no clock of a sound card, a virtual machine's included, seems to stall by
+// running slow.
+constexpr std::int64_t memoryInCycles = 128;
 
 // Of the largest quantum that a graph uses: what to expect before there was a cycle.
 constexpr std::uint64_t largestQuantum = 8192;

@@ -40,8 +40,8 @@ const TapDevice::Loss TapDevice::lossOfServer{.begins = "Audio server lost",
                                               .ends = "Audio server found again"};
 const TapDevice::Loss TapDevice::lossOfStream{.begins = "Capture stream lost",
                                               .ends = "Capture stream made again"};
-const TapDevice::Loss TapDevice::hang{.begins = "Audio server hangs",
-                                      .ends = "Audio server goes on"};
+const TapDevice::Loss TapDevice::hang{.begins = "Audio graph stands still",
+                                      .ends = "Audio graph goes on"};
 
 TapDevice::TapDevice(Connection& connection, os::Logger& log, double rate,
                      TapStream::IsTapped isTapped, CA::AudioObjectID device,

@@ -117,8 +117,8 @@ TEST_F(Outage, ofAServerThatHangsIsSilentUntilItGoesOn) {
   ASSERT_TRUE(recorder.waitForMore(second));
 
   expectOneCountedSilence(outageFrames);
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio server hangs")));
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Audio server goes on")));
+  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio graph stands still")));
+  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Audio graph goes on")));
 }
 
 TEST_F(Outage, ofAServerThatHangsIsFilledUpToTheStop) {
@@ -148,7 +148,7 @@ TEST_F(Outage, ofAServerThatDoesNotAnswerIsALossAsWell) {
   ASSERT_TRUE(recorder.waitForMore(2 * second));
 
   expectOneCountedSilence(second);
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio server hangs")));
+  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio graph stands still")));
 }
 
 TEST_F(Outage, ofTheConnectionForLackOfDescriptorsIsMended) {

@@ -142,6 +142,23 @@ TEST(GraphClock, aSoundCardsClockMayDrift) {
   }
 }
 
+TEST(GraphClock, aClockThatRunsMuchTooSlowStallsNothing) {
+  constexpr std::uint64_t partsPerMillion = 5000;
+  for (const std::uint64_t quantum : {1024U, 8192U}) {
+    GraphClock clock(48000);
+    clock.start(0);
+    const std::uint64_t length = quantum * second / 48000;
+    for (std::uint64_t n = 0; n < 20'000; ++n) {
+      const GraphCycle slow{.clockId = 1,
+                            .position = n * quantum,
+                            .duration = quantum,
+                            .rate = 48000,
+                            .nsec = second + n * (length + length * partsPerMillion / 1'000'000)};
+      ASSERT_EQ(clock.advance(slow).missing, 0U) << "cycle " << n << " of " << quantum;
+    }
+  }
+}
+
 TEST(GraphClock, aGraphFasterThanTimeMayStandStillInBetween) {
   GraphClock clock(48000);
   clock.start(0);
