@@ -18,8 +18,8 @@ namespace audrel::linuxos {
 /// An item that comes soon after another may wait a tenth of a second, so that the worker wakes
 /// less often; `sync` and the destructor never wait for that.
 ///
-/// Callers hold a reference to the queue for as long as `async` or `sync` runs, except that the work
-/// given to `sync` may drop it.
+/// Callers hold a reference to the queue for as long as `async` or `sync` runs, except that the
+/// work given to `sync` may drop it.
 class SerialQueue final : public dispatch::Queue {
  public:
   /// Starts the worker, with all signals blocked: they belong to the main thread. Throws

@@ -157,8 +157,8 @@ bool UserDefaults::setAside(const std::string& reason) {
              " cannot be renamed: " + error.message());
     return false;
   }
-  logger_->error("Settings were broken (" + reason + "): begun again from nothing, the old file is kept as " +
-                 kept.string());
+  logger_->error("Settings were broken (" + reason +
+                 "): begun again from nothing, the old file is kept as " + kept.string());
   return true;
 }
 

@@ -203,9 +203,10 @@ TEST_F(LinuxUserDefaults, keepABrokenFileAsideWhenRead) {
   write("no group\n");
   EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
   EXPECT_THAT(filesBesideIt(), ElementsAre("defaults.ini.broken"));
-  EXPECT_THAT(log->lines, ElementsAre(AllOf(StartsWith("error: Settings were broken ("),
-                                            HasSubstr("begun again from nothing, the old file is kept as " +
-                                                      file.string() + ".broken"))));
+  EXPECT_THAT(log->lines,
+              ElementsAre(AllOf(StartsWith("error: Settings were broken ("),
+                                HasSubstr("begun again from nothing, the old file is kept as " +
+                                          file.string() + ".broken"))));
 }
 
 TEST_F(LinuxUserDefaults, keepEveryBrokenFile) {

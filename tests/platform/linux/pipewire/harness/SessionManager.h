@@ -24,9 +24,9 @@ enum class PortLayout {
 };
 
 /// As much of a session manager as the tests need: it gives nodes ports and links playback streams
-/// to the sink they ask for, or to the default one, and links them again when that changes. It links
-/// capture streams to the source that they ask for, and the default sink to a `SinkMonitor`. It
-/// also answers what a test asks about the graph. All calls on the main thread.
+/// to the sink they ask for, or to the default one, and links them again when that changes. It
+/// links capture streams to the source that they ask for, and the default sink to a `SinkMonitor`.
+/// It also answers what a test asks about the graph. All calls on the main thread.
 class SessionManager {
  public:
   SessionManager(const std::string& socketPath, PortLayout layout);
