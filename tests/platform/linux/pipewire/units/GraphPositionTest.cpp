@@ -25,7 +25,7 @@ TEST(GraphPosition, tellsWhatTheClockOfTheAreaDoes) {
   area.clock.id = 7;
   area.clock.position = 4096;
   area.clock.duration = 1024;
-  area.clock.rate = SPA_FRACTION(1, 48000);
+  area.clock.rate = {.num = 1, .denom = 48000};
   area.clock.nsec = 123;
   GraphPosition position;
   position.replace(&area);
