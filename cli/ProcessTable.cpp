@@ -28,7 +28,7 @@ std::size_t widthOf(std::string_view text) {
       text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
 }
 
-constexpr std::size_t gap = 2;
+constexpr std::size_t columnGap = 2;
 
 using Widths = std::array<std::size_t, 4>;
 
@@ -50,7 +50,7 @@ std::string cut(const std::string& text, std::size_t width) {
 /// both, and what the other does not need.
 void fitInto(Widths& widths, std::size_t room) {
   auto& [id, pid, name, identifier] = widths;
-  const std::size_t taken = id + pid + 3 * gap;
+  const std::size_t taken = id + pid + 3 * columnGap;
   const std::size_t left = std::max(room, taken + 2) - taken;
   if (name + identifier > left) {
     name = std::min(name, std::max(left / 2, left - std::min(left, identifier)));
@@ -64,7 +64,7 @@ std::string lineOf(const Row& row, const Widths& widths) {
   for (std::size_t column = 0; column < widths.size(); ++column) {
     const auto text = cut(row.at(column), widths.at(column));
     line.append(spaces, ' ').append(text);
-    spaces = widths.at(column) - widthOf(text) + gap;
+    spaces = widths.at(column) - widthOf(text) + columnGap;
   }
   return line.append("\n");
 }
