@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <getopt.h>
+#include <pthread.h>
 
 #include <cerrno>
 #include <cmath>
@@ -62,6 +63,25 @@ int nextOption(int count, char** arguments, const char* shortOptions, const opti
   return flag;
 }
 
+/// macOS keeps a signature before what Linux, too, expects to be zeros at first.
+struct Mutex {
+  long signature;
+  pthread_mutex_t mutex;
+};
+static_assert(sizeof(Mutex) <= 64, "as large as that of macOS");
+
+void lock(Mutex* shared) {
+  pthread_mutex_lock(&shared->mutex);
+}
+
+void unlock(Mutex* shared) {
+  pthread_mutex_unlock(&shared->mutex);
+}
+
+void destroy(Mutex* shared) {
+  pthread_mutex_destroy(&shared->mutex);
+}
+
 long long now() {
   return scriptedTime;
 }
@@ -85,6 +105,9 @@ void* hostSymbol(const std::string& name) {
       {"getopt_long", reinterpret_cast<void*>(&nextOption)},
       {"sigaction", reinterpret_cast<void*>(&actOnSignal)},
       {"sigemptyset", reinterpret_cast<void*>(&emptySignalSet)},
+      {"_ZNSt3__15mutex4lockEv", reinterpret_cast<void*>(&lock)},
+      {"_ZNSt3__15mutex6unlockEv", reinterpret_cast<void*>(&unlock)},
+      {"_ZNSt3__15mutexD1Ev", reinterpret_cast<void*>(&destroy)},
       {"_ZNSt3__16chrono12system_clock3nowEv", reinterpret_cast<void*>(&now)},
   };
   if (const auto found = own.find(name); found != own.end()) {
