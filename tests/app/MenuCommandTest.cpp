@@ -191,6 +191,16 @@ TEST_F(MenuCommand, revealStaysOfferedForTheRestOfTheRunAfterAStart) {
   EXPECT_TRUE(canReveal());
 }
 
+TEST_F(MenuCommand, revealDoesNothingWhenTheStoredFileHasGoneSinceTheMenuWasBuilt) {
+  start();
+  stop();
+  relaunch();
+  EXPECT_TRUE(canReveal());
+  world.fileManager.existing.clear();
+  choose("Reveal Last Recording in Finder");
+  EXPECT_THAT(revealed(), IsEmpty());
+}
+
 TEST_F(MenuCommand, revealIsOfferedAfterARelaunchAsLongAsTheStoredFileExists) {
   start();
   stop();

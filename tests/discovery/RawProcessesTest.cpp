@@ -127,6 +127,15 @@ TEST_F(RawProcesses, anObjectWhosePidQueryFailsIsLeftOutWithoutALogLine) {
   EXPECT_THAT(world.journal.lines("log "), IsEmpty());
 }
 
+TEST_F(RawProcesses, anObjectWhosePidQueryWritesNothingIsLeftOut) {
+  world.hardware.processObjects = {{70, std::nullopt, "x"}, {71, 710, "y"}};
+  EXPECT_THAT(rawProcesses(), ElementsAre(Raw{71, 710, "y", "y"}));
+  EXPECT_THAT(
+      world.journal.lines("AudioObjectGetPropertyData(70, 'ppid'"),
+      ElementsAre("AudioObjectGetPropertyData(70, 'ppid'/'glob'/0, no qualifier, size 4) -> "
+                  "status 0, nothing"));
+}
+
 TEST_F(RawProcesses, anObjectWithPid0OrANegativePidIsLeftOutAndAskedNothingElse) {
   world.hardware.processObjects = {{70, 0, "x"}, {71, -5, "y"}, {72, 1, "z"}};
   EXPECT_THAT(rawProcesses(), ElementsAre(Raw{72, 1, "z", "z"}));

@@ -171,6 +171,24 @@ TEST_F(IOPath, aLaterBufferThatIsLargerIsCutToItsDestination) {
   EXPECT_EQ(written()[0].buffers[1], std::vector(large.begin(), large.begin() + 40));
 }
 
+TEST_F(IOPath, noSizeIsTakenForANegativeOne) {
+  constexpr std::uint32_t huge = 0xFFFFFFF8;
+  record(4, 2);
+  InputCycle input({40, 4096});
+  input.claimSize(1, huge);
+  engine->handleIOProc(&input.list());
+  ASSERT_EQ(written().size(), 1U);
+  const auto& large = input.bytes(1);
+  EXPECT_EQ(written()[0].buffers[1], std::vector(large.begin(), large.begin() + 40));
+
+  world.audio.hasNoMemory = true;
+  world.journal.clear();
+  input.claimSize(0, huge);
+  engine->handleIOProc(&input.list());
+  EXPECT_THAT(world.journal.lines(), ElementsAre("AVAudioPCMBuffer(1073741822 frames) -> nothing"));
+  EXPECT_EQ(engine->underrunCount(), 1);
+}
+
 TEST_F(IOPath, aLaterBufferThatIsSmallerLeavesTheRestOfItsDestinationAsAllocated) {
   record(4, 2);
   const InputCycle input({40, 8});

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "tests/engine/EngineTest.h"
 #include "tests/engine/ExpectedJournal.h"
@@ -33,17 +34,18 @@ std::string contentsOf(const std::filesystem::path& path) {
 }
 
 TEST_F(Oddities, nothingRaisesFileWriteFailedOrSourceProcessExited) {
-  std::size_t filesRead = 0;
-  for (const char* folder : {"engine", "discovery"}) {
-    for (const auto& entry :
-         std::filesystem::directory_iterator(std::filesystem::path(AUDREL_SOURCE_DIR) / folder)) {
-      const std::string source = contentsOf(entry.path());
-      EXPECT_EQ(source.find("fileWriteFailed"), std::string::npos) << entry.path();
-      EXPECT_EQ(source.find("sourceProcessExited"), std::string::npos) << entry.path();
-      ++filesRead;
+  std::vector<std::string> naming;
+  for (const char* folder : {"app", "ui", "discovery", "engine", "model", "cli", "platform"}) {
+    const auto path = std::filesystem::path(AUDREL_SOURCE_DIR) / folder;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
+      const std::string source = entry.is_regular_file() ? contentsOf(entry.path()) : "";
+      if (source.find("fileWriteFailed") != std::string::npos ||
+          source.find("sourceProcessExited") != std::string::npos) {
+        naming.push_back(entry.path().filename());
+      }
     }
   }
-  EXPECT_GT(filesRead, 10U);
+  EXPECT_THAT(naming, testing::UnorderedElementsAre("RecorderError.cpp", "RecorderError.h"));
 }
 
 TEST_F(Oddities, stopAlwaysAnswersNothing) {
@@ -65,6 +67,15 @@ TEST_F(Oddities, theTapThatAnEarlyFailureLeavesBehindIsForgottenByTheNextStart) 
   EXPECT_THAT(world.hardware.taps(), ElementsAre(101));
   EXPECT_THAT(world.journal.lines("AudioHardwareDestroyProcessTap"),
               ElementsAre("AudioHardwareDestroyProcessTap(102) -> status 0"));
+}
+
+TEST_F(Oddities, aTapThatCannotBeMadeForgetsNoneThatWasLeftBehind) {
+  tapsAfterAFailureAt(Call::tapUID);
+  tapsAfterAFailureAt(Call::createProcessTap);
+  EXPECT_EQ(Inspector::tapID(*engine), 101U);
+  world.hardware.yieldNothing(Call::createProcessTap);
+  EXPECT_EQ(start(), RecorderError::tapCreationFailed(0));
+  EXPECT_EQ(Inspector::tapID(*engine), 101U);
 }
 
 TEST_F(Oddities, everyEarlyFailureLeavesATapOfItsOwn) {
@@ -98,6 +109,12 @@ TEST_F(Oddities, aStreamDescriptionThatDescribesNoFormatIsStatusMinus1WithoutALo
   world.audio.makesNoFormat = true;
   EXPECT_EQ(start(), RecorderError::streamFormatUnavailable(-1));
   EXPECT_THAT(world.journal.lines("log "), IsEmpty());
+}
+
+TEST_F(Oddities, whatAFormatQueryDoesNotWriteIs0) {
+  world.hardware.yieldNothing(Call::tapFormat);
+  EXPECT_EQ(start(), RecorderError::streamFormatUnavailable(-1));
+  EXPECT_EQ(Inspector::tapStreamDescription(*engine), CA::AudioStreamBasicDescription{});
 }
 
 TEST_F(Oddities, withoutADefaultOutputDeviceTheStatusIs0AndNothingIsLogged) {

@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 
 #include "tests/engine/EngineTest.h"
 #include "tests/engine/ExpectedJournal.h"
@@ -74,6 +76,37 @@ TEST_F(Engine, isRecordingAfterASuccessfulStart) {
   ASSERT_NE(Inspector::writerFormat(*engine), nullptr);
   EXPECT_EQ(Inspector::writerFormat(*engine)->streamDescription(), world.hardware.tapFormat);
   EXPECT_EQ(Inspector::tapStreamDescription(*engine), world.hardware.tapFormat);
+}
+
+TEST_F(Engine, isRecordingOnceTheDeviceRunsThenTakesItsDateThenForgetsOldUnderruns) {
+  ASSERT_EQ(start(), std::nullopt);
+  world.audio.hasNoMemory = true;
+  cycle();
+  engine->stop();
+
+  std::vector<std::string> seen;
+  world.journal.whenAdded = [&](const std::string& line) {
+    if (line.starts_with("AudioDeviceStart") || line.starts_with("now()")) {
+      seen.push_back(std::string(engine->isRecording() ? "recording" : "idle") +
+                     (engine->startDate() ? ", a date, " : ", no date, ") +
+                     std::to_string(engine->underrunCount()) + " underruns");
+    }
+  };
+  ASSERT_EQ(start(), std::nullopt);
+  EXPECT_THAT(seen, ElementsAre("idle, no date, 1 underruns", "recording, no date, 1 underruns"));
+  EXPECT_EQ(engine->underrunCount(), 0);
+}
+
+TEST_F(Engine, recordsEachTapInItsOwnFormat) {
+  ASSERT_EQ(start(), std::nullopt);
+  engine->stop();
+  auto& format = world.hardware.tapFormat;
+  format.mSampleRate = 44100;
+  format.mChannelsPerFrame = 1;
+  format.mBytesPerFrame = 4;
+  ASSERT_EQ(start(), std::nullopt);
+  EXPECT_EQ(Inspector::writerFormat(*engine)->streamDescription(), format);
+  EXPECT_EQ(Inspector::tapStreamDescription(*engine), format);
 }
 
 TEST_F(Engine, installsItsCallbackWithItselfAsClientData) {

@@ -75,6 +75,22 @@ TEST_F(Stop, answersNothingAfterARecordingTooAndTheFileIsCompleteAndClosed) {
   EXPECT_FALSE(world.audio.files.front()->isOpen);
 }
 
+TEST_F(Stop, leavesTheEngineRecordingSinceItsDateUntilItsLineIsLogged) {
+  ASSERT_EQ(start(), std::nullopt);
+  cycle();
+  const auto date = engine->startDate();
+  std::size_t lines = 0;
+  world.journal.whenAdded = [&](const std::string& line) {
+    EXPECT_TRUE(engine->isRecording()) << line;
+    EXPECT_EQ(engine->startDate(), date) << line;
+    ++lines;
+  };
+  world.journal.clear();
+  engine->stop();
+  EXPECT_EQ(lines, world.journal.lines().size());
+  EXPECT_FALSE(engine->isRecording());
+}
+
 TEST_F(Stop, leavesTheEngineIdle) {
   ASSERT_EQ(start(), std::nullopt);
   engine->stop();

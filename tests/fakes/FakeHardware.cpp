@@ -4,6 +4,8 @@
 #include <cassert>
 #include <cstddef>
 #include <cstring>
+#include <limits>
+#include <string_view>
 #include <type_traits>
 #include <variant>
 
@@ -323,9 +325,12 @@ CA::OSStatus FakeHardware::AudioObjectGetPropertyData(CA::AudioObjectID object,
     journal_.add(call + status(answer.status));
     return answer.status;
   }
+  const std::string_view before(static_cast<const char*>(outData), *ioDataSize);
+  const bool leavesGarbage =
+      answer.bytes.empty() && before.find_first_not_of('\0') != std::string_view::npos;
   *ioDataSize = std::min(*ioDataSize, static_cast<std::uint32_t>(answer.bytes.size()));
   std::memcpy(outData, answer.bytes.data(), *ioDataSize);
-  journal_.add(call + status(0) + ", " + answer.shown);
+  journal_.add(call + status(0) + ", " + answer.shown + (leavesGarbage ? ", not over 0" : ""));
   return 0;
 }
 
@@ -362,9 +367,10 @@ FakeHardware::Answer FakeHardware::processObjectList() const {
     answer.bytes += bytesOf(process.id);
     answer.shown += (answer.shown.empty() ? "" : ", ") + std::to_string(process.id);
   }
-  // A size that promises more than there is gets zeros, as it would from an array of zeros.
-  answer.bytes.resize(
-      processObjectListSize.value_or(static_cast<std::uint32_t>(answer.bytes.size())));
+  // Of a size that promises more than there is, the rest stays as it was.
+  answer.bytes.resize(std::min(
+      answer.bytes.size(),
+      std::size_t{processObjectListSize.value_or(std::numeric_limits<std::uint32_t>::max())}));
   answer.shown = "objects " + answer.shown;
   return answer;
 }
@@ -376,13 +382,17 @@ FakeHardware::Answer FakeHardware::plainProperty(CA::AudioObjectID object,
       return processObjectList();
     }
     if (selector == CA::kAudioHardwarePropertyDefaultOutputDevice) {
-      const auto device =
-          yieldsNothing(Call::defaultOutputDevice) ? CA::kAudioObjectUnknown : defaultOutputDevice;
-      return {statusOf(Call::defaultOutputDevice), bytesOf(device),
-              "device " + std::to_string(device)};
+      if (yieldsNothing(Call::defaultOutputDevice)) {
+        return {0, {}, "device 0"};
+      }
+      return {statusOf(Call::defaultOutputDevice), bytesOf(defaultOutputDevice),
+              "device " + std::to_string(defaultOutputDevice)};
     }
   }
   if (selector == CA::kAudioTapPropertyFormat) {
+    if (yieldsNothing(Call::tapFormat)) {
+      return {0, {}, "nothing"};
+    }
     const bool known = std::find(taps_.begin(), taps_.end(), object) != taps_.end();
     return {
         known ? statusOf(Call::tapFormat) : CA::kAudioHardwareBadObjectError, bytesOf(tapFormat),
@@ -391,7 +401,9 @@ FakeHardware::Answer FakeHardware::plainProperty(CA::AudioObjectID object,
   }
   if (selector == CA::kAudioProcessPropertyPID) {
     if (const ProcessObject* process = processObject(object)) {
-      return {process->pidStatus, bytesOf(process->pid), "pid " + std::to_string(process->pid)};
+      return process->pid ? Answer{process->pidStatus, bytesOf(*process->pid),
+                                   "pid " + std::to_string(*process->pid)}
+                          : Answer{0, {}, "nothing"};
     }
   }
   return {CA::kAudioHardwareBadObjectError, {}, {}};

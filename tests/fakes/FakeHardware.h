@@ -40,7 +40,7 @@ class FakeHardware final : public CA::AudioHardware {
 
   struct ProcessObject {
     CA::AudioObjectID id = CA::kAudioObjectUnknown;
-    pid_t pid = 0;
+    std::optional<pid_t> pid = 0;  ///< none: the query succeeds and writes nothing
     std::string bundleID;
     CA::OSStatus pidStatus = 0;       ///< of the query for the pid
     CA::OSStatus bundleIDStatus = 0;  ///< of the query for the bundle identifier
@@ -51,7 +51,7 @@ class FakeHardware final : public CA::AudioHardware {
   /// From now on `call` fails with `status`.
   void fail(Call call, CA::OSStatus status) { failures_[call] = status; }
 
-  /// From now on `call` succeeds and creates or finds nothing: the id stays 0, or null.
+  /// From now on `call` succeeds and creates or finds nothing: it writes no result.
   void yieldNothing(Call call) { empty_.insert(call); }
 
   /// `call` works again.

@@ -23,6 +23,11 @@ void InputCycle::removeData(std::size_t index) {
   buffers[index].mData = nullptr;
 }
 
+void InputCycle::claimSize(std::size_t index, std::uint32_t byteSize) {
+  CA::AudioBuffer* const buffers = list_->mBuffers;
+  buffers[index].mDataByteSize = byteSize;
+}
+
 CA::AudioBufferList* makeBufferList(std::vector<std::max_align_t>& storage,
                                     const std::vector<CA::AudioBuffer>& buffers) {
   const std::size_t size = sizeof(CA::AudioBufferList) + buffers.size() * sizeof(CA::AudioBuffer);

@@ -26,8 +26,8 @@ class InputCycle {
   /// Lets buffer `index` carry no data, its size unchanged.
   void removeData(std::size_t index);
 
-  /// Says that the list is `count` buffers long, of those that it has.
-  void setBufferCount(std::uint32_t count) { list_->mNumberBuffers = count; }
+  /// Says that buffer `index` is `byteSize` long, its data unchanged.
+  void claimSize(std::size_t index, std::uint32_t byteSize);
 
  private:
   std::vector<std::vector<std::byte>> data_;

@@ -7,6 +7,9 @@
 namespace audrel::fakes {
 
 void Journal::add(std::string line) {
+  if (whenAdded) {
+    whenAdded(line);
+  }
   const std::lock_guard lock(mutex_);
   lines_.push_back(std::move(line));
 }

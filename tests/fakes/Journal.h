@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@ namespace audrel::fakes {
 class Journal {
  public:
   void add(std::string line);
+
+  /// Called with each line as it is added, on the thread that adds it. Set it while nothing runs.
+  std::function<void(const std::string&)> whenAdded;
 
   std::vector<std::string> lines() const;
 
