@@ -70,10 +70,7 @@ void AppDelegate::invalidateUITimer() {
 void AppDelegate::tick() {
   // Before the flag is set: the warning shows one tick after it was given.
   updateStatusItem();
-  if (warningFired_ || !engine_->startDate()) {
-    return;
-  }
-  if (elapsed() >= secondsUntilWarning) {
+  if (!warningFired_ && elapsed() >= secondsUntilWarning) {
     warningFired_ = true;
     log_->info("Recording has passed 1 hour — soft warning displayed");
   }
