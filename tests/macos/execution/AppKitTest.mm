@@ -289,6 +289,18 @@ TEST_F(AppKitTest, anApplicationKeepsWhatItsFrameworkRefersToWeaklyAndSurvivesAn
   application.run();
 }
 
+// Whoever can be asked whether to end can refuse it, or put it off.
+TEST_F(AppKitTest, anApplicationsDelegateHearsOfLaunchAndEndAndIsAskedNothing) {
+  const auto answers = [](const char* selector) {
+    return objcruntime::instancesRespondTo("AudrelApplicationDelegate", selector);
+  };
+  EXPECT_TRUE(answers("applicationDidFinishLaunching:"));
+  EXPECT_TRUE(answers("applicationWillTerminate:"));
+  EXPECT_FALSE(answers("applicationShouldTerminate:"));
+  EXPECT_FALSE(answers("applicationShouldTerminateAfterLastWindowClosed:"));
+  EXPECT_FALSE(answers("applicationShouldHandleReopen:hasVisibleWindows:"));
+}
+
 TEST_F(AppKitTest, aBuildWithoutUpdaterSaysSoInTheLog) {
   journal();
   UpdateFramework().makeStandardUpdaterController(true)->checkForUpdates();

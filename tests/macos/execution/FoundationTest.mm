@@ -34,9 +34,10 @@ TEST_F(FoundationTest, pathsKeepTheirBytes) {
 
 TEST_F(FoundationTest, theDownloadsFolderIsTheFirstOfTheUsers) {
   FileManager files;
+  mac().downloads.push_back("/Volumes/Other/Downloads");
   EXPECT_EQ(files.downloadsDirectory(), "/Users/test/Downloads");
   EXPECT_EQ(files.homeDirectoryForCurrentUser(), "/Users/test");
-  mac().downloads.reset();
+  mac().downloads.clear();
   EXPECT_EQ(files.downloadsDirectory(), std::nullopt);
 }
 

@@ -287,7 +287,7 @@ static NSWindow* modalWindow;
     mac().note("NSApplication.terminate: refused, since a window is modal");
     return;
   }
-  mac().note("NSApplication.terminate:");
+  mac().note(std::string("NSApplication.terminate:") + (sender == nil ? "" : " with a sender"));
   [self.delegate applicationWillTerminate:[[NSNotification alloc] init]];
   if (mac().whenTerminated) {
     mac().whenTerminated();

@@ -334,13 +334,17 @@ static NSString* made(const std::string& text) {
 - (NSArray<NSURL*>*)URLsForDirectory:(NSSearchPathDirectory)directory
                            inDomains:(NSSearchPathDomainMask)domains {
   NSMutableArray<NSURL*>* urls = [NSMutableArray array];
-  if (directory == NSDownloadsDirectory && domains == NSUserDomainMask && mac().downloads) {
-    [urls addObject:[NSURL fileURLWithFileSystemRepresentation:mac().downloads->c_str()
-                                                   isDirectory:YES
-                                                 relativeToURL:nil]];
+  std::string answer;
+  if (directory == NSDownloadsDirectory && domains == NSUserDomainMask) {
+    for (const std::string& path : mac().downloads) {
+      [urls addObject:[NSURL fileURLWithFileSystemRepresentation:path.c_str()
+                                                     isDirectory:YES
+                                                   relativeToURL:nil]];
+      answer += (answer.empty() ? "" : ", ") + path;
+    }
   }
-  mac().noteDetail("NSFileManager.URLsForDirectory: " + std::to_string(directory) + " inDomains: " +
-                   std::to_string(domains) + " -> \"" + mac().downloads.value_or("") + "\"");
+  mac().noteDetail("NSFileManager.URLsForDirectory: " + std::to_string(directory) +
+                   " inDomains: " + std::to_string(domains) + " -> \"" + answer + "\"");
   return urls;
 }
 

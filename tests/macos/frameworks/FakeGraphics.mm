@@ -96,7 +96,8 @@ static NSImage* madeImage(const std::string& content, NSSize size) {
   if (!mac().symbols.contains(text(name))) {
     return nil;
   }
-  NSImage* image = madeImage(text(name), NSSize{17, 15});
+  const std::string described = description == nil ? "" : " described as " + text(description);
+  NSImage* image = madeImage(text(name) + described, NSSize{17, 15});
   mac().noteDetail("NSImage.imageWithSystemSymbolName: " + text(name) + " -> " + image->_name);
   return image;
 }

@@ -116,7 +116,7 @@ class Mac {
 
   std::string processName = "Audrel";
   std::map<std::string, std::string> defaults;  ///< of the process
-  std::optional<std::string> downloads = "/Users/test/Downloads";
+  std::vector<std::string> downloads = {"/Users/test/Downloads"};
   std::set<std::string> existing;
 
   std::deque<long> answers;  ///< of alerts, in order; the first button's when empty
