@@ -84,5 +84,16 @@ TEST(Report, warnsOfWhatIsMissing) {
                   "1 cycle of audio was dropped for lack of memory."));
 }
 
+TEST(Report, countsOneAndMany) {
+  auto report = tenSeconds();
+  report.lostFrames = 1;
+  report.underruns = 2;
+  report.audio.failedWrites = 1;
+  EXPECT_THAT(
+      warningsOf(report),
+      ElementsAre(HasSubstr("1 write failed"), HasSubstr("1 frame was not delivered in time"),
+                  "2 cycles of audio were dropped for lack of memory."));
+}
+
 }  // namespace
 }  // namespace audrel::cli

@@ -52,7 +52,8 @@ TEST(StatusLine, barIsEmptyForSilenceAndFullAtFullScale) {
   };
   EXPECT_EQ(filled(std::nullopt), 0);
   EXPECT_EQ(filled(0.0F), 0);
-  EXPECT_EQ(filled(0.0005F), 0);
+  EXPECT_EQ(filled(0.00108F), 0);  // a little below the middle of the first sign
+  EXPECT_EQ(filled(0.0011F), 1);
   EXPECT_EQ(filled(0.0316228F), 20);  // -30 dBFS of 60
   EXPECT_EQ(filled(1.0F), 40);
   EXPECT_EQ(filled(2.0F), 40);
