@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <gtk/gtk.h>
 
 #include <array>
 #include <cstddef>
@@ -13,6 +14,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/tray/GLibHandles.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Pixmap.h"
 #include "platform/linux/tray/Symbols.h"
@@ -83,7 +85,7 @@ std::set<std::string> foldersOf(const fs::path& hicolor) {
   std::set<std::string> folders;
   std::error_code error;
   for (const auto& entry : fs::recursive_directory_iterator(hicolor, error)) {
-    if (entry.is_regular_file(error)) {
+    if (entry.is_regular_file(error) && entry.path().filename() != "index.theme") {
       folders.insert(entry.path().parent_path().lexically_relative(hicolor));
     }
   }
@@ -122,6 +124,20 @@ TEST(IconTree, theInstalledProgramFindsTheInstalledIcons) {
   const IconTheme theme = IconTheme::ofProgramIn(tree.prefix() / "bin");
   EXPECT_EQ(theme.folder(), tree.prefix() / "share/icons");
   EXPECT_EQ(namesFoundBy(theme), namesIn(tree.prefix() / "share/icons", "status"));
+}
+
+// GNOME's extension does so, with what its shell has of GTK's reader of themes.
+TEST(IconTree, aPanelThatLooksIntoTheFolderOfTheBuildAloneFindsTheStatusIcons) {
+  const std::unique_ptr<GtkIconTheme, linuxos::Releaser<g_object_unref>> reader(
+      gtk_icon_theme_new());
+  const std::string folder = builtIcons();
+  const char* path = folder.c_str();
+  gtk_icon_theme_set_search_path(reader.get(), &path, 1);
+  const auto names = namesIn(builtIcons(), "status");
+  EXPECT_FALSE(names.empty());
+  for (const std::string& name : names) {
+    EXPECT_TRUE(gtk_icon_theme_has_icon(reader.get(), name.c_str())) << name;
+  }
 }
 
 /// Width and height in a PNG's header.
