@@ -1,6 +1,7 @@
 """A private desktop session: display, session bus, and a real panel with a status area. Nothing of
 it is seen or heard outside, and all of it is gone with its object."""
 
+import glob
 import os
 import re
 import shutil
@@ -14,7 +15,7 @@ from panels import PANEL_HEIGHT
 
 PACKAGES = {"Xvfb": "xvfb", "dbus-daemon": "dbus", "xdotool": "xdotool", "ffmpeg": "ffmpeg"}
 
-WIDTH, HEIGHT = 720, 405
+WIDTH, HEIGHT = 720, 405  # as pictures for documents have it
 
 _TOOLKIT = """[Settings]
 gtk-theme-name=Adwaita
@@ -26,14 +27,15 @@ gtk-enable-animations=0
 def missing_packages(panel=panels.XFCE):
     """The Debian packages of the programs that a session needs and this system lacks."""
     return sorted({package for program, package in (PACKAGES | panel.packages).items()
-                   if shutil.which(program) is None and not os.path.exists(program)})
+                   if shutil.which(program) is None and not glob.glob(program)})
 
 
 class PanelSession:
     """A context manager. Inside it `environment` leads programs here, and `home` is their home."""
 
-    def __init__(self, dark=True, panel=panels.XFCE):
+    def __init__(self, dark=True, panel=panels.XFCE, height=HEIGHT):
         self.dark = dark
+        self.width, self.height = WIDTH, height
         self._choice = panel
         self._children = []
 
@@ -76,7 +78,7 @@ class PanelSession:
 
     def screenshot(self, file):
         """The whole display, as a PNG."""
-        self._grab(WIDTH, HEIGHT, 0, 0, "-y", file)
+        self._grab(self.width, self.height, 0, 0, "-y", file)
 
     def pixels(self, width, height, x, y):
         """The colours of a part of the display: a list of (red, green, blue)."""
@@ -143,9 +145,9 @@ class PanelSession:
         self._panel.wait()
 
     def _start_display(self):
-        self._display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
-                            "-nolisten", "tcp", "-noreset", stdout=subprocess.PIPE,
-                            stderr=subprocess.DEVNULL)
+        self._display = self.start("Xvfb", "-displayfd", "1", "-screen", "0",
+                                   f"{self.width}x{self.height}x24", "-nolisten", "tcp",
+                                   "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         with self._display.stdout as answer:
             number = answer.readline().decode().strip()
         if not number:
@@ -167,7 +169,7 @@ class PanelSession:
     def settle(self, below=0):
         """Waits until nothing moves on the display, `below` a pixel row."""
         def look():
-            return self.pixels(WIDTH, HEIGHT - below, 0, below)
+            return self.pixels(self.width, self.height - below, 0, below)
 
         shown = [None, look()]
 

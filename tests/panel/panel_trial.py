@@ -5,7 +5,7 @@ import json
 import re
 import subprocess
 
-from panel_session import HEIGHT, PANEL_HEIGHT, WIDTH
+from panel_session import PANEL_HEIGHT, WIDTH
 from screen_reading import Box, Picture
 
 START_LINE, SOURCES_LINE, IDLE_LINES = 0, 1, 7  # of the idle menu
@@ -14,6 +14,7 @@ LEFT, RIGHT = 1, 3  # mouse buttons
 
 SOURCES_LINES = 3  # all audio, the player, and the line that asks again
 
+DISPLAY_HEIGHT = 600  # GNOME unfolds submenus in the menu
 PICTURE_HEIGHT = 240
 LABEL_WIDTH = 20  # the least
 
@@ -76,6 +77,7 @@ class PanelTrial:
     def _item_appears(self):
         self._session.settle()
         self._session.user("key", "Escape")  # GNOME starts with an overview
+        self._move_away()
         self._session.settle()
         self._bare = self._look()
         self._running = self._session.start(self._program, "--demo")
@@ -101,7 +103,8 @@ class PanelTrial:
 
     def _submenu_lists_sources(self):
         require(self._tells_of_player(), "the player is not in the menu")
-        menu = self._look()
+        self._hover(self._menu.center[0], self._lines[START_LINE])
+        menu = self._look()  # with the pointer inside, where the desktop draws it
         self._hover(self._menu.center[0], self._lines[SOURCES_LINE])
         try:
             self._session.wait_until(lambda: self._beside_menu(menu), "the submenu", seconds=5)
@@ -112,8 +115,8 @@ class PanelTrial:
         self._session.settle(below=PANEL_HEIGHT)
         self._photograph()
         shown = self._look()
-        lines = shown.text_lines(self._beside_menu(menu) or shown.changes(self._closed,
-                                                                          top=PANEL_HEIGHT))
+        unfolded = dataclasses.replace(self._menu, bottom=self._session.height)
+        lines = shown.text_lines(self._beside_menu(menu) or unfolded)
         if place == "in the menu":  # whose end may be scrolled away
             require(len(lines) >= IDLE_LINES + SOURCES_LINES - 1, f"{len(lines)} lines in all")
         else:
@@ -174,7 +177,7 @@ class PanelTrial:
     # What the user does and sees.
 
     def _look(self):
-        return Picture(self._session.pixels(WIDTH, HEIGHT, 0, 0), WIDTH)
+        return Picture(self._session.pixels(WIDTH, self._session.height, 0, 0), WIDTH)
 
     def _item_in(self, picture):
         # A clock may run in the middle of the panel.
@@ -190,7 +193,7 @@ class PanelTrial:
                            "sleep", 0.3)
 
     def _move_away(self):
-        self._session.user("mousemove", 0, HEIGHT - 1)
+        self._session.user("mousemove", 0, self._session.height - 1)
         self._session.settle(below=PANEL_HEIGHT)
 
     def _reds(self):
@@ -199,12 +202,13 @@ class PanelTrial:
     def _open_menu(self, line_count):
         """Each line of it must be there to see."""
         self._move_away()
-        closed = self._closed = self._look()
+        closed = self._look()
         item = self._item_in(closed)
         require(item is not None, "the item has gone")
         self._hover(*item.center)
+        hovered = self._look()  # with the pointer, where the desktop draws it
         self._session.user("click", self._button)
-        self._session.wait_until(lambda: self._look().changes(closed, top=PANEL_HEIGHT),
+        self._session.wait_until(lambda: self._look().changes(hovered, top=PANEL_HEIGHT),
                                  "the menu", seconds=10)
         self._move_away()
         shown = self._look()

@@ -2,10 +2,22 @@
 the display's upper edge."""
 
 import dataclasses
+import platform
 import subprocess
 from collections.abc import Callable
 
 PANEL_HEIGHT = 32
+
+_RELEASE = platform.freedesktop_os_release()
+SYSTEM = f"{_RELEASE['ID']}-{_RELEASE.get('VERSION_ID', 'unreleased')}"
+
+# What differs between the releases. One that is not here is taken for the last.
+if SYSTEM == "debian-12":
+    _KDE_VERSION = "5"
+    _LXQT_PICTURES = {}
+else:
+    _KDE_VERSION = "6"
+    _LXQT_PICTURES = {"/usr/lib/*/qt6/plugins/iconengines/libqsvgicon.so": "qt6-svg-plugins"}
 
 # The status area is at the panel's right end, so that its only item is there too.
 _XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
@@ -172,7 +184,7 @@ def _gnome(session):
 
 
 def _plasma(session):
-    session.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5",
+    session.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": _KDE_VERSION,
                             "QT_QUICK_BACKEND": "software"}
     configuration = session.home / ".config"
     _write(configuration / "kactivitymanagerdrc", _PLASMA_ACTIVITIES)
@@ -184,7 +196,7 @@ def _plasma(session):
 class Panel:
     """`configure` is called with the session, whose bus is there already."""
     name: str
-    packages: dict[str, str]  # a program, or a file's path, and its Debian package; its own first
+    packages: dict[str, str]  # a program, or a path, and its Debian package; the panel's first
     desktop: str  # XDG_CURRENT_DESKTOP
     commands: tuple[tuple[str, ...], ...]  # the panel's own is the last one
     configure: Callable
@@ -193,10 +205,12 @@ class Panel:
 XFCE = Panel("Xfce", {"xfce4-panel": "xfce4-panel"}, "XFCE",
              (("xfce4-panel", "--disable-wm-check"),), _xfce)
 MATE = Panel("MATE", {"mate-panel": "mate-panel"}, "MATE", (("mate-panel",),), _mate)
-LXQT = Panel("LXQt", {"lxqt-panel": "lxqt-panel"}, "LXQt", (("lxqt-panel",),), _lxqt)
-PLASMA = Panel("Plasma", {"plasmashell": "plasma-workspace", "kded5": "kded5",
+LXQT = Panel("LXQt", {"lxqt-panel": "lxqt-panel"} | _LXQT_PICTURES, "LXQt",
+             (("lxqt-panel",),), _lxqt)
+_KDED = f"kded{_KDE_VERSION}"
+PLASMA = Panel("Plasma", {"plasmashell": "plasma-workspace", _KDED: _KDED,
                           "/usr/share/plasma/plasmoids/org.kde.panel": "plasma-desktop"}, "KDE",
-               (("kded5",), ("plasmashell", "--no-respawn")), _plasma)
+               ((_KDED,), ("plasmashell", "--no-respawn")), _plasma)
 GNOME = Panel("GNOME", {"gnome-shell": "gnome-shell",
                         "/usr/share/gnome-shell/extensions/ubuntu-appindicators@ubuntu.com":
                         "gnome-shell-extension-appindicator"}, "GNOME",
