@@ -16,7 +16,8 @@ class Diagnostics {
   virtual std::optional<std::string> diagnosis() = 0;
 
   /// Frames that the system did not deliver in time during the current or last run of a device
-  /// and that stand as silence in the recording. Any thread.
+  /// and that stand as silence in the recording; while the output changes it may be fewer, or no
+  /// silence. Any thread.
   virtual std::uint64_t lostFrames() = 0;
 };
 

@@ -24,6 +24,11 @@ constexpr std::uint64_t stepLength = GraphClock::longestStep / std::chrono::nano
 
 }  // namespace
 
+std::uint64_t monotonicNow() {
+  return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch() /
+                                    std::chrono::nanoseconds(1));
+}
+
 std::uint64_t lengthOf(const GraphCycle& cycle) {
   return cycle.rate == 0 ? 0 : cycle.duration * second / cycle.rate;
 }
@@ -100,6 +105,7 @@ GraphClock::Step GraphClock::advance(const GraphCycle& cycle) {
   if (isSilenced(cycle)) {
     return {.takesCycle = false};
   }
+  const std::uint64_t played = last_ == Last::cycle ? framesIn(cycle.unheard) : 0;
   const std::uint64_t missing = missedBefore(cycle);
   if (missing > framesIn(stepLength)) {
     return {.missing = advanceTo(end_ + stepLength), .takesCycle = false};
@@ -107,7 +113,7 @@ GraphClock::Step GraphClock::advance(const GraphCycle& cycle) {
   last_ = Last::cycle;
   cycle_ = cycle;
   end_ = cycle.nsec + lengthOf(cycle);
-  return {.missing = missing};
+  return {.missing = missing, .unheard = played - std::min(played, missing)};
 }
 
 std::uint64_t GraphClock::advanceTo(std::uint64_t nsec) {

@@ -12,7 +12,11 @@ struct GraphCycle {
   std::uint64_t duration = 0;  ///< in the graph's frames
   std::uint32_t rate = 0;      ///< of the graph, frames per second
   std::uint64_t nsec = 0;      ///< of the cycle's start, on the monotonic clock
+  std::uint64_t unheard = 0;   ///< nanoseconds of cycles before it in which others had a part
 };
+
+/// The clock that PipeWire stamps its cycles with, in nanoseconds. Any thread, the data thread too.
+std::uint64_t monotonicNow();
 
 /// How long the cycle is, in nanoseconds.
 std::uint64_t lengthOf(const GraphCycle& cycle);
@@ -26,7 +30,8 @@ std::uint64_t lengthOf(const GraphCycle& cycle);
 ///
 /// Another driver, or the same one started again, counts from elsewhere: then only the monotonic
 /// clock tells, and the switch itself may take up to two cycles without anything being missed,
-/// since what the applications play next still comes next.
+/// since what the applications play next still comes next. What they played in cycles that the
+/// stream had no part in is lost, though no time has gone by for it.
 class GraphClock {
  public:
   /// The most that is ever missing at once: what is longer is found in several steps, so that no
@@ -36,6 +41,7 @@ class GraphClock {
   /// What a cycle brings.
   struct Step {
     std::uint64_t missing = 0;  ///< frames before it, at the recording's rate
+    std::uint64_t unheard = 0;  ///< frames besides that were played, but no time has gone by for
     bool takesCycle = true;     ///< whether its own frames come next
   };
 

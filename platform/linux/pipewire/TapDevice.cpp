@@ -23,12 +23,6 @@ constexpr std::uint64_t streamInterval = 200'000'000;  // nanoseconds
 constexpr std::chrono::nanoseconds patience = 500ms;
 constexpr std::chrono::nanoseconds watchPeriod = 125ms;
 
-/// The clock that PipeWire stamps its cycles with.
-std::uint64_t monotonicNow() {
-  return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch() /
-                                    std::chrono::nanoseconds(1));
-}
-
 }  // namespace
 
 struct TapDevice::Loss {

@@ -80,6 +80,9 @@ void TapStream::connect() {
 }
 
 void TapStream::stateChanged(pw_stream_state state, const char* error) {
+  if (isStreaming_ && state == PW_STREAM_STATE_PAUSED) {
+    position_.noteStop();
+  }
   isStreaming_ = state == PW_STREAM_STATE_STREAMING;
   if (state == PW_STREAM_STATE_ERROR) {
     failure_ = error != nullptr ? error : "unknown error";
@@ -137,7 +140,7 @@ void TapStream::process() noexcept {
 
 void TapStream::feed(const pw_buffer& buffer) noexcept {
   const spa_buffer& data = *buffer.buffer;
-  const auto cycle = position_.cycle();
+  const auto cycle = position_.cycle(monotonicNow());
   if (data.n_datas != tapChannels || !cycle) {
     return;
   }

@@ -51,6 +51,7 @@ void Timeline::feedCycle(const GraphCycle& cycle, const TapAudio& audio) noexcep
     return;
   }
   const auto step = clock_.advance(cycle);
+  lostFrames_.fetch_add(step.unheard, std::memory_order_relaxed);
   deliverSilence(step.missing);
   if (step.takesCycle) {
     deliverAudio(audio);

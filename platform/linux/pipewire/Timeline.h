@@ -53,7 +53,8 @@ class Timeline {
   /// Whether somebody feeds right now. Any thread.
   bool isFed() const { return isInside_.load(); }
 
-  /// Frames of silence that stand for audio that did not come. Any thread.
+  /// Frames of audio that did not come. Silence stands for them, except for those that were played
+  /// while the driver changed. Any thread.
   std::uint64_t lostFrames() const { return lostFrames_.load(std::memory_order_relaxed); }
 
  private:

@@ -351,7 +351,8 @@ TEST(ExactCapture, aQuantumThatIsForcedMakesNoDifferenceOrIsAPause) {
     EXPECT_EQ(recorder.lostFrames(), 0U);
     return;
   }
-  // 1.x stops every stream for it, and starts them again one by one.
+  // 1.x stops every stream for it, and starts them again one by one: each is heard from when its
+  // links are active, as after any pause, which at this speed takes many cycles.
   const auto segments = segmentsWithoutLead(recorded(recorder));
   std::size_t stretches = 0;
   std::uint64_t next = segments.front().first.position;

@@ -76,6 +76,42 @@ TEST(GraphClock, anotherDriverThatComesLateIsMeasuredByTheMonotonicClock) {
   EXPECT_EQ(clock.advance(other).missing, 24000U);
 }
 
+/// The n-th cycle of a driver that ran for so many cycles without the stream.
+GraphCycle afterUnheard(std::uint64_t n, std::uint32_t clockId, std::uint64_t cycles) {
+  GraphCycle late = cycle(n, clockId);
+  late.unheard = cycles * quantumNanoseconds;
+  return late;
+}
+
+TEST(GraphClock, whatAnotherDriverRanWithoutTheStreamIsCountedAndTakesNoTime) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(10));
+  const auto step = clock.advance(afterUnheard(11, 2, 2));
+  EXPECT_EQ(step.missing, 0U);
+  EXPECT_EQ(step.unheard, 2048U);
+  EXPECT_TRUE(step.takesCycle);
+  EXPECT_EQ(clock.advance(cycle(12, 2)).unheard, 0U);
+}
+
+TEST(GraphClock, whatIsMissingByTheMonotonicClockIsNotCountedTwice) {
+  GraphClock clock(48000);
+  clock.start(0);
+  clock.advance(cycle(10));
+  const auto step = clock.advance(afterUnheard(14, 2, 2));
+  EXPECT_EQ(step.missing, 3U * 1024);
+  EXPECT_EQ(step.unheard, 0U);
+  EXPECT_EQ(clock.advance(afterUnheard(18, 1, 5)).unheard, 2U * 1024);
+}
+
+TEST(GraphClock, nothingIsUnheardBeforeTimeStartsOrInASilence) {
+  GraphClock clock(48000);
+  clock.start(0);
+  EXPECT_EQ(clock.advance(afterUnheard(10, 1, 2)).unheard, 0U);
+  clock.advanceTo(cycle(20).nsec);
+  EXPECT_EQ(clock.advance(afterUnheard(21, 2, 2)).unheard, 0U);
+}
+
 TEST(GraphClock, aDriverThatCountsAnewIsAnotherOne) {
   GraphClock clock(48000);
   clock.start(0);

@@ -63,6 +63,22 @@ TEST_F(TimelineTest, dropsWhatComesWhileNobodyMayFeed) {
   EXPECT_TRUE(received.left.empty());
 }
 
+TEST_F(TimelineTest, countsWhatADriverRanWithoutTheStreamAndPutsNothingInItsPlace) {
+  const std::vector<float> plane(480, 1);
+  TapAudio audio{.planes = {}, .frames = 480};
+  audio.planes[0] = plane.data();
+  audio.planes[1] = plane.data();
+  GraphCycle cycle{.clockId = 1, .duration = 480, .rate = 48000, .nsec = second};
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  timeline.feedCycle(cycle, audio);
+  cycle = {.clockId = 2, .duration = 480, .rate = 48000, .nsec = second + second / 100};
+  cycle.unheard = second / 100;
+  timeline.feedCycle(cycle, audio);
+  EXPECT_EQ(timeline.lostFrames(), 480U);
+  EXPECT_EQ(received.left, std::vector<float>(960, 1));
+}
+
 TEST_F(TimelineTest, dropsSilenceWhileTheStreamFeedsAndCyclesWhileSilenceFeeds) {
   timeline.start(0);
   timeline.feedFrom(Timeline::Feeder::stream);
