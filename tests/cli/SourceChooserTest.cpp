@@ -146,6 +146,14 @@ TEST_F(SourceChoice, listsIdPidNameAndBundleIdentifier) {
             "\n]");
 }
 
+TEST_F(SourceChoice, listsNoPidOfAProcessThatIsGone) {
+  EXPECT_EQ(
+      tableOf({{{11, "Init", std::nullopt}, 1}, {{12, "Gone", std::nullopt}, 0}}, std::nullopt),
+      "ID   PID  NAME  BUNDLE IDENTIFIER\n"
+      "#11  1    Init  -\n"
+      "#12  -    Gone  -\n");
+}
+
 TEST_F(SourceChoice, cutsTheListToAWindow) {
   add(11, 1100, "Web Radio, the station for names", "org.example.Radio");
   add(4242, 7, "Zoé", "");
