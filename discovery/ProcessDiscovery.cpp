@@ -8,18 +8,12 @@
 #include <utility>
 
 #include "platform/AppKit.h"
+#include "platform/AudioObjectProperties.h"
 #include "platform/Identity.h"
 #include "platform/Log.h"
 
 namespace audrel {
 namespace {
-
-/// What the hardware layer hands over for a text: one reference.
-constexpr std::uint32_t textReferenceSize = 8;
-
-constexpr CA::AudioObjectPropertyAddress globalAddress(std::uint32_t selector) {
-  return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
-}
 
 void logFailure(os::Log& log, std::string_view what, CA::OSStatus status) {
   log.makeLogger(identity::bundleIdentifier, "discovery")
@@ -27,42 +21,34 @@ void logFailure(os::Log& log, std::string_view what, CA::OSStatus status) {
 }
 
 std::vector<CA::AudioObjectID> processObjects(CA::AudioHardware& hardware, os::Log& log) {
-  const auto address = globalAddress(CA::kAudioHardwarePropertyProcessObjectList);
+  constexpr auto list = CA::kAudioHardwarePropertyProcessObjectList;
   std::uint32_t size = 0;
-  const CA::OSStatus sizeStatus = hardware.AudioObjectGetPropertyDataSize(
-      CA::kAudioObjectSystemObject, address, 0, nullptr, &size);
+  const CA::OSStatus sizeStatus =
+      CA::readPropertySize(hardware, CA::kAudioObjectSystemObject, list, &size);
   if (sizeStatus != CA::kAudioHardwareNoError || size == 0) {
     logFailure(log, "ProcessObjectList size query", sizeStatus);
     return {};
   }
-
-  // Room for all of the size, also when it is no multiple of an id's; whole ids alone count.
-  const std::uint32_t count = size / sizeof(CA::AudioObjectID);
-  std::vector<CA::AudioObjectID> objects(std::size_t{count} + 1);
-  const CA::OSStatus listStatus = hardware.AudioObjectGetPropertyData(
-      CA::kAudioObjectSystemObject, address, 0, nullptr, &size, objects.data());
+  std::vector<CA::AudioObjectID> objects;
+  const CA::OSStatus listStatus =
+      CA::readProperty(hardware, CA::kAudioObjectSystemObject, list, size, &objects);
   if (listStatus != CA::kAudioHardwareNoError) {
     logFailure(log, "ProcessObjectList query", listStatus);
     return {};
   }
-  objects.resize(count);
   return objects;
 }
 
 /// 0 when the object does not tell.
 pid_t processIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
   pid_t pid = 0;
-  std::uint32_t size = sizeof pid;
-  const CA::OSStatus status = hardware.AudioObjectGetPropertyData(
-      object, globalAddress(CA::kAudioProcessPropertyPID), 0, nullptr, &size, &pid);
+  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyPID, &pid);
   return status == CA::kAudioHardwareNoError ? pid : 0;
 }
 
 std::optional<std::string> bundleIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
   std::string text;
-  std::uint32_t size = textReferenceSize;
-  const CA::OSStatus status = hardware.AudioObjectGetPropertyData(
-      object, globalAddress(CA::kAudioProcessPropertyBundleID), 0, nullptr, &size, &text);
+  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyBundleID, &text);
   if (status != CA::kAudioHardwareNoError || text.empty()) {
     return std::nullopt;
   }

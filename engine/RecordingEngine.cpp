@@ -1,12 +1,18 @@
 #include "engine/RecordingEngine.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <cstring>
+#include <span>
 #include <utility>
 
+#include "engine/AggregateDescription.h"
 #include "engine/LogText.h"
 #include "engine/TapDescription.h"
 #include "engine/WriterSettings.h"
 #include "model/RecorderError.h"
+#include "platform/AudioObjectProperties.h"
 #include "platform/CoreGraphics.h"
 #include "platform/Identity.h"
 
@@ -34,6 +40,21 @@ std::string startedLine(const RecordingSource& source, RecordingFormat format,
 std::string stoppedLine(double elapsed, std::int64_t underruns) {
   return "Recording stopped — elapsed=" + fixedNotation(elapsed, 1) +
          "s underruns=" + std::to_string(underruns);
+}
+
+/// Copies buffer by buffer, as far as both lists go. A source buffer that is larger than the first
+/// one, by which the destination was sized, is cut to its destination.
+void copyBuffers(std::span<const CA::AudioBuffer> sources,
+                 std::span<const CA::AudioBuffer> destinations) noexcept {
+  const std::size_t count = std::min(sources.size(), destinations.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    const CA::AudioBuffer& source = sources[i];
+    const CA::AudioBuffer& destination = destinations[i];
+    if (source.mData != nullptr && destination.mData != nullptr) {
+      std::memcpy(destination.mData, source.mData,
+                  std::min(source.mDataByteSize, destination.mDataByteSize));
+    }
+  }
 }
 
 }  // namespace
@@ -120,6 +141,58 @@ void RecordingEngine::start(const RecordingSource& source, RecordingFormat forma
   log_->info(startedLine(source, format, outputURL, settings));
 }
 
+std::string RecordingEngine::readTapUID(CA::AudioObjectID tapID) {
+  std::string uid;
+  const CA::OSStatus status = CA::readProperty(hardware_, tapID, CA::kAudioTapPropertyUID, &uid);
+  if (status != CA::kAudioHardwareNoError) {
+    logFailure("Reading tap UID", status);
+    throw RecorderError::tapCreationFailed(status);
+  }
+  return uid;
+}
+
+CA::AudioStreamBasicDescription RecordingEngine::readTapFormat(CA::AudioObjectID tapID) {
+  CA::AudioStreamBasicDescription description;
+  const CA::OSStatus status =
+      CA::readProperty(hardware_, tapID, CA::kAudioTapPropertyFormat, &description);
+  if (status != CA::kAudioHardwareNoError) {
+    logFailure("Reading tap format", status);
+    throw RecorderError::streamFormatUnavailable(status);
+  }
+  return description;
+}
+
+std::string RecordingEngine::readDefaultOutputDeviceUID() {
+  CA::AudioObjectID device = CA::kAudioObjectUnknown;
+  const CA::OSStatus deviceStatus =
+      CA::readProperty(hardware_, CA::kAudioObjectSystemObject,
+                       CA::kAudioHardwarePropertyDefaultOutputDevice, &device);
+  if (deviceStatus != CA::kAudioHardwareNoError || device == CA::kAudioObjectUnknown) {
+    throw RecorderError::aggregateDeviceFailed(deviceStatus);
+  }
+  std::string uid;
+  const CA::OSStatus uidStatus =
+      CA::readProperty(hardware_, device, CA::kAudioDevicePropertyDeviceUID, &uid);
+  if (uidStatus != CA::kAudioHardwareNoError) {
+    throw RecorderError::aggregateDeviceFailed(uidStatus);
+  }
+  return uid;
+}
+
+CA::AudioObjectID RecordingEngine::createAggregateDevice(const std::string& tapUID) {
+  const std::string uid = uuids_.uuidString();
+  const std::string outputDeviceUID = readDefaultOutputDeviceUID();
+
+  CA::AudioObjectID device = CA::kAudioObjectUnknown;
+  const CA::OSStatus status = hardware_.AudioHardwareCreateAggregateDevice(
+      aggregateDescription(uid, outputDeviceUID, tapUID), &device);
+  if (status != CA::kAudioHardwareNoError || device == CA::kAudioObjectUnknown) {
+    logFailure("AudioHardwareCreateAggregateDevice", status);
+    throw RecorderError::aggregateDeviceFailed(status);
+  }
+  return device;
+}
+
 void RecordingEngine::tearDownCore() {
   removeIOProc();
   destroyCaptureObjects();
@@ -167,6 +240,61 @@ void RecordingEngine::destroyCaptureObjects() {
 
 void RecordingEngine::logFailure(std::string_view what, CA::OSStatus status) {
   log_->error(std::string(what) + " failed: " + std::to_string(status));
+}
+
+// The way of the audio, on the IO thread and the writer queue
+
+CA::OSStatus ioProcCallback(CA::AudioObjectID /*device*/, const CA::AudioTimeStamp* /*now*/,
+                            const CA::AudioBufferList* inputData,
+                            const CA::AudioTimeStamp* /*inputTime*/,
+                            CA::AudioBufferList* /*outputData*/,
+                            const CA::AudioTimeStamp* /*outputTime*/, void* clientData) {
+  if (clientData == nullptr) {
+    return CA::kAudioHardwareNoError;
+  }
+  if (const auto engine = static_cast<RecordingEngine*>(clientData)->self_.lock()) {
+    engine->handleIOProc(inputData);
+  }
+  return CA::kAudioHardwareNoError;
+}
+
+void RecordingEngine::handleIOProc(const CA::AudioBufferList* inputData) noexcept {
+  if (!writerFormat_) {
+    return;
+  }
+  const std::span input(inputData->mBuffers, inputData->mNumberBuffers);
+  if (input.empty()) {
+    return;
+  }
+  const std::uint32_t byteSize = input.front().mDataByteSize;
+  const std::uint32_t frameSize = writerFormat_->streamDescription().mBytesPerFrame;
+  if (frameSize == 0 || frameSize > byteSize) {
+    return;
+  }
+  const std::uint32_t frameCount = byteSize / frameSize;
+
+  auto buffer = audio_.makePCMBuffer(writerFormat_, frameCount);
+  if (!buffer) {
+    underrunCount_.increment();
+    return;
+  }
+  buffer->setFrameLength(frameCount);
+  const CA::AudioBufferList& output = *buffer->mutableAudioBufferList();
+  copyBuffers(input, std::span(output.mBuffers, output.mNumberBuffers));
+
+  // The file as it is now, so that a write that is already queued survives `stop`; the engine only
+  // weakly, so that a queue that lags behind keeps no engine alive.
+  dispatch::WorkItem& item = buffer->workItem;
+  item.assign([weakEngine = self_, file = audioFile_, buffer = std::move(buffer)] {
+    const auto engine = weakEngine.lock();
+    if (!engine || !file) {
+      return;
+    }
+    if (const auto error = file->write(*buffer)) {
+      engine->log_->error("AVAudioFile.write failed: " + error->localizedDescription);
+    }
+  });
+  writerQueue_->async(item);
 }
 
 }  // namespace audrel
