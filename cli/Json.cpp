@@ -5,21 +5,10 @@
 #include <cmath>
 #include <system_error>
 
+#include "platform/Printable.h"
 #include "platform/Utf8.h"
 
 namespace audrel::cli {
-
-namespace {
-
-std::string escaped(char32_t point) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string text = "\\u00";
-  text.append(1, digits[point >> 4U & 0xFU]);
-  text.append(1, digits[point & 0xFU]);
-  return text;
-}
-
-}  // namespace
 
 std::string jsonString(std::string_view text) {
   std::string json = "\"";
@@ -30,7 +19,7 @@ std::string jsonString(std::string_view text) {
     } else if (*point == '"' || *point == '\\') {
       json.append("\\").append(text.substr(0, 1));
     } else if (isControl(*point)) {  // JSON minds the first ones alone, but terminals show JSON
-      json.append(escaped(*point));
+      json.append("\\u").append(hexadecimal(*point, 4));
     } else {
       json.append(text.substr(0, size));
     }

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "cli/Peak.h"
+#include "cli/RecordingMeter.h"
 
 namespace audrel::cli {
 

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "cli/Duration.h"
+#include "cli/Numbers.h"
 
 namespace audrel::cli {
 

@@ -4,10 +4,9 @@
 #include <optional>
 #include <string_view>
 
-#include "cli/Duration.h"
 #include "cli/Json.h"
 #include "cli/Numbers.h"
-#include "cli/Peak.h"
+#include "cli/RecordingMeter.h"
 #include "platform/Printable.h"
 
 namespace audrel::cli {

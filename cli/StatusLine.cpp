@@ -4,9 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
-#include "cli/Duration.h"
 #include "cli/Numbers.h"
-#include "cli/Peak.h"
+#include "cli/RecordingMeter.h"
 
 namespace audrel::cli {
 

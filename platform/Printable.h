@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -9,5 +10,8 @@ namespace audrel {
 /// those that change the direction of writing and bytes that are no UTF-8 are made visible, as
 /// "\x1b" or "\u202e"; all the rest stays.
 std::string printable(std::string_view text);
+
+/// The last `digits` hexadecimal digits of `number`, in lower case.
+std::string hexadecimal(std::uint32_t number, int digits);
 
 }  // namespace audrel

@@ -1,4 +1,4 @@
-#include "cli/Duration.h"
+#include "cli/Numbers.h"
 
 #include <gtest/gtest.h>
 

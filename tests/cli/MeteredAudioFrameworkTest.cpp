@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "cli/Peak.h"
+#include "cli/RecordingMeter.h"
 #include "tests/cli/FloatBuffer.h"
 #include "tests/fakes/Journal.h"
 

@@ -1,3 +1,5 @@
+#include "cli/Commands.h"
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -8,9 +10,9 @@
 #include <utility>
 #include <variant>
 
-#include "cli/Commands.h"
 #include "cli/MeteredAudioFramework.h"
 #include "cli/OwnPlatform.h"
+#include "cli/ProcessObjects.h"
 #include "cli/RecordingMeter.h"
 #include "cli/Report.h"
 #include "cli/SourceChooser.h"
@@ -161,6 +163,24 @@ int tell(const Report& report, const Options& options, Console& console) {
 }
 
 }  // namespace
+
+int list(const Platform& platform, const Options& options, Console& console) {
+  const auto processes = listedProcesses(platform);
+  if (processes.empty()) {
+    if (const auto diagnosis = platform.diagnostics.diagnosis(); diagnosis.has_value()) {
+      console.complain(printable(*diagnosis));
+      return ExitStatus::failure;
+    }
+  }
+  if (options.output == Options::Output::json) {
+    console.result(jsonOf(processes));
+  } else if (processes.empty()) {
+    console.progress("No application has an audio stream open.");
+  } else {
+    console.print(tableOf(processes, console.outputWidth()));
+  }
+  return ExitStatus::success;
+}
 
 void complainWithDiagnosis(Console& console, const Platform& platform, const std::string& text) {
   console.complain(text);
