@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/Selectors.h"
+
 namespace audrel {
 namespace {
 
@@ -14,6 +16,13 @@ std::string titleOf(const RecordingSource& source) {
 
 NS::ControlState checkedIf(bool condition) {
   return condition ? NS::ControlState::on : NS::ControlState::off;
+}
+
+/// Made when it is first used.
+template <const char* name>
+const NS::Selector& once() {
+  static const NS::Selector selector(name);
+  return selector;
 }
 
 }  // namespace
@@ -136,53 +145,43 @@ std::shared_ptr<NS::Menu> MenuBuilder::buildFormatSubmenu(NS::AppKit& appKit, co
 }
 
 const NS::Selector& MenuBuilder::Action::toggleRecording() {
-  static const NS::Selector selector("toggleRecording:");
-  return selector;
+  return once<selectors::toggleRecording>();
 }
 
 const NS::Selector& MenuBuilder::Action::selectAllSystemAudio() {
-  static const NS::Selector selector("selectAllSystemAudio:");
-  return selector;
+  return once<selectors::selectAllSystemAudio>();
 }
 
 const NS::Selector& MenuBuilder::Action::selectProcess() {
-  static const NS::Selector selector("selectProcess:");
-  return selector;
+  return once<selectors::selectProcess>();
 }
 
 const NS::Selector& MenuBuilder::Action::refreshProcessList() {
-  static const NS::Selector selector("refreshProcessList:");
-  return selector;
+  return once<selectors::refreshProcessList>();
 }
 
 const NS::Selector& MenuBuilder::Action::selectFormatM4A() {
-  static const NS::Selector selector("selectFormatM4A:");
-  return selector;
+  return once<selectors::selectFormatM4A>();
 }
 
 const NS::Selector& MenuBuilder::Action::selectFormatWAV() {
-  static const NS::Selector selector("selectFormatWAV:");
-  return selector;
+  return once<selectors::selectFormatWAV>();
 }
 
 const NS::Selector& MenuBuilder::Action::revealLastRecording() {
-  static const NS::Selector selector("revealLastRecording:");
-  return selector;
+  return once<selectors::revealLastRecording>();
 }
 
 const NS::Selector& MenuBuilder::Action::checkForUpdates() {
-  static const NS::Selector selector("checkForUpdates:");
-  return selector;
+  return once<selectors::checkForUpdates>();
 }
 
 const NS::Selector& MenuBuilder::Action::showAbout() {
-  static const NS::Selector selector("showAbout:");
-  return selector;
+  return once<selectors::showAbout>();
 }
 
 const NS::Selector& MenuBuilder::Action::quit() {
-  static const NS::Selector selector("quit:");
-  return selector;
+  return once<selectors::quit>();
 }
 
 }  // namespace audrel

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxDesktop.h"
 
 #include "platform/Identity.h"
+#include "platform/Selectors.h"
 #include "platform/linux/session/AlertHelper.h"
 #include "platform/linux/tray/IconTheme.h"
 
@@ -8,9 +9,7 @@ namespace audrel::linuxos {
 
 namespace {
 
-// Two of the program's menu actions.
-const NS::Selector toggleRecording("toggleRecording:");
-const NS::Selector quitAction("quit:");
+const NS::Selector toggleRecording(selectors::toggleRecording);
 
 }  // namespace
 
@@ -24,7 +23,6 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManag
       appKit_({.application = application_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
-               .quitAction = quitAction,
                .icons = IconTheme::ofThisProgram(),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),

@@ -3,24 +3,25 @@
 #include <cstddef>
 #include <utility>
 
+#include "platform/Selectors.h"
+
 namespace audrel::linuxos {
 
 namespace {
 
 constexpr std::size_t mostWaitingClicks = 16;
 
+const NS::Selector quit(selectors::quit);
+
 }  // namespace
 
-std::shared_ptr<MenuPresenter> MenuPresenter::make(const Application& application,
-                                                   NS::Selector quitAction) {
-  return std::shared_ptr<MenuPresenter>(new MenuPresenter(application, std::move(quitAction)));
+std::shared_ptr<MenuPresenter> MenuPresenter::make(const Application& application) {
+  return std::shared_ptr<MenuPresenter>(new MenuPresenter(application));
 }
 
 // An action may wait in an inner loop for an alert's answer: quit has to come through meanwhile.
-MenuPresenter::MenuPresenter(const Application& application, NS::Selector quitAction)
-    : application_(application),
-      quitAction_(std::move(quitAction)),
-      clicks_([this] { performNextClick(); }, Reentry::allowed) {}
+MenuPresenter::MenuPresenter(const Application& application)
+    : application_(application), clicks_([this] { performNextClick(); }, Reentry::allowed) {}
 
 void MenuPresenter::setMenu(std::shared_ptr<Menu> menu) {
   menu_ = std::move(menu);
@@ -60,7 +61,7 @@ const MenuNode* MenuPresenter::known(std::int32_t id) const {
 }
 
 bool MenuPresenter::isHonoured(const MenuItem& item) const {
-  return !application_.isTerminating() && (!application_.isModal() || item.action() == quitAction_);
+  return !application_.isTerminating() && (!application_.isModal() || item.action() == quit);
 }
 
 bool MenuPresenter::opens(const std::string& panel, MenuOpening::Notice notice) {

@@ -19,13 +19,12 @@ namespace audrel::linuxos {
 ///
 /// The menu is read when it is set, and again once it has been told that it opens. The actions of
 /// clicks run from the main loop, never from `click`; actions may do anything, replacing the menu
-/// and dropping this object included. While an alert is up, only items with the quit action are
+/// and dropping this object included. While an alert is up, only items with the action `quit:` are
 /// enabled and honoured, and the menu is not told that it opens. Main thread.
 class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
  public:
   /// `application` must outlive this object.
-  static std::shared_ptr<MenuPresenter> make(const Application& application,
-                                             NS::Selector quitAction);
+  static std::shared_ptr<MenuPresenter> make(const Application& application);
 
   /// Null for none.
   void setMenu(std::shared_ptr<Menu> menu);
@@ -62,7 +61,7 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   void refresh() { readMenu(); }
 
  private:
-  MenuPresenter(const Application& application, NS::Selector quitAction);
+  explicit MenuPresenter(const Application& application);
 
   bool isHonoured(const MenuItem& item) const;
   void readMenu();
@@ -70,7 +69,6 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   void perform(const std::shared_ptr<MenuItem>& item);
 
   const Application& application_;
-  NS::Selector quitAction_;
   std::function<void()> observer_;
   std::shared_ptr<Menu> menu_;
   MenuTree tree_;

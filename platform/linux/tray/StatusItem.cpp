@@ -27,11 +27,11 @@ StatusItem::OnBus::OnBus(GDBusConnection* connection, const StatusItemLook& look
                          const std::shared_ptr<os::Logger>& logger)
     : item(connection, look), menu(connection, presenter), registration(connection, logger) {}
 
-StatusItem::StatusItem(const Application& application, NS::Selector quitAction, IconTheme icons,
+StatusItem::StatusItem(const Application& application, IconTheme icons,
                        std::shared_ptr<os::Logger> logger)
     : icons_(std::move(icons)),
       logger_(std::move(logger)),
-      presenter_(MenuPresenter::make(application, std::move(quitAction))),
+      presenter_(MenuPresenter::make(application)),
       button_([this] { updateLook(); }),
       bus_({.connected =
                 [this](GDBusConnection* connection) {

@@ -46,8 +46,7 @@ class StatusBarButton final : public NS::StatusBarButton {
 class StatusItem final : public NS::StatusItem {
  public:
   /// `application` must outlive the item.
-  StatusItem(const Application& application, NS::Selector quitAction, IconTheme icons,
-             std::shared_ptr<os::Logger> logger);
+  StatusItem(const Application& application, IconTheme icons, std::shared_ptr<os::Logger> logger);
 
   NS::StatusBarButton* button() override { return &button_; }
 

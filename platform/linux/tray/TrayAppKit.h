@@ -19,9 +19,6 @@ struct TrayParts {
   Application& application;
   NS::Workspace& workspace;
   std::function<std::unique_ptr<NS::Alert>()> makeAlert;
-
-  /// The one action that is honoured while an alert is up.
-  NS::Selector quitAction;
   IconTheme icons;
   os::Log& log;
 };

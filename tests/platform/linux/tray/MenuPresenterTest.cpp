@@ -70,8 +70,7 @@ class MenuPresenterTest : public testing::Test {
 
   std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
   Application application;
-  std::shared_ptr<MenuPresenter> presenter =
-      MenuPresenter::make(application, NS::Selector("quit:"));
+  std::shared_ptr<MenuPresenter> presenter = MenuPresenter::make(application);
 };
 
 TEST_F(MenuPresenterTest, actionsNeverRunInsideTheClick) {

@@ -58,7 +58,6 @@ class PictureTest : public testing::Test {
   TrayAppKit appKit{{.application = application,
                      .workspace = workspace,
                      .makeAlert = [] { return nullptr; },
-                     .quitAction = NS::Selector("quit:"),
                      .icons = IconTheme(std::filesystem::path()),
                      .log = log}};
 };

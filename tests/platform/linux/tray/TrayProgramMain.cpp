@@ -292,7 +292,6 @@ int main(int argc, char** argv) {
   TrayAppKit appKit({.application = application,
                      .workspace = workspace,
                      .makeAlert = [] { return nullptr; },
-                     .quitAction = NS::Selector("quit:"),
                      .icons = IconTheme(argc > 1 ? argv[1] : ""),
                      .log = log});
   auto program = std::make_shared<Program>(application, appKit);
