@@ -87,21 +87,9 @@ add_library(macos_contract_on_a_mac OBJECT "${contract}/RealMac.cpp")
 target_link_libraries(macos_contract_on_a_mac PRIVATE audrel_options)
 add_dependencies(audrel_macos_checks macos_contract_on_a_mac)
 
-# What DeclarationsTest sees of the declarations is a file of its own, which is cheap to compile again.
-add_library(macos_declared OBJECT execution/Declared.mm)
-target_link_libraries(macos_declared PRIVATE audrel_options macos_abi)
-target_compile_options(macos_declared PRIVATE -O1)
-macos_test(macos_declarations_test SOURCES execution/DeclarationsTest.mm LINKS macos_declared)
-if(AUDREL_SANITIZE MATCHES "address")
-  add_test(NAME macos_declarations COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/check-declarations.py"
-      "${CMAKE_CURRENT_SOURCE_DIR}/sdk" "${CMAKE_BINARY_DIR}/compile_commands.json"
-      "${CMAKE_CXX_COMPILER}" "-fsanitize=${AUDREL_SANITIZE}" -fuse-ld=lld
-      "$<TARGET_OBJECTS:macos_declarations_test>" "$<TARGET_OBJECTS:macos_frameworks>"
-      "$<TARGET_OBJECTS:macos_runtime>" "$<TARGET_FILE:audrel_macos_platform>"
-      "$<TARGET_FILE:GTest::gtest_main>" "$<TARGET_FILE:GTest::gtest>"
-    COMMAND_EXPAND_LISTS)
-  set_tests_properties(macos_declarations PROPERTIES LABELS macos TIMEOUT 300)
-endif()
+macos_test(macos_declarations_test SOURCES execution/DeclarationsTest.mm)
+# An object is gone as early as the declarations allow.
+target_compile_options(macos_declarations_test PRIVATE -O1)
 macos_test(macos_updater_test
   SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes THREADS)

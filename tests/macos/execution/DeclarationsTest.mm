@@ -1,36 +1,232 @@
-// What our declarations say about ownership, each seen at work: a wrong one compiles, and frees too
-// early or never. That each test can fail: check-declarations.py.
+// What our declarations say about ownership, put to use as a caller or an implementor of them
+// would: a wrong one compiles, and frees too early or never. Where bytes are read after their
+// owner, it is the address sanitizer that sees it.
 
-#include "tests/macos/execution/Declared.h"
+#import <AppKit/AppKit.h>
+#import <CoreAudio/CATapDescription.h>
+#import <dispatch/dispatch.h>
+#import <os/log.h>
+#include <signal.h>
+#include <string.h>
+
 #include "tests/macos/execution/MacTest.h"
+#include "tests/macos/runtime/Runtime.h"
+
+// Implementors of the declared properties, whose accessors the compiler writes from the
+// declarations.
+
+@interface DeclaredMenuItem : NSMenuItem
+@end
+
+@implementation DeclaredMenuItem
+@synthesize target = _declaredTarget;
+@end
+
+@interface DeclaredMenu : NSMenu
+@end
+
+@implementation DeclaredMenu
+@synthesize delegate = _declaredDelegate;
+@end
+
+@interface DeclaredApplication : NSApplication
+@end
+
+@implementation DeclaredApplication
+@synthesize delegate = _declaredDelegate;
+@end
+
+@interface DeclaredButton : NSButton
+@end
+
+@implementation DeclaredButton
+@synthesize title = _declaredTitle;
+@end
+
+@interface DeclaredAlert : NSAlert
+@end
+
+@implementation DeclaredAlert
+@synthesize messageText = _declaredMessageText;
+@synthesize informativeText = _declaredInformativeText;
+@end
+
+@interface DeclaredTap : CATapDescription
+@end
+
+@implementation DeclaredTap
+@synthesize name = _declaredName;
+@synthesize UUID = _declaredUUID;
+@synthesize processes = _declaredProcesses;
+@end
+
+@interface Original : NSObject
+@end
+
+@implementation Original
+
+- (id)copy {
+  return @"a copy";
+}
+
+@end
 
 namespace audrel::macos {
 namespace {
 
+NSString* made(const char* text) {
+  return [[NSString alloc] initWithBytes:text length:strlen(text) encoding:NSUTF8StringEncoding];
+}
+
+/// Whether `set` leaves an object to nobody but a weak reference, which `get` then reads.
+template <typename Set, typename Get>
+bool isWeak(Set set, Get get) {
+  @autoreleasepool {
+    bool wasThere = false;
+    @autoreleasepool {
+      NSObject* object = [[NSObject alloc] init];
+      set(object);
+      wasThere = get() == object;
+    }
+    return wasThere && get() == nil;
+  }
+}
+
+bool isACopy(id object) {
+  return [object class] != [Original class] && strcmp([object UTF8String], "a copy") == 0;
+}
+
 class DeclarationsTest : public MacTest {};
 
-#define AUDREL_DECLARED(statement)      \
-  TEST_F(DeclarationsTest, statement) { \
-    EXPECT_TRUE(declared::statement()); \
+TEST_F(DeclarationsTest, bytesOfAStringOutliveItsLastReference) {
+  @autoreleasepool {
+    const char* bytes = nullptr;
+    {
+      NSString* text = made("long enough to live on the heap, far from the string itself");
+      bytes = text.UTF8String;
+    }
+    EXPECT_EQ(strlen(bytes), 59U);
   }
+}
 
-AUDREL_DECLARED(bytesOfAStringOutliveItsLastReference)
-AUDREL_DECLARED(thePathOfAURLOutlivesIt)
-AUDREL_DECLARED(aLogIsItsCreatorsAlone)
-AUDREL_DECLARED(aQueueIsItsCreatorsAlone)
-AUDREL_DECLARED(aSourceIsItsCreatorsAlone)
-AUDREL_DECLARED(aReferenceThatIsBridgedOverIsTakenOver)
-AUDREL_DECLARED(theTargetOfAnItemIsWeak)
-AUDREL_DECLARED(theDelegateOfAMenuIsWeak)
-AUDREL_DECLARED(theDelegateOfTheApplicationIsWeak)
-AUDREL_DECLARED(theTitleOfAButtonIsACopy)
-AUDREL_DECLARED(theMessageOfAnAlertIsACopy)
-AUDREL_DECLARED(theInformationOfAnAlertIsACopy)
-AUDREL_DECLARED(theNameOfATapIsACopy)
-AUDREL_DECLARED(theUUIDOfATapIsACopy)
-AUDREL_DECLARED(theProcessesOfATapAreACopy)
+TEST_F(DeclarationsTest, thePathOfAURLOutlivesIt) {
+  @autoreleasepool {
+    const char* path = nullptr;
+    {
+      NSURL* url = nil;
+      @autoreleasepool {
+        url = [NSURL fileURLWithFileSystemRepresentation:"/a/path/long/enough/for/the/heap"
+                                             isDirectory:NO
+                                           relativeToURL:nil];
+      }
+      path = url.fileSystemRepresentation;
+    }
+    EXPECT_STREQ(path, "/a/path/long/enough/for/the/heap");
+  }
+}
 
-#undef AUDREL_DECLARED
+TEST_F(DeclarationsTest, aLogIsItsCreatorsAlone) {
+  const size_t before = objcruntime::liveObjectsOf("FakeLog");
+  os_log_t log = os_log_create("io.example", "test");
+  const bool isMade = log != nil && objcruntime::liveObjectsOf("FakeLog") == before + 1;
+  log = nil;
+  EXPECT_TRUE(isMade && objcruntime::liveObjectsOf("FakeLog") == before);
+}
+
+TEST_F(DeclarationsTest, aQueueIsItsCreatorsAlone) {
+  @autoreleasepool {
+    dispatch_queue_t queue =
+        dispatch_queue_create("a queue", dispatch_queue_attr_make_with_qos_class(
+                                             DISPATCH_QUEUE_SERIAL, QOS_CLASS_USER_INITIATED, 0));
+    const bool isMade = queue != nil && objcruntime::liveObjectsOf("FakeQueue") == 1;
+    queue = nil;
+    EXPECT_TRUE(isMade && objcruntime::liveObjectsOf("FakeQueue") == 0);
+  }
+}
+
+TEST_F(DeclarationsTest, aSourceIsItsCreatorsAlone) {
+  dispatch_source_t source =
+      dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, SIGTERM, 0, dispatch_get_main_queue());
+  const bool isMade = source != nil && objcruntime::liveObjectsOf("FakeSource") == 1;
+  source = nil;
+  EXPECT_TRUE(isMade && objcruntime::liveObjectsOf("FakeSource") == 0);
+}
+
+TEST_F(DeclarationsTest, aReferenceThatIsBridgedOverIsTakenOver) {
+  const size_t before = objcruntime::liveObjectsOf("NSString");
+  bool isThere = false;
+  @autoreleasepool {
+    CFStringRef owned = (__bridge_retained CFStringRef)made("text");
+    NSString* text = CFBridgingRelease(owned);
+    isThere = strcmp(text.UTF8String, "text") == 0;
+  }
+  EXPECT_TRUE(isThere && objcruntime::liveObjectsOf("NSString") == before);
+}
+
+TEST_F(DeclarationsTest, theTargetOfAnItemIsWeak) {
+  NSMenuItem* item = [[DeclaredMenuItem alloc] init];
+  EXPECT_TRUE(isWeak([=](id object) { item.target = object; }, [=] { return item.target; }));
+}
+
+TEST_F(DeclarationsTest, theDelegateOfAMenuIsWeak) {
+  NSMenu* menu = [[DeclaredMenu alloc] init];
+  EXPECT_TRUE(
+      isWeak([=](id object) { menu.delegate = object; }, [=]() -> id { return menu.delegate; }));
+}
+
+TEST_F(DeclarationsTest, theDelegateOfTheApplicationIsWeak) {
+  NSApplication* application = [[DeclaredApplication alloc] init];
+  EXPECT_TRUE(isWeak([=](id object) { application.delegate = object; },
+                     [=]() -> id { return application.delegate; }));
+}
+
+TEST_F(DeclarationsTest, theTitleOfAButtonIsACopy) {
+  @autoreleasepool {
+    NSButton* button = [[DeclaredButton alloc] init];
+    button.title = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(button.title));
+  }
+}
+
+TEST_F(DeclarationsTest, theMessageOfAnAlertIsACopy) {
+  @autoreleasepool {
+    NSAlert* alert = [[DeclaredAlert alloc] init];
+    alert.messageText = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(alert.messageText));
+  }
+}
+
+TEST_F(DeclarationsTest, theInformationOfAnAlertIsACopy) {
+  @autoreleasepool {
+    NSAlert* alert = [[DeclaredAlert alloc] init];
+    alert.informativeText = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(alert.informativeText));
+  }
+}
+
+TEST_F(DeclarationsTest, theNameOfATapIsACopy) {
+  @autoreleasepool {
+    CATapDescription* tap = [[DeclaredTap alloc] init];
+    tap.name = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(tap.name));
+  }
+}
+
+TEST_F(DeclarationsTest, theUUIDOfATapIsACopy) {
+  @autoreleasepool {
+    CATapDescription* tap = [[DeclaredTap alloc] init];
+    tap.UUID = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(tap.UUID));
+  }
+}
+
+TEST_F(DeclarationsTest, theProcessesOfATapAreACopy) {
+  @autoreleasepool {
+    CATapDescription* tap = [[DeclaredTap alloc] init];
+    tap.processes = static_cast<id>([[Original alloc] init]);
+    EXPECT_TRUE(isACopy(tap.processes));
+  }
+}
 
 }  // namespace
 }  // namespace audrel::macos
