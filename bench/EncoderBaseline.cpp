@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/ffmpeg/AacEncoder.h"
+#include "platform/linux/aac/AacEncoder.h"
 
 namespace audrel::bench {
 namespace {

@@ -10,12 +10,12 @@
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/linux/desktop/Clock.h"
-#include "platform/linux/desktop/Collation.h"
-#include "platform/linux/desktop/Dispatch.h"
-#include "platform/linux/desktop/FileManager.h"
-#include "platform/linux/desktop/UUIDFactory.h"
-#include "platform/linux/ffmpeg/AudioFramework.h"
+#include "platform/linux/files/AudioFramework.h"
+#include "platform/linux/system/Clock.h"
+#include "platform/linux/system/Collation.h"
+#include "platform/linux/system/Dispatch.h"
+#include "platform/linux/system/FileManager.h"
+#include "platform/linux/system/UUIDFactory.h"
 
 namespace audrel::bench {
 

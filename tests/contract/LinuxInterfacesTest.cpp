@@ -4,16 +4,16 @@
 #include <optional>
 #include <thread>
 
-#include "platform/linux/desktop/Clock.h"
-#include "platform/linux/desktop/Collation.h"
-#include "platform/linux/desktop/FileManager.h"
-#include "platform/linux/desktop/Log.h"
-#include "platform/linux/desktop/UUIDFactory.h"
-#include "platform/linux/ffmpeg/AudioFramework.h"
+#include "platform/linux/files/AudioFramework.h"
+#include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/session/URLParser.h"
 #include "platform/linux/session/UserDefaults.h"
-#include "platform/linux/tray/RunLoop.h"
+#include "platform/linux/system/Clock.h"
+#include "platform/linux/system/Collation.h"
+#include "platform/linux/system/FileManager.h"
+#include "platform/linux/system/Log.h"
+#include "platform/linux/system/UUIDFactory.h"
 #include "tests/contract/AudioBufferContract.h"
 #include "tests/contract/AudioFileContract.h"
 #include "tests/contract/AudioFormatContract.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/Dispatch.h"
+#include "platform/linux/system/Dispatch.h"
 #include "tests/contract/EngineLifetimeContract.h"
 #include "tests/contract/QueueContract.h"
 

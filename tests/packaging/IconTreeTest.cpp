@@ -20,7 +20,7 @@
 #include "platform/linux/tray/Symbols.h"
 #include "tests/packaging/InstalledTree.h"
 #include "tests/packaging/KeyFile.h"
-#include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/platform/linux/files/Tools.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {

@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "tests/platform/linux/ffmpeg/Tools.h"
+#include "tests/platform/linux/files/Tools.h"
 
 namespace audrel::packaging {
 

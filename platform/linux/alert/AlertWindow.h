@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 
 namespace audrel::alerthelper {
 

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/linux/system/Releaser.h"
+
 /// PipeWire's library, and ownership of its objects.
 namespace audrel::linuxos {
 
@@ -15,19 +17,11 @@ inline void initialisePipeWire() {
   std::call_once(once, [] { pw_init(nullptr, nullptr); });
 }
 
-template <auto destroy>
-struct Destroyer {
-  template <typename Object>
-  void operator()(Object* object) const noexcept {
-    destroy(object);
-  }
-};
-
-using ThreadLoopHandle = std::unique_ptr<pw_thread_loop, Destroyer<pw_thread_loop_destroy>>;
-using ContextHandle = std::unique_ptr<pw_context, Destroyer<pw_context_destroy>>;
-using StreamHandle = std::unique_ptr<pw_stream, Destroyer<pw_stream_destroy>>;
-using ProxyHandle = std::unique_ptr<pw_proxy, Destroyer<pw_proxy_destroy>>;
-using PropertiesHandle = std::unique_ptr<pw_properties, Destroyer<pw_properties_free>>;
+using ThreadLoopHandle = std::unique_ptr<pw_thread_loop, Releaser<pw_thread_loop_destroy>>;
+using ContextHandle = std::unique_ptr<pw_context, Releaser<pw_context_destroy>>;
+using StreamHandle = std::unique_ptr<pw_stream, Releaser<pw_stream_destroy>>;
+using ProxyHandle = std::unique_ptr<pw_proxy, Releaser<pw_proxy_destroy>>;
+using PropertiesHandle = std::unique_ptr<pw_properties, Releaser<pw_properties_free>>;
 
 /// Holds a thread loop's lock, which is recursive. It keeps the loop's thread out, not the
 /// real-time data thread.

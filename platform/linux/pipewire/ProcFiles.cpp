@@ -11,7 +11,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "platform/linux/desktop/ForeignFile.h"
+#include "platform/linux/system/ForeignFile.h"
 
 namespace audrel::linuxos::proc {
 

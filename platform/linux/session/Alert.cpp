@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "platform/linux/alert/ExitStatus.h"
-#include "platform/linux/desktop/Wording.h"
 #include "platform/linux/session/AlertHelper.h"
+#include "platform/linux/system/Wording.h"
 
 namespace audrel::linuxos {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 
 namespace audrel::linuxos {
 

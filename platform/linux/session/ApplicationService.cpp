@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
-#include "platform/linux/desktop/Environment.h"
+#include "platform/linux/system/Environment.h"
 
 namespace audrel::linuxos {
 
@@ -19,8 +19,7 @@ constexpr auto claimTimeout = 3s;
 /// The bus hands the activation over as soon as the name is there.
 constexpr auto activationAfterStart = 10s;
 
-constexpr std::chrono::milliseconds firstRetryDelay = 500ms;
-constexpr std::chrono::milliseconds longestRetryDelay = 30s;
+constexpr auto firstRetryDelay = 500ms;
 
 // As the bus numbers them.
 constexpr guint32 doNotQueue = 4;
@@ -104,8 +103,7 @@ ApplicationService::ApplicationService(Application& application, DesktopBus& bus
       logger_(std::move(logger)),
       activationExpectedUntil_(expectedActivation()),
       perform_([this] { performNextCommand(); }, Reentry::allowed),
-      retry_([this] { connect(); }),
-      retryDelay_(firstRetryDelay) {
+      retries_(firstRetryDelay, [this] { connect(); }) {
   bus_.setLossObserver([this] { connectionLost(); });
 }
 
@@ -142,7 +140,7 @@ void ApplicationService::connect() {
     if (connection != nullptr) {
       requestName(connection);
     } else if (claim_) {
-      tryAgain();
+      retries_.attemptAgain();
     } else {
       decide(Claim::first);
     }
@@ -163,7 +161,7 @@ void ApplicationService::nameAnswered(const DesktopBus::Answer& answer) {
     g_variant_get(answer.values.get(), "(u)", &result);
   }
   if (result != someoneElseHasTheName) {
-    retryDelay_ = firstRetryDelay;
+    retries_.reset();
     decide(Claim::first);
     return;
   }
@@ -189,13 +187,8 @@ void ApplicationService::activateOther() {
 void ApplicationService::connectionLost() {
   if (object_) {
     object_.reset();
-    tryAgain();
+    retries_.attemptAgain();
   }
-}
-
-void ApplicationService::tryAgain() {
-  retry_.callAfter(retryDelay_);
-  retryDelay_ = std::min(retryDelay_ * 2, longestRetryDelay);
 }
 
 // What the desktop asks

@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "platform/Log.h"
-#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/bus/DesktopBus.h"
+#include "platform/linux/bus/ExportedObject.h"
+#include "platform/linux/loop/BackOff.h"
+#include "platform/linux/loop/LoopSource.h"
 #include "platform/linux/session/Notifier.h"
 #include "platform/linux/tray/Application.h"
-#include "platform/linux/tray/ExportedObject.h"
-#include "platform/linux/tray/LoopSource.h"
 
 namespace audrel::linuxos {
 
@@ -78,7 +79,6 @@ class ApplicationService {
   void decide(Claim claim);
   void giveUpWaiting();
   void connectionLost();
-  void tryAgain();
   void performNextCommand();
 
   Application& application_;
@@ -96,8 +96,7 @@ class ApplicationService {
   std::optional<std::weak_ptr<ApplicationCommands>> commands_;
   std::deque<Command> waiting_;
   LoopSource perform_;
-  LoopSource retry_;
-  std::chrono::milliseconds retryDelay_;
+  BackOff retries_;
 };
 
 }  // namespace audrel::linuxos

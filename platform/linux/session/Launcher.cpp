@@ -5,8 +5,8 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/linux/tray/GLibHandles.h"
-#include "platform/linux/tray/LoopSource.h"
+#include "platform/linux/loop/GLibHandles.h"
+#include "platform/linux/loop/LoopSource.h"
 
 namespace audrel::linuxos {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/Log.h"
-#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/bus/DesktopBus.h"
 
 namespace audrel::linuxos {
 

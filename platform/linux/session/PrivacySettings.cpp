@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/linux/desktop/Environment.h"
 #include "platform/linux/session/Launcher.h"
+#include "platform/linux/system/Environment.h"
 
 namespace audrel::linuxos {
 

@@ -4,8 +4,8 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/linux/desktop/Environment.h"
-#include "platform/linux/desktop/ForeignFile.h"
+#include "platform/linux/system/Environment.h"
+#include "platform/linux/system/ForeignFile.h"
 
 namespace audrel::linuxos {
 

@@ -10,7 +10,7 @@
 
 #include "platform/Foundation.h"
 #include "platform/Log.h"
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 
 namespace audrel::linuxos {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/AppKit.h"
-#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/bus/DesktopBus.h"
 #include "platform/linux/session/Notifier.h"
 
 namespace audrel::linuxos {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/AppKit.h"
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 
 namespace audrel::linuxos {
 

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/tray/Interfaces.h"
+#include "platform/linux/tray/Descriptions.h"
 #include "platform/linux/tray/MenuVariants.h"
 
 namespace audrel::linuxos {

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/linux/tray/ExportedObject.h"
+#include "platform/linux/bus/ExportedObject.h"
 #include "platform/linux/tray/MenuPresenter.h"
 
 namespace audrel::linuxos {

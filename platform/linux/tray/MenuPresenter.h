@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "platform/AppKit.h"
+#include "platform/linux/loop/LoopSource.h"
 #include "platform/linux/tray/Application.h"
-#include "platform/linux/tray/LoopSource.h"
 #include "platform/linux/tray/MenuOpening.h"
 #include "platform/linux/tray/MenuTree.h"
 

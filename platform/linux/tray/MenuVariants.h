@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 #include "platform/linux/tray/MenuTree.h"
 
 /// Menu nodes as `com.canonical.dbusmenu` sends them.

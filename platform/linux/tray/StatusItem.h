@@ -7,11 +7,11 @@
 
 #include "platform/AppKit.h"
 #include "platform/Log.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/tray/DBusMenu.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
 #include "platform/linux/tray/MenuPresenter.h"
-#include "platform/linux/tray/SessionBus.h"
 #include "platform/linux/tray/StatusNotifierItem.h"
 #include "platform/linux/tray/WatcherRegistration.h"
 

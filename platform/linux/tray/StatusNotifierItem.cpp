@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
-#include "platform/linux/tray/Interfaces.h"
+#include "platform/linux/tray/Descriptions.h"
 
 namespace audrel::linuxos {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/tray/ExportedObject.h"
+#include "platform/linux/bus/ExportedObject.h"
 #include "platform/linux/tray/Pixmap.h"
 
 namespace audrel::linuxos {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
-#include "platform/linux/desktop/Wording.h"
+#include "platform/linux/system/Wording.h"
 #include "platform/linux/tray/Menu.h"
 #include "platform/linux/tray/StatusItem.h"
 #include "platform/linux/tray/Symbols.h"

@@ -1,21 +1,17 @@
 #include "platform/linux/tray/WatcherRegistration.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace audrel::linuxos {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
 constexpr const char* watcherInterface = "org.kde.StatusNotifierWatcher";
 
 /// A watcher may own its name before it answers.
-constexpr std::chrono::milliseconds firstDelay = 500ms;
-constexpr std::chrono::milliseconds longestDelay = 30s;
+constexpr std::chrono::milliseconds firstDelay{500};
 
 }  // namespace
 
@@ -25,9 +21,8 @@ WatcherRegistration::WatcherRegistration(GDBusConnection* connection,
     : connection_(connection),
       logger_(std::move(logger)),
       cancellable_(g_cancellable_new()),
-      attempt_([this] { registerItem(); }),
-      missingHost_([this] { tellOfMissingHost(); }),
-      delay_(firstDelay) {
+      attempts_(firstDelay, [this] { registerItem(); }),
+      missingHost_([this] { tellOfMissingHost(); }) {
   watch_ = g_bus_watch_name_on_connection(
       connection_, watcherName, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
       [](GDBusConnection*, const char*, const char*, gpointer self) {
@@ -63,8 +58,7 @@ void WatcherRegistration::watcherAppeared() {
 
 void WatcherRegistration::watcherVanished() {
   hasWatcher_ = false;
-  attempt_.cancel();
-  delay_ = firstDelay;
+  attempts_.reset();
 }
 
 void WatcherRegistration::registerItem() {
@@ -93,17 +87,14 @@ void WatcherRegistration::onRegistered(GObject* source, GAsyncResult* result,
 }
 
 void WatcherRegistration::registered() {
-  attempt_.cancel();
-  delay_ = firstDelay;
+  attempts_.reset();
   askForHost();
 }
 
 void WatcherRegistration::refused() {
-  if (!hasWatcher_) {
-    return;
+  if (hasWatcher_) {
+    attempts_.attemptAgain();
   }
-  attempt_.callAfter(delay_);
-  delay_ = std::min(delay_ * 2, longestDelay);
 }
 
 void WatcherRegistration::askForHost() {

@@ -4,8 +4,9 @@
 #include <memory>
 
 #include "platform/Log.h"
-#include "platform/linux/tray/GLibHandles.h"
-#include "platform/linux/tray/LoopSource.h"
+#include "platform/linux/loop/BackOff.h"
+#include "platform/linux/loop/GLibHandles.h"
+#include "platform/linux/loop/LoopSource.h"
 
 namespace audrel::linuxos {
 
@@ -39,9 +40,8 @@ class WatcherRegistration {
   CancellableHandle cancellable_;
   guint watch_ = 0;
   guint hostSignal_ = 0;
-  LoopSource attempt_;
+  BackOff attempts_;
   LoopSource missingHost_;
-  std::chrono::milliseconds delay_;
   bool hasWatcher_ = false;
 };
 

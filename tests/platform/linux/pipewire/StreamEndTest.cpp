@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/pipewire/MelodyPlayer.h"
+#include "platform/linux/demo/MelodyPlayer.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"

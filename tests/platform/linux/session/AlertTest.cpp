@@ -7,9 +7,9 @@
 #include <optional>
 #include <system_error>
 
+#include "platform/linux/loop/LoopSource.h"
 #include "platform/linux/session/AlertHelper.h"
 #include "platform/linux/session/SoftwareUpdates.h"
-#include "platform/linux/tray/LoopSource.h"
 #include "tests/platform/linux/session/harness/Applications.h"
 #include "tests/platform/linux/session/harness/SessionTest.h"
 #include "tests/platform/linux/session/harness/XServer.h"

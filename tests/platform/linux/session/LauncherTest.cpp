@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-#include "platform/linux/tray/LoopSource.h"
+#include "platform/linux/loop/LoopSource.h"
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/session/harness/MuteBus.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/SuspendInhibitor.h"
+#include "platform/linux/session/SuspendInhibitor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

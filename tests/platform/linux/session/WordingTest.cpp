@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/Wording.h"
+#include "platform/linux/system/Wording.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

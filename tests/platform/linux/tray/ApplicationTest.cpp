@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/tray/LoopSource.h"
-#include "platform/linux/tray/RunLoop.h"
+#include "platform/linux/loop/LoopSource.h"
+#include "platform/linux/loop/RunLoop.h"
 
 namespace audrel::linuxos {
 namespace {

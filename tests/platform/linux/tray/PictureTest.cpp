@@ -10,7 +10,7 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/linux/desktop/Log.h"
+#include "platform/linux/system/Log.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
 #include "platform/linux/tray/Pixmap.h"

@@ -14,9 +14,9 @@
 #include <utility>
 
 #include "platform/Log.h"
+#include "platform/linux/loop/RunLoop.h"
+#include "platform/linux/session/LogoutWatch.h"
 #include "platform/linux/tray/Application.h"
-#include "platform/linux/tray/LogoutWatch.h"
-#include "platform/linux/tray/RunLoop.h"
 #include "platform/linux/tray/TrayAppKit.h"
 
 #if defined(__has_feature)

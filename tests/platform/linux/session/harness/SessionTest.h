@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "platform/linux/session/DesktopBus.h"
+#include "platform/linux/bus/DesktopBus.h"
 #include "platform/linux/session/Notifier.h"
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"

@@ -1,9 +1,0 @@
-#include "platform/linux/desktop/Clock.h"
-
-namespace audrel::linuxos {
-
-NS::Date Clock::now() {
-  return std::chrono::system_clock::now();
-}
-
-}  // namespace audrel::linuxos

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/AVFAudio.h"
+#include "platform/Log.h"
+#include "platform/linux/files/FrameWriter.h"
+#include "platform/linux/files/SampleConversion.h"
+
+namespace audrel::linuxos {
+
+/// A file open for writing. One thread at a time, any thread.
+class AudioFile final : public AV::AudioFile {
+ public:
+  /// The format in which `write` takes its buffers.
+  struct ProcessingFormat {
+    AV::AudioCommonFormat commonFormat = AV::AudioCommonFormat::otherFormat;  ///< never this
+    bool interleaved = true;
+    double sampleRate = 0;
+    std::uint32_t channels = 0;
+  };
+
+  AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
+            std::filesystem::path path, std::shared_ptr<os::Logger> logger);
+
+  /// Finishes the file, and logs an error when that fails.
+  ~AudioFile() override;
+
+  AudioFile(const AudioFile&) = delete;
+  AudioFile& operator=(const AudioFile&) = delete;
+
+  /// A buffer of another format is refused, and nothing of it written.
+  std::optional<NS::Error> write(AV::PCMBuffer& buffer) override;
+
+ private:
+  bool takes(AV::PCMBuffer& buffer) const;
+
+  std::unique_ptr<FrameWriter> writer_;
+  ProcessingFormat format_;
+  SampleConverter converter_;
+  std::filesystem::path path_;
+  std::shared_ptr<os::Logger> logger_;
+};
+
+}  // namespace audrel::linuxos

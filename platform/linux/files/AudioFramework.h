@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/AVFAudio.h"
+#include "platform/Log.h"
+#include "platform/linux/files/FileSettings.h"
+#include "platform/linux/files/FrameWriter.h"
+#include "platform/linux/files/RawFile.h"
+
+namespace audrel::linuxos {
+
+/// `AV::AudioFramework` for Linux: M4A and WAV files that survive that the program is killed or the
+/// disk fills up (docs/files.md).
+///
+/// A process that wants an error instead of its end when a file-size limit is reached has to ignore
+/// SIGXFSZ.
+class AudioFramework final : public AV::AudioFramework {
+ public:
+  /// Files log under the category "file" when finishing them fails; `createFile` makes them.
+  explicit AudioFramework(os::Log& log, RawFileCreator createFile = createExclusively);
+
+  std::shared_ptr<const AV::AudioFormat> makeFormat(
+      const CA::AudioStreamBasicDescription& description) override;
+
+  std::unique_ptr<AV::PCMBuffer> makePCMBuffer(const std::shared_ptr<const AV::AudioFormat>& format,
+                                               std::uint32_t frameCapacity) noexcept override;
+
+  /// AAC-LC in M4A, 16-bit little-endian PCM in WAV; see `FileSettings`. Creates `url`, which must
+  /// not exist. `commonFormat` is not `otherFormat`.
+  std::shared_ptr<AV::AudioFile> openForWriting(const std::filesystem::path& url,
+                                                const AV::Settings& settings,
+                                                AV::AudioCommonFormat commonFormat,
+                                                bool interleaved, NS::Error* error) override;
+
+ private:
+  std::unique_ptr<FrameWriter> makeWriter(const std::filesystem::path& path,
+                                          const FileSettings& settings, NS::Error* error);
+  std::unique_ptr<FrameWriter> makeM4a(const std::filesystem::path& path,
+                                       const FileSettings& settings, NS::Error* error);
+  std::unique_ptr<FrameWriter> makeWav(const std::filesystem::path& path,
+                                       const FileSettings& settings, NS::Error* error);
+
+  RawFileCreator createFile_;
+  std::shared_ptr<os::Logger> logger_;
+};
+
+}  // namespace audrel::linuxos

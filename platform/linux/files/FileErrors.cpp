@@ -1,0 +1,107 @@
+#include "platform/linux/files/FileErrors.h"
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace audrel::linuxos {
+namespace {
+
+std::string quoted(const std::filesystem::path& path) {
+  return '"' + path.string() + '"';
+}
+
+std::string fileName(const std::filesystem::path& path) {
+  return quoted(path.filename());
+}
+
+std::string folderOf(const std::filesystem::path& path) {
+  std::error_code unknown;
+  const auto absolute = std::filesystem::absolute(path, unknown);
+  return quoted((unknown ? path : absolute).parent_path());
+}
+
+std::string whyNotCreated(const std::filesystem::path& path, int code) {
+  const std::string folder = folderOf(path);
+  switch (code) {
+    case EEXIST:
+      return fileName(path) + " already exists in " + folder +
+             ", and a recording never overwrites anything. Choose another name, or move the "
+             "existing file away.";
+    case ENOENT:
+      return "The folder " + folder + " does not exist. Create it, or choose another folder.";
+    case ENOTDIR:
+      return folder + " is not a folder. Choose a folder for the recording.";
+    case EACCES:
+    case EPERM:
+      return "You have no permission to create files in " + folder +
+             ". Choose another folder, or change its permissions.";
+    case ENAMETOOLONG:
+      return "The name " + fileName(path) + " is too long. Choose a shorter one.";
+    case ELOOP:
+      return "The links in the path of " + folder + " lead in a circle. Choose another folder.";
+    case EMFILE:
+    case ENFILE:
+      return fileName(path) +
+             " could not be created, because too many files are open. Close some programs and try "
+             "again.";
+    default:
+      return reason(path, code);
+  }
+}
+
+}  // namespace
+
+std::string reason(const std::filesystem::path& path, int code) {
+  const std::string folder = folderOf(path);
+  switch (code) {
+    case ENOSPC:
+      return "There is no space left on the disk that holds " + folder + ". Free some space.";
+    case EDQUOT:
+      return "Your quota on the disk that holds " + folder + " is used up. Free some space.";
+    case EFBIG:
+      return fileName(path) +
+             " has reached the largest size that a file may have here. Raise the limit (\"ulimit "
+             "-f\"), or record to another disk.";
+    case EROFS:
+      return "The disk that holds " + folder + " can only be read. Choose another folder.";
+    case EIO:
+    case ENXIO:
+    case ENODEV:
+      return "The disk that holds " + folder +
+             " reports a fault. Check that it is connected and healthy.";
+    default:
+      return fileName(path) + " in " + folder + " could not be written (" +
+             std::generic_category().message(code) + "). Try another folder.";
+  }
+}
+
+NS::Error creationError(const std::filesystem::path& path, int code) {
+  return plainError(code, whyNotCreated(path, code));
+}
+
+NS::Error writeError(const std::filesystem::path& path, const BlockFile::Failure& failure) {
+  const char* consequence = failure.dropped
+                                ? " Audio is being lost: in the recording it will be silence."
+                                : " Until then the recording is kept in memory.";
+  return plainError(failure.code, reason(path, failure.code) + consequence);
+}
+
+std::string finishingProblem(const std::filesystem::path& path, int code, std::uint64_t lostFrames,
+                             std::uint32_t sampleRate) {
+  std::string line = "Finishing " + quoted(path) + " failed.";
+  if (code != 0) {
+    line += ' ' + reason(path, code);
+  }
+  if (lostFrames > 0) {
+    const std::uint64_t milliseconds = (lostFrames * 1000 + sampleRate - 1) / sampleRate;
+    line += " The last " + std::to_string(milliseconds) + " ms of the recording are missing.";
+  }
+  return line;
+}
+
+NS::Error plainError(int code, std::string sentence) {
+  return {NS::POSIXErrorDomain, code, std::move(sentence)};
+}
+
+}  // namespace audrel::linuxos

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "platform/AVFAudio.h"
+#include "platform/linux/files/SampleConversion.h"
+
+namespace audrel::linuxos {
+
+/// Turns frames into the contents of a file. One thread at a time.
+class FrameWriter {
+ public:
+  virtual ~FrameWriter() = default;
+
+  /// Appends `frames` frames of `buffers`, which hold them in the format of `converter`. After an
+  /// error the next frames can still be appended.
+  virtual std::optional<NS::Error> append(const SampleConverter& converter,
+                                          const CA::AudioBufferList& buffers,
+                                          std::size_t frames) = 0;
+
+  /// Writes what is left and closes the file; nothing may follow. On failure a line for the log.
+  virtual std::optional<std::string> finish() = 0;
+};
+
+}  // namespace audrel::linuxos

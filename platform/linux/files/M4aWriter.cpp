@@ -1,0 +1,184 @@
+#include "platform/linux/files/M4aWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace audrel::linuxos {
+namespace {
+
+constexpr std::size_t boxHeaderSize = 8;
+constexpr std::size_t commitSize = 16;  // a box header with a size of 64 bits, the longest
+constexpr std::size_t maximumPacketSize = 0xFFFF;
+constexpr std::size_t maximumAacBytes = 768;  // of a packet, for each channel
+constexpr std::size_t packetsPerSilentFragment = 1024;
+
+std::size_t halfASecond(const mp4::Track& track) {
+  return std::max<std::size_t>(1, track.sampleRate / 2 / track.framesPerPacket);
+}
+
+}  // namespace
+
+M4aWriter::M4aWriter(BlockFile file, mp4::Track track, SilenceSource silence)
+    : file_(std::move(file)),
+      track_(std::move(track)),
+      silence_(std::move(silence)),
+      packetsPerFragment_(halfASecond(track_)),
+      headRoom_(mp4::fragmentHeadSize(packetsPerFragment_)),
+      fragment_(headRoom_) {
+  fragment_.reserve(headRoom_ + packetsPerFragment_ * maximumAacBytes * track_.channels);
+  sizes_.reserve(packetsPerFragment_);
+}
+
+int M4aWriter::start() {
+  ByteWriter out;
+  mp4::writeFileType(out);
+  commitOffset_ = out.size();
+  {
+    const mp4::Box box(out, "free");
+  }
+  mp4::writeFragmentedMovie(out, track_);
+  const auto replaced = out.bytes().subspan(commitOffset_, commitSize);
+  replaced_.assign(replaced.begin(), replaced.end());
+  return file_.appendOrRemove(out.bytes());
+}
+
+std::optional<BlockFile::Failure> M4aWriter::add(std::span<const std::byte> packet) {
+  if (packet.size() > maximumPacketSize) {
+    return BlockFile::Failure{EMSGSIZE, true};
+  }
+  fragment_.insert(fragment_.end(), packet.begin(), packet.end());
+  sizes_.push_back(static_cast<std::uint16_t>(packet.size()));
+  return sizes_.size() < packetsPerFragment_ ? std::nullopt : writeFragment();
+}
+
+std::optional<BlockFile::Failure> M4aWriter::writeFragment() {
+  std::optional<BlockFile::Failure> failure;
+  try {
+    failure = writeOwedSilence();
+    if (!failure || !failure->dropped) {
+      const std::size_t unused = headRoom_ - mp4::fragmentHeadSize(sizes_.size());
+      const auto ownFailure = appendFragment(sizes_, std::span(fragment_).subspan(unused));
+      failure = ownFailure ? ownFailure : failure;
+    }
+  } catch (const std::bad_alloc&) {
+    failure = BlockFile::Failure{ENOMEM, true};
+  }
+  if (failure && failure->dropped) {
+    owedSilence_ += sizes_.size();
+  }
+  fragment_.resize(headRoom_);
+  sizes_.clear();
+  return failure;
+}
+
+std::optional<BlockFile::Failure> M4aWriter::writeOwedSilence() {
+  if (owedSilence_ == 0) {
+    return std::nullopt;
+  }
+  const std::vector<std::byte> packet = silence_();
+  if (packet.empty() || packet.size() > maximumPacketSize) {
+    return BlockFile::Failure{ENOMEM, true};
+  }
+  std::optional<BlockFile::Failure> failure;
+  while (owedSilence_ > 0) {
+    const std::size_t count = std::min<std::uint64_t>(owedSilence_, packetsPerSilentFragment);
+    const std::vector<std::uint16_t> sizes(count, static_cast<std::uint16_t>(packet.size()));
+    std::vector<std::byte> block(mp4::fragmentHeadSize(count));
+    for (std::size_t i = 0; i < count; ++i) {
+      block.insert(block.end(), packet.begin(), packet.end());
+    }
+    if (auto blockFailure = appendFragment(sizes, block)) {
+      failure = blockFailure;
+      if (failure->dropped) {
+        break;
+      }
+    }
+    owedSilence_ -= count;
+  }
+  return failure;
+}
+
+std::optional<BlockFile::Failure> M4aWriter::appendFragment(std::span<const std::uint16_t> sizes,
+                                                            std::span<std::byte> block) {
+  head_.clear();
+  mp4::writeFragmentHead(head_, sequence_ + 1, index_.sizes().size() * track_.framesPerPacket,
+                         sizes);
+  std::ranges::copy(head_.bytes(), block.begin());
+  const std::uint64_t packets = file_.end() + head_.size();
+  try {
+    index_.add(packets, sizes);
+  } catch (const std::bad_alloc&) {
+    index_.forgetFrom(packets);
+    throw;
+  }
+  const auto failure = file_.append(block);
+  if (failure && failure->dropped) {
+    index_.forgetFrom(packets);
+  } else {
+    ++sequence_;
+  }
+  return failure;
+}
+
+M4aWriter::Ending M4aWriter::finish(std::uint64_t frames) {
+  if (!sizes_.empty()) {
+    static_cast<void>(writeFragment());  // should it wait now, then flush tells why
+  }
+  const int flushed = file_.flush();
+  file_.forgetWaiting();
+  index_.forgetFrom(file_.end());
+
+  Ending ending;
+  ending.frames = std::min(frames, playableFrames());
+  const int indexed = writeIndex(ending.frames);
+  const int closed = file_.close();
+  ending.indexed = indexed == 0;
+  ending.code = flushed != 0 ? flushed : indexed != 0 ? indexed : closed;
+  return ending;
+}
+
+std::uint64_t M4aWriter::playableFrames() const {
+  const std::uint64_t decoded = index_.sizes().size() * std::uint64_t{track_.framesPerPacket};
+  return decoded - std::min<std::uint64_t>(decoded, track_.initialPadding);
+}
+
+int M4aWriter::writeIndex(std::uint64_t frames) {
+  const std::uint64_t decoded = frames == 0 ? 0 : track_.initialPadding + frames;
+  index_.limit((decoded + track_.framesPerPacket - 1) / track_.framesPerPacket);
+  const std::uint64_t movie = file_.end() + boxHeaderSize;
+  try {
+    ByteWriter out;
+    {
+      const mp4::Box hiding(out, "free");
+      mp4::writeMovie(out, track_, index_, frames);
+    }
+    if (const int code = file_.appendOrRemove(out.bytes()); code != 0) {
+      return code;
+    }
+  } catch (const std::bad_alloc&) {
+    return ENOMEM;
+  }
+  return commit(movie);
+}
+
+int M4aWriter::commit(std::uint64_t movie) {
+  const std::uint64_t size = movie - commitOffset_;
+  const bool large = size > std::numeric_limits<std::uint32_t>::max();
+  ByteWriter out;
+  out.big(large ? std::uint32_t{1} : static_cast<std::uint32_t>(size));
+  out.text("mdat");
+  if (large) {
+    out.big(size);
+  }
+  const int code = file_.overwrite(commitOffset_, out.bytes());
+  if (code != 0) {
+    static_cast<void>(file_.overwrite(commitOffset_, replaced_));  // no half of it may stay
+  }
+  return code;
+}
+
+}  // namespace audrel::linuxos
