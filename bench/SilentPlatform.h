@@ -4,9 +4,9 @@
 
 #include "platform/AVFAudio.h"
 #include "platform/AppKit.h"
-#include "platform/Capture.h"
 #include "platform/CoreAudio.h"
 #include "platform/CoreGraphics.h"
+#include "platform/Diagnostics.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"

@@ -20,7 +20,7 @@
 #include "engine/RecordingEngine.h"
 #include "model/OutputURL.h"
 #include "model/RecorderError.h"
-#include "platform/Capture.h"
+#include "platform/Diagnostics.h"
 #include "platform/Printable.h"
 
 namespace audrel::cli {

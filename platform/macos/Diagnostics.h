@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Capture.h"
+#include "platform/Diagnostics.h"
 
 namespace audrel::macos {
 

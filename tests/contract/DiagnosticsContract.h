@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "platform/Capture.h"
+#include "platform/Diagnostics.h"
 
 /// What every platform tells of capturing before anything was captured. An implementation is a type
 /// with

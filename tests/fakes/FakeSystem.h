@@ -11,8 +11,8 @@
 #include <string>
 
 #include "platform/AppKit.h"
-#include "platform/Capture.h"
 #include "platform/CoreGraphics.h"
+#include "platform/Diagnostics.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/Loggers.h"

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/AppKit.h"
-#include "platform/Capture.h"
 #include "platform/CoreAudio.h"
+#include "platform/Diagnostics.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/Connection.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/AppKit.h"
-#include "platform/Capture.h"
+#include "platform/Diagnostics.h"
 #include "platform/Log.h"
 #include "platform/linux/session/Notifier.h"
 #include "platform/linux/tray/Application.h"

@@ -18,7 +18,7 @@
 #include "tests/platform/linux/pipewire/harness/Track.h"
 #include "tests/platform/linux/program/harness/WavRecording.h"
 #include "tests/platform/linux/session/harness/XServer.h"
-#include "tests/platform/linux/tray/harness/SessionManager.h"
+#include "tests/platform/linux/tray/harness/DesktopSessionManager.h"
 
 namespace audrel::programtest {
 namespace {
@@ -100,28 +100,29 @@ TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
 }
 
 /// How a desktop tells its programs that the user logs out.
-class Logout : public Loss, public testing::WithParamInterface<traytest::SessionManager::Desktop> {
+class Logout : public Loss,
+               public testing::WithParamInterface<traytest::DesktopSessionManager::Desktop> {
  protected:
   void SetUp() override {
-    manager = std::make_unique<traytest::SessionManager>(bus.address(), GetParam());
+    manager = std::make_unique<traytest::DesktopSessionManager>(bus.address(), GetParam());
     Loss::SetUp();
     ASSERT_TRUE(panel->runUntil([this] { return !manager->calls().empty(); }));
   }
 
-  std::unique_ptr<traytest::SessionManager> manager;
+  std::unique_ptr<traytest::DesktopSessionManager> manager;
 };
 
 TEST_P(Logout, costsNothing) {
   const std::uint64_t frame = played();
-  manager->tell(traytest::SessionManager::clientPath, "EndSession");
+  manager->tell(traytest::DesktopSessionManager::clientPath, "EndSession");
   panel->runFor(50ms);  // the bus has it
   EXPECT_EQ(waitForEnd(), 0);
   expectRecordedUntil(frame - onTheWay);
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktops, Logout,
-                         testing::Values(traytest::SessionManager::Desktop::gnome,
-                                         traytest::SessionManager::Desktop::xfce));
+                         testing::Values(traytest::DesktopSessionManager::Desktop::gnome,
+                                         traytest::DesktopSessionManager::Desktop::xfce));
 
 /// On a desktop with a display.
 class DisplayLoss : public Loss {

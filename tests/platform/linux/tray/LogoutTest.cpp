@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "tests/platform/linux/tray/TrayTest.h"
-#include "tests/platform/linux/tray/harness/SessionManager.h"
+#include "tests/platform/linux/tray/harness/DesktopSessionManager.h"
 
 namespace audrel::traytest {
 namespace {
@@ -12,7 +12,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class LogoutTest : public TrayTest, public testing::WithParamInterface<SessionManager::Desktop> {
+class LogoutTest : public TrayTest,
+                   public testing::WithParamInterface<DesktopSessionManager::Desktop> {
  protected:
   void SetUp() override {
     TrayTest::SetUp();
@@ -24,11 +25,11 @@ class LogoutTest : public TrayTest, public testing::WithParamInterface<SessionMa
     return panel.runUntil([this, count] { return manager.calls().size() >= count; });
   }
 
-  SessionManager manager{bus.address(), GetParam()};
+  DesktopSessionManager manager{bus.address(), GetParam()};
 };
 
 TEST_P(LogoutTest, isNeverRefused) {
-  manager.tell(SessionManager::clientPath, "QueryEndSession");
+  manager.tell(DesktopSessionManager::clientPath, "QueryEndSession");
   ASSERT_TRUE(waitForCalls(2));
   EXPECT_EQ(manager.calls().back(), "EndSessionResponse(true, '')");
   ASSERT_TRUE(program.settle());
@@ -36,7 +37,7 @@ TEST_P(LogoutTest, isNeverRefused) {
 }
 
 TEST_P(LogoutTest, endsTheProgramThroughItsDelegate) {
-  manager.tell(SessionManager::clientPath, "EndSession");
+  manager.tell(DesktopSessionManager::clientPath, "EndSession");
   panel.runFor(std::chrono::milliseconds(50));
   ASSERT_TRUE(program.waitFor("ended"));
   EXPECT_THAT(program.takeJournal(), ElementsAre("will terminate", "ended"));
@@ -44,7 +45,7 @@ TEST_P(LogoutTest, endsTheProgramThroughItsDelegate) {
 }
 
 TEST_P(LogoutTest, whenToldToStopTheProgramStops) {
-  manager.tell(SessionManager::clientPath, "Stop");
+  manager.tell(DesktopSessionManager::clientPath, "Stop");
   panel.runFor(std::chrono::milliseconds(50));
   ASSERT_TRUE(program.waitFor("ended"));
   EXPECT_THAT(program.takeJournal(), ElementsAre("will terminate", "ended"));
@@ -53,15 +54,15 @@ TEST_P(LogoutTest, whenToldToStopTheProgramStops) {
 
 TEST_P(LogoutTest, whatOtherClientsAreToldIsTheirs) {
   manager.tell("/test/AnotherClient", "EndSession");
-  manager.tell(SessionManager::clientPath, "QueryEndSession");
+  manager.tell(DesktopSessionManager::clientPath, "QueryEndSession");
   ASSERT_TRUE(waitForCalls(2));  // the bus keeps their order
   ASSERT_TRUE(program.settle());
   EXPECT_THAT(program.takeJournal(), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktops, LogoutTest,
-                         testing::Values(SessionManager::Desktop::gnome,
-                                         SessionManager::Desktop::xfce));
+                         testing::Values(DesktopSessionManager::Desktop::gnome,
+                                         DesktopSessionManager::Desktop::xfce));
 
 }  // namespace
 }  // namespace audrel::traytest

@@ -10,14 +10,14 @@ namespace audrel::traytest {
 
 /// A desktop's session manager with one client at most, on a bus of the test's own. On the main
 /// thread's default context, which the test runs.
-class SessionManager {
+class DesktopSessionManager {
  public:
   enum class Desktop { gnome, xfce };
 
-  SessionManager(const std::string& busAddress, Desktop desktop);
-  ~SessionManager();
-  SessionManager(const SessionManager&) = delete;
-  SessionManager& operator=(const SessionManager&) = delete;
+  DesktopSessionManager(const std::string& busAddress, Desktop desktop);
+  ~DesktopSessionManager();
+  DesktopSessionManager(const DesktopSessionManager&) = delete;
+  DesktopSessionManager& operator=(const DesktopSessionManager&) = delete;
 
   /// What clients said, as "Method(arguments)".
   const std::vector<std::string>& calls() const { return calls_; }

@@ -1,4 +1,4 @@
-#include "tests/platform/linux/tray/harness/SessionManager.h"
+#include "tests/platform/linux/tray/harness/DesktopSessionManager.h"
 
 #include <string_view>
 
@@ -18,7 +18,7 @@ constexpr const char* responding =
 
 }  // namespace
 
-SessionManager::SessionManager(const std::string& busAddress, Desktop desktop)
+DesktopSessionManager::DesktopSessionManager(const std::string& busAddress, Desktop desktop)
     : connection_(g_dbus_connection_new_for_address_sync(busAddress.c_str(), clientFlags, nullptr,
                                                          nullptr, nullptr)) {
   const bool isGnome = desktop == Desktop::gnome;
@@ -31,7 +31,7 @@ SessionManager::SessionManager(const std::string& busAddress, Desktop desktop)
       G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr, nullptr);
 }
 
-SessionManager::~SessionManager() {
+DesktopSessionManager::~DesktopSessionManager() {
   g_bus_unown_name(name_);
   for (const guint object : objects_) {
     g_dbus_connection_unregister_object(connection_, object);
@@ -40,8 +40,8 @@ SessionManager::~SessionManager() {
   g_object_unref(connection_);
 }
 
-void SessionManager::exportObject(const char* path, const std::string& interface,
-                                  const std::string& methods) {
+void DesktopSessionManager::exportObject(const char* path, const std::string& interface,
+                                         const std::string& methods) {
   static constexpr GDBusInterfaceVTable table{onCall, nullptr, nullptr, {}};
   const std::string xml =
       "<node><interface name='" + interface + "'>" + methods + "</interface></node>";
@@ -51,18 +51,19 @@ void SessionManager::exportObject(const char* path, const std::string& interface
   g_dbus_node_info_unref(node);
 }
 
-void SessionManager::tell(const std::string& path, const std::string& signal) {
+void DesktopSessionManager::tell(const std::string& path, const std::string& signal) {
   const bool hasFlags = signal != "Stop";
   g_dbus_connection_emit_signal(connection_, nullptr, path.c_str(), clientInterface_.c_str(),
                                 signal.c_str(), hasFlags ? g_variant_new("(u)", 0U) : nullptr,
                                 nullptr);
 }
 
-void SessionManager::onCall(GDBusConnection* /*connection*/, const char* /*sender*/,
-                            const char* /*path*/, const char* /*interface*/, const char* method,
-                            GVariant* arguments, GDBusMethodInvocation* invocation, gpointer self) {
+void DesktopSessionManager::onCall(GDBusConnection* /*connection*/, const char* /*sender*/,
+                                   const char* /*path*/, const char* /*interface*/,
+                                   const char* method, GVariant* arguments,
+                                   GDBusMethodInvocation* invocation, gpointer self) {
   char* text = g_variant_print(arguments, TRUE);
-  static_cast<SessionManager*>(self)->calls_.push_back(std::string(method) + text);
+  static_cast<DesktopSessionManager*>(self)->calls_.push_back(std::string(method) + text);
   g_free(text);
   const bool registers = std::string_view(method) == "RegisterClient";
   g_dbus_method_invocation_return_value(invocation,
