@@ -16,17 +16,19 @@ const NS::Selector toggleRecording(selectors::toggleRecording);
 LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManager, os::Log& log)
     : hardware_(hardware),
       logger_(log.makeLogger(identity::bundleIdentifier, "desktop")),
+      bus_(log.makeLogger(identity::bundleIdentifier, "statusitem")),
       notifier_(bus_, logger_),
       workspace_(bus_, notifier_),
       userDefaults_(userDefaultsFile(fileManager.homeDirectoryForCurrentUser()), logger_),
       updates_([this] { return makeAlert(); }),
       appKit_({.application = application_,
+               .bus = bus_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
                .icons = IconTheme::ofThisProgram(),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
-      logout_(application_) {}
+      logout_(application_, bus_) {}
 
 bool LinuxDesktop::claimSession() {
   if (service_.claim() == ApplicationService::Claim::runsAlready) {

@@ -6,7 +6,7 @@
 #include "platform/Desktop.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
-#include "platform/linux/bus/DesktopBus.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/session/Alert.h"
@@ -53,7 +53,7 @@ class LinuxDesktop {
   CaptureHardware& hardware_;
   std::shared_ptr<os::Logger> logger_;
   Application application_;
-  DesktopBus bus_;
+  SessionBus bus_;
   Notifier notifier_;
   Workspace workspace_;
   UserDefaults userDefaults_;

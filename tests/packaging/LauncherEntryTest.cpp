@@ -120,7 +120,7 @@ class ServiceTest : public testing::Test {
     desktop.call(
         {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner"},
         g_variant_new("(s)", identity::bundleIdentifier),
-        [&](const linuxos::DesktopBus::Answer& answer) {
+        [&](const linuxos::SessionBus::Answer& answer) {
           gboolean value = FALSE;
           if (answer.values != nullptr) {
             g_variant_get(answer.values.get(), "(b)", &value);
@@ -139,7 +139,7 @@ class ServiceTest : public testing::Test {
   fakes::ScopedVariable waylandDisplay{"WAYLAND_DISPLAY", ""};
   traytest::PrivateBus privateBus{writeService(folder.path())};
   fakes::ScopedVariable address{"DBUS_SESSION_BUS_ADDRESS", privateBus.address().c_str()};
-  linuxos::DesktopBus desktop;
+  linuxos::SessionBus desktop;
 };
 
 TEST_F(ServiceTest, startsTheProgramThatIsToQuitAndItDoes) {

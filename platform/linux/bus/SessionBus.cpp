@@ -8,20 +8,38 @@ namespace audrel::linuxos {
 
 namespace {
 
-constexpr std::chrono::milliseconds firstDelay{250};
+using namespace std::chrono_literals;
+
+constexpr auto firstDelay = 250ms;
+constexpr auto connectTimeout = 3s;
+
+/// The bus's own default: time to start a program that answers.
+constexpr int answerTimeout = -1;
+
+bool isCancelled(const ErrorHandle& error) {
+  return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE;
+}
+
+struct PendingCall {
+  SessionBus::Answered answered;
+};
 
 }  // namespace
 
-SessionBus::SessionBus(Listener listener, std::shared_ptr<os::Logger> logger)
-    : listener_(std::move(listener)),
-      logger_(std::move(logger)),
-      cancellable_(g_cancellable_new()),
+SessionBus::SessionBus(std::shared_ptr<os::Logger> logger)
+    : logger_(std::move(logger)),
+      calls_(g_cancellable_new()),
+      timeout_([this] {
+        abandonAttempt();
+        connectionFailed("it does not answer");
+      }),
       attempts_(firstDelay, [this] { connect(); }) {
   attempts_.attemptSoon();
 }
 
 SessionBus::~SessionBus() {
-  g_cancellable_cancel(cancellable_.get());
+  abandonAttempt();
+  g_cancellable_cancel(calls_.get());
   if (connection_ != nullptr) {
     g_signal_handler_disconnect(connection_.get(), closedHandler_);
     // What is still to be sent goes out on the way.
@@ -29,30 +47,46 @@ SessionBus::~SessionBus() {
   }
 }
 
+// The connection
+
 void SessionBus::connect() {
+  if (attempt_ != nullptr || connection_ != nullptr) {
+    return;
+  }
   const auto address = sessionBusAddress();
   if (!address) {
     connectionFailed("neither DBUS_SESSION_BUS_ADDRESS nor a bus in XDG_RUNTIME_DIR names one");
     return;
   }
+  attempt_.reset(g_cancellable_new());
+  timeout_.callAfter(connectTimeout);
   constexpr int flags = G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
   g_dbus_connection_new_for_address(address->c_str(), static_cast<GDBusConnectionFlags>(flags),
-                                    nullptr, cancellable_.get(), onConnected, this);
+                                    nullptr, attempt_.get(), onConnected, this);
 }
 
 void SessionBus::onConnected(GObject* /*source*/, GAsyncResult* result, gpointer self) noexcept {
   GError* failure = nullptr;
   ConnectionHandle connection(g_dbus_connection_new_for_address_finish(result, &failure));
   const ErrorHandle error(failure);
-  if (g_error_matches(failure, G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE) {
-    return;  // the bus object has gone
+  if (error != nullptr && isCancelled(error)) {
+    return;  // the attempt was given up, or the bus object has gone
   }
   auto* bus = static_cast<SessionBus*>(self);
+  bus->abandonAttempt();
   if (connection != nullptr) {
     bus->connectionMade(std::move(connection));
   } else {
     bus->connectionFailed(messageOf(error));
+  }
+}
+
+void SessionBus::abandonAttempt() {
+  timeout_.cancel();
+  if (attempt_ != nullptr) {
+    g_cancellable_cancel(attempt_.get());
+    attempt_.reset();
   }
 }
 
@@ -62,15 +96,19 @@ void SessionBus::connectionMade(ConnectionHandle connection) {
       g_signal_connect_data(connection_.get(), "closed", reinterpret_cast<GCallback>(onClosed),
                             this, nullptr, static_cast<GConnectFlags>(0));
   if (g_dbus_connection_is_closed(connection_.get()) == TRUE) {
-    connectionClosed();
+    connectionLost();  // before anybody listened for it
     return;
   }
   attempts_.reset();
-  if (failureIsLogged_) {
-    failureIsLogged_ = false;
+  if (std::exchange(failureIsLogged_, false)) {
     logger_->info("The session bus is there: the status item can be shown");
   }
-  listener_.connected(connection_.get());
+  for (Listener* listener : listeners_) {
+    listener->connected();
+  }
+  for (const Use& use : std::exchange(waiting_, {})) {
+    use(connection_.get(), {});
+  }
 }
 
 void SessionBus::connectionFailed(const std::string& reason) {
@@ -80,18 +118,104 @@ void SessionBus::connectionFailed(const std::string& reason) {
                    reason);
   }
   attempts_.attemptAgain();
+  for (const Use& use : std::exchange(waiting_, {})) {
+    use(nullptr, "no session bus: " + reason);
+  }
 }
 
 void SessionBus::onClosed(GDBusConnection* /*connection*/, gboolean /*vanished*/, GError* /*error*/,
                           gpointer self) noexcept {
-  static_cast<SessionBus*>(self)->connectionClosed();
+  static_cast<SessionBus*>(self)->connectionLost();
 }
 
-void SessionBus::connectionClosed() {
+void SessionBus::connectionLost() {
   g_signal_handler_disconnect(connection_.get(), closedHandler_);
-  listener_.disconnected();
+  for (Listener* listener : listeners_) {
+    listener->disconnected();
+  }
   connection_.reset();
   connectionFailed("the connection was closed");
+}
+
+// Its use
+
+void SessionBus::withConnection(Use use) {
+  if (connection_ != nullptr && g_dbus_connection_is_closed(connection_.get()) == TRUE) {
+    connectionLost();  // it has not told so yet
+  }
+  if (connection_ != nullptr) {
+    use(connection_.get(), {});
+    return;
+  }
+  waiting_.push_back(std::move(use));
+  connect();
+}
+
+void SessionBus::call(const Method& method, GVariant* arguments, Answered answered) {
+  // Shared, since a function must be copyable.
+  const std::shared_ptr<GVariant> owned(
+      arguments == nullptr ? nullptr : g_variant_ref_sink(arguments),
+      [](GVariant* variant) { VariantHandle{variant}; });
+  withConnection([this, method, owned, answered = std::move(answered)](GDBusConnection* connection,
+                                                                       const std::string& failure) {
+    if (connection == nullptr) {
+      answered({nullptr, failure});
+    } else {
+      call(connection, method, owned.get(), answered);
+    }
+  });
+}
+
+void SessionBus::call(GDBusConnection* connection, const Method& method, GVariant* arguments,
+                      Answered answered) {
+  auto pending = std::make_unique<PendingCall>(PendingCall{std::move(answered)});
+  g_dbus_connection_call(connection, method.service, method.path, method.interface, method.member,
+                         arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, answerTimeout, calls_.get(),
+                         onAnswer, pending.release());
+}
+
+void SessionBus::onAnswer(GObject* source, GAsyncResult* result, gpointer pending) noexcept {
+  const std::unique_ptr<PendingCall> call(static_cast<PendingCall*>(pending));
+  GError* failure = nullptr;
+  VariantHandle values(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
+  const ErrorHandle error(failure);
+  if (error == nullptr) {
+    call->answered({std::move(values), {}});
+  } else if (!isCancelled(error)) {
+    g_dbus_error_strip_remote_error(error.get());
+    call->answered({nullptr, messageOf(error)});
+  }
+}
+
+// Who listens
+
+SessionBus::Listener::Listener(SessionBus& bus, std::function<void(GDBusConnection*)> connected,
+                               std::function<void()> disconnected)
+    : bus_(bus),
+      connected_(std::move(connected)),
+      disconnected_(std::move(disconnected)),
+      firstTime_([this] { this->connected(); }) {
+  bus_.listeners_.push_back(this);
+  if (bus_.connection_ != nullptr) {
+    firstTime_.callSoon();
+  }
+}
+
+SessionBus::Listener::~Listener() {
+  bus_.listeners_.remove(this);
+}
+
+void SessionBus::Listener::connected() {
+  firstTime_.cancel();
+  isConnected_ = true;
+  connected_(bus_.connection_.get());
+}
+
+void SessionBus::Listener::disconnected() {
+  firstTime_.cancel();
+  if (std::exchange(isConnected_, false)) {
+    disconnected_();
+  }
 }
 
 }  // namespace audrel::linuxos

@@ -19,8 +19,6 @@ constexpr auto claimTimeout = 3s;
 /// The bus hands the activation over as soon as the name is there.
 constexpr auto activationAfterStart = 10s;
 
-constexpr auto firstRetryDelay = 500ms;
-
 // As the bus numbers them.
 constexpr guint32 doNotQueue = 4;
 constexpr guint32 someoneElseHasTheName = 3;
@@ -46,12 +44,12 @@ constexpr const char* interfaceXml = R"(
   </interface>
 </node>)";
 
-constexpr DesktopBus::Method requestNameMethod = {.service = "org.freedesktop.DBus",
+constexpr SessionBus::Method requestNameMethod = {.service = "org.freedesktop.DBus",
                                                   .path = "/org/freedesktop/DBus",
                                                   .interface = "org.freedesktop.DBus",
                                                   .member = "RequestName"};
 
-constexpr DesktopBus::Method activateMethod = {.service = identity::bundleIdentifier,
+constexpr SessionBus::Method activateMethod = {.service = identity::bundleIdentifier,
                                                .path = objectPath,
                                                .interface = "org.freedesktop.Application",
                                                .member = "Activate"};
@@ -95,7 +93,7 @@ constexpr GDBusInterfaceVTable table{onMethodCall, nullptr, nullptr, {}};
 
 }  // namespace
 
-ApplicationService::ApplicationService(Application& application, DesktopBus& bus,
+ApplicationService::ApplicationService(Application& application, SessionBus& bus,
                                        Notifier& notifier, std::shared_ptr<os::Logger> logger)
     : application_(application),
       bus_(bus),
@@ -103,18 +101,25 @@ ApplicationService::ApplicationService(Application& application, DesktopBus& bus
       logger_(std::move(logger)),
       activationExpectedUntil_(expectedActivation()),
       perform_([this] { performNextCommand(); }, Reentry::allowed),
-      retries_(firstRetryDelay, [this] { connect(); }) {
-  bus_.setLossObserver([this] { connectionLost(); });
-}
-
-ApplicationService::~ApplicationService() {
-  bus_.setLossObserver({});
-}
+      listener_(
+          bus,
+          [this](GDBusConnection* connection) {
+            if (claim_) {  // else the claim does it
+              requestName(connection);
+            }
+          },
+          [this] { object_.reset(); }) {}
 
 // The name
 
 ApplicationService::Claim ApplicationService::claim() {
-  connect();
+  bus_.withConnection([this](GDBusConnection* connection, const std::string& /*failure*/) {
+    if (connection == nullptr) {
+      decide(Claim::first);
+    } else if (!object_) {
+      requestName(connection);
+    }
+  });
   LoopSource timeout([this] { giveUpWaiting(); });
   timeout.callAfter(claimTimeout);
   const MainContextHandle context = mainContext();
@@ -135,33 +140,20 @@ void ApplicationService::giveUpWaiting() {
   decide(otherHasName_ ? Claim::runsAlready : Claim::first);
 }
 
-void ApplicationService::connect() {
-  bus_.withConnection([this](GDBusConnection* connection, const std::string& /*failure*/) {
-    if (connection != nullptr) {
-      requestName(connection);
-    } else if (claim_) {
-      retries_.attemptAgain();
-    } else {
-      decide(Claim::first);
-    }
-  });
-}
-
 void ApplicationService::requestName(GDBusConnection* connection) {
   // Whoever sees the name may call.
   object_.emplace(connection, objectPath, interfaceXml, table, this);
   bus_.call(requestNameMethod, g_variant_new("(su)", identity::bundleIdentifier, doNotQueue),
-            [this](const DesktopBus::Answer& answer) { nameAnswered(answer); });
+            [this](const SessionBus::Answer& answer) { nameAnswered(answer); });
 }
 
-void ApplicationService::nameAnswered(const DesktopBus::Answer& answer) {
+void ApplicationService::nameAnswered(const SessionBus::Answer& answer) {
   guint32 result = 0;
   if (answer.values != nullptr &&
       g_variant_check_format_string(answer.values.get(), "(u)", FALSE)) {
     g_variant_get(answer.values.get(), "(u)", &result);
   }
   if (result != someoneElseHasTheName) {
-    retries_.reset();
     decide(Claim::first);
     return;
   }
@@ -176,19 +168,12 @@ void ApplicationService::nameAnswered(const DesktopBus::Answer& answer) {
 
 void ApplicationService::activateOther() {
   bus_.call(activateMethod, g_variant_new("(a{sv})", nullptr),
-            [this](const DesktopBus::Answer& answer) {
+            [this](const SessionBus::Answer& answer) {
               if (answer.values == nullptr) {
                 giveUpWaiting();
               }
               decide(Claim::runsAlready);
             });
-}
-
-void ApplicationService::connectionLost() {
-  if (object_) {
-    object_.reset();
-    retries_.attemptAgain();
-  }
 }
 
 // What the desktop asks

@@ -9,9 +9,8 @@
 #include <vector>
 
 #include "platform/Log.h"
-#include "platform/linux/bus/DesktopBus.h"
 #include "platform/linux/bus/ExportedObject.h"
-#include "platform/linux/loop/BackOff.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/loop/LoopSource.h"
 #include "platform/linux/session/Notifier.h"
 #include "platform/linux/tray/Application.h"
@@ -46,9 +45,8 @@ class ApplicationService {
   };
 
   /// The references must outlive it.
-  ApplicationService(Application& application, DesktopBus& bus, Notifier& notifier,
+  ApplicationService(Application& application, SessionBus& bus, Notifier& notifier,
                      std::shared_ptr<os::Logger> logger);
-  ~ApplicationService();
   ApplicationService(const ApplicationService&) = delete;
   ApplicationService& operator=(const ApplicationService&) = delete;
 
@@ -71,18 +69,16 @@ class ApplicationService {
  private:
   using Command = void (ApplicationCommands::*)();
 
-  void connect();
   void requestName(GDBusConnection* connection);
-  void nameAnswered(const DesktopBus::Answer& answer);
+  void nameAnswered(const SessionBus::Answer& answer);
   void activateOther();
   void notifyRunning();
   void decide(Claim claim);
   void giveUpWaiting();
-  void connectionLost();
   void performNextCommand();
 
   Application& application_;
-  DesktopBus& bus_;
+  SessionBus& bus_;
   Notifier& notifier_;
   std::shared_ptr<os::Logger> logger_;
   std::optional<ExportedObject> object_;
@@ -96,7 +92,7 @@ class ApplicationService {
   std::optional<std::weak_ptr<ApplicationCommands>> commands_;
   std::deque<Command> waiting_;
   LoopSource perform_;
-  BackOff retries_;
+  SessionBus::Listener listener_;
 };
 
 }  // namespace audrel::linuxos

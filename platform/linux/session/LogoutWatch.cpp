@@ -2,11 +2,11 @@
 
 namespace audrel::linuxos {
 
-LogoutWatch::LogoutWatch(Application& application)
+LogoutWatch::LogoutWatch(Application& application, SessionBus& bus)
     : application_(application),
-      bus_({.connected = [this](GDBusConnection* connection) { join(connection); },
-            .disconnected = [this] { clients_.clear(); }},
-           nullptr) {}
+      listener_(
+          bus, [this](GDBusConnection* connection) { join(connection); },
+          [this] { clients_.clear(); }) {}
 
 void LogoutWatch::join(GDBusConnection* connection) {
   for (const SessionManagerNames& manager : sessionManagers) {

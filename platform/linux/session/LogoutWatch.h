@@ -15,8 +15,8 @@ namespace audrel::linuxos {
 /// Never objects to a logout. Main thread.
 class LogoutWatch {
  public:
-  /// `application` must outlive this object.
-  explicit LogoutWatch(Application& application);
+  /// Both must outlive this object.
+  LogoutWatch(Application& application, SessionBus& bus);
 
  private:
   void join(GDBusConnection* connection);
@@ -24,7 +24,7 @@ class LogoutWatch {
   Application& application_;
   std::list<SessionClient>
       clients_;  ///< of every session manager that is known; none without a bus
-  SessionBus bus_;
+  SessionBus::Listener listener_;
 };
 
 }  // namespace audrel::linuxos

@@ -10,7 +10,7 @@ namespace audrel::linuxos {
 
 namespace {
 
-constexpr DesktopBus::Method method(const char* member) {
+constexpr SessionBus::Method method(const char* member) {
   return {.service = "org.freedesktop.Notifications",
           .path = "/org/freedesktop/Notifications",
           .interface = "org.freedesktop.Notifications",
@@ -18,7 +18,7 @@ constexpr DesktopBus::Method method(const char* member) {
 }
 
 /// Whether the answer's one list of texts has `text`.
-bool lists(const DesktopBus::Answer& answer, std::string_view text) {
+bool lists(const SessionBus::Answer& answer, std::string_view text) {
   if (answer.values == nullptr ||
       g_variant_is_of_type(answer.values.get(), G_VARIANT_TYPE("(as)")) == FALSE) {
     return false;
@@ -33,7 +33,7 @@ bool lists(const DesktopBus::Answer& answer, std::string_view text) {
 }
 
 /// 0 when the answer is none.
-std::uint32_t numberIn(const DesktopBus::Answer& answer) {
+std::uint32_t numberIn(const SessionBus::Answer& answer) {
   guint32 number = 0;
   if (g_variant_is_of_type(answer.values.get(), G_VARIANT_TYPE("(u)")) == TRUE) {
     g_variant_get(answer.values.get(), "(u)", &number);
@@ -62,7 +62,7 @@ GVariant* hintsOf(const Notification& notification) {
 
 }  // namespace
 
-Notifier::Notifier(DesktopBus& bus, std::shared_ptr<os::Logger> logger)
+Notifier::Notifier(SessionBus& bus, std::shared_ptr<os::Logger> logger)
     : bus_(bus), logger_(std::move(logger)) {}
 
 void Notifier::notify(Notification notification) {
@@ -73,7 +73,7 @@ void Notifier::notify(Notification notification) {
   notification.summary = madeValid(notification.summary);
   notification.body = madeValid(notification.body);
   bus_.call(method("GetCapabilities"), nullptr,
-            [this, notification = std::move(notification)](const DesktopBus::Answer& answer) {
+            [this, notification = std::move(notification)](const SessionBus::Answer& answer) {
               if (answer.values == nullptr) {
                 done(notification, answer);
               } else {
@@ -94,10 +94,10 @@ void Notifier::show(const Notification& notification, BodyFormat format) {
                           former == lastOfTag_.end() ? none : former->second,
                           identity::bundleIdentifier, notification.summary.c_str(), body.c_str(),
                           nullptr, hintsOf(notification), desktopsOwnDuration),
-            [this, notification](const DesktopBus::Answer& answer) { done(notification, answer); });
+            [this, notification](const SessionBus::Answer& answer) { done(notification, answer); });
 }
 
-void Notifier::done(const Notification& notification, const DesktopBus::Answer& answer) {
+void Notifier::done(const Notification& notification, const SessionBus::Answer& answer) {
   --onTheirWay_;
   tagsOnTheirWay_.erase(notification.tag);
   if (!answer.failure.empty()) {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/Log.h"
-#include "platform/linux/bus/DesktopBus.h"
+#include "platform/linux/bus/SessionBus.h"
 
 namespace audrel::linuxos {
 
@@ -27,7 +27,7 @@ struct Notification {
 /// Shows the desktop's notifications. Where it has none, their text goes to the log. Main thread.
 class Notifier {
  public:
-  Notifier(DesktopBus& bus, std::shared_ptr<os::Logger> logger);
+  Notifier(SessionBus& bus, std::shared_ptr<os::Logger> logger);
 
   /// Returns at once.
   void notify(Notification notification);
@@ -39,9 +39,9 @@ class Notifier {
   enum class BodyFormat { plain, markup };
 
   void show(const Notification& notification, BodyFormat format);
-  void done(const Notification& notification, const DesktopBus::Answer& answer);
+  void done(const Notification& notification, const SessionBus::Answer& answer);
 
-  DesktopBus& bus_;
+  SessionBus& bus_;
   std::shared_ptr<os::Logger> logger_;
   int onTheirWay_ = 0;
   std::set<std::string> tagsOnTheirWay_;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* systemPreferences = "x-apple.systempreferences:";
 
-constexpr DesktopBus::Method showItems = {.service = "org.freedesktop.FileManager1",
+constexpr SessionBus::Method showItems = {.service = "org.freedesktop.FileManager1",
                                           .path = "/org/freedesktop/FileManager1",
                                           .interface = "org.freedesktop.FileManager1",
                                           .member = "ShowItems"};
@@ -61,7 +61,7 @@ void Workspace::activateFileViewerSelecting(const std::vector<std::filesystem::p
     return;
   }
   bus_.call(showItems, showItemsArguments(files),
-            [this, file = files.front()](const DesktopBus::Answer& answer) {
+            [this, file = files.front()](const SessionBus::Answer& answer) {
               if (answer.values == nullptr) {
                 openFolderOf(file);
               }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/AppKit.h"
-#include "platform/linux/bus/DesktopBus.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/session/Notifier.h"
 
 namespace audrel::linuxos {
@@ -11,7 +11,7 @@ namespace audrel::linuxos {
 class Workspace final : public NS::Workspace {
  public:
   /// Both must outlive it, and be called back no more once it has gone.
-  Workspace(DesktopBus& bus, Notifier& notifier) : bus_(bus), notifier_(notifier) {}
+  Workspace(SessionBus& bus, Notifier& notifier) : bus_(bus), notifier_(notifier) {}
 
   /// The program's link to the privacy settings opens this desktop's own; everything else the
   /// user's program for it.
@@ -23,7 +23,7 @@ class Workspace final : public NS::Workspace {
  private:
   void openFolderOf(const std::filesystem::path& file);
 
-  DesktopBus& bus_;
+  SessionBus& bus_;
   Notifier& notifier_;
 };
 

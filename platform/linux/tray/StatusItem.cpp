@@ -27,18 +27,18 @@ StatusItem::OnBus::OnBus(GDBusConnection* connection, const StatusItemLook& look
                          const std::shared_ptr<os::Logger>& logger)
     : item(connection, look), menu(connection, presenter), registration(connection, logger) {}
 
-StatusItem::StatusItem(const Application& application, IconTheme icons,
+StatusItem::StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
                        std::shared_ptr<os::Logger> logger)
     : icons_(std::move(icons)),
       logger_(std::move(logger)),
       presenter_(MenuPresenter::make(application)),
       button_([this] { updateLook(); }),
-      bus_({.connected =
-                [this](GDBusConnection* connection) {
-                  onBus_.emplace(connection, look_, presenter_, logger_);
-                },
-            .disconnected = [this] { onBus_.reset(); }},
-           logger_) {}
+      listener_(
+          bus,
+          [this](GDBusConnection* connection) {
+            onBus_.emplace(connection, look_, presenter_, logger_);
+          },
+          [this] { onBus_.reset(); }) {}
 
 void StatusItem::setMenu(std::shared_ptr<NS::Menu> menu) {
   presenter_->setMenu(std::static_pointer_cast<Menu>(std::move(menu)));

@@ -41,12 +41,13 @@ class StatusBarButton final : public NS::StatusBarButton {
 };
 
 /// A status item, shown by whatever panel the session has, whenever it has one: it survives that
-/// panel and the bus. It has a bus connection of its own, and with it a name that tells it from
-/// another item. May be dropped inside its own menu's callbacks. Main thread.
+/// panel and the bus. One on a connection, whose name tells it from another program's item. May be
+/// dropped inside its own menu's callbacks. Main thread.
 class StatusItem final : public NS::StatusItem {
  public:
-  /// `application` must outlive the item.
-  StatusItem(const Application& application, IconTheme icons, std::shared_ptr<os::Logger> logger);
+  /// `application` and `bus` must outlive the item.
+  StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
+             std::shared_ptr<os::Logger> logger);
 
   NS::StatusBarButton* button() override { return &button_; }
 
@@ -80,8 +81,8 @@ class StatusItem final : public NS::StatusItem {
   StatusBarButton button_;
   std::optional<Picture> shownPicture_;
   StatusItemLook look_;
-  SessionBus bus_;
   std::optional<OnBus> onBus_;
+  SessionBus::Listener listener_;
 };
 
 }  // namespace audrel::linuxos

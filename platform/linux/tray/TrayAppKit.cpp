@@ -24,7 +24,7 @@ TrayAppKit::~TrayAppKit() {
 
 std::shared_ptr<NS::StatusItem> TrayAppKit::makeStatusItem(double /*length*/) {
   const auto item =
-      std::make_shared<StatusItem>(parts_.application, parts_.icons,
+      std::make_shared<StatusItem>(parts_.application, parts_.bus, parts_.icons,
                                    parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"));
   statusItem_ = item;
   return item;

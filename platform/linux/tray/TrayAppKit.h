@@ -12,11 +12,13 @@
 
 namespace audrel::linuxos {
 
+class SessionBus;
 class StatusItem;
 
 /// What the tray's AppKit is put together from. The references must outlive it.
 struct TrayParts {
   Application& application;
+  SessionBus& bus;
   NS::Workspace& workspace;
   std::function<std::unique_ptr<NS::Alert>()> makeAlert;
   IconTheme icons;

@@ -34,7 +34,7 @@ struct SecondStart {
       : notifier(bus, log), service(application, bus, notifier, log) {}
 
   Application application;
-  DesktopBus bus;
+  SessionBus bus;
   Notifier notifier;
   ApplicationService service;
 };
@@ -46,10 +46,10 @@ class ApplicationServiceTest : public sessiontest::SessionTest {
     return callTo({name, path, "org.freedesktop.Application", member}, arguments);
   }
 
-  std::string callTo(const DesktopBus::Method& method, GVariant* arguments) {
+  std::string callTo(const SessionBus::Method& method, GVariant* arguments) {
     std::optional<std::string> failure;
     desktop.call(method, arguments,
-                 [&](const DesktopBus::Answer& answer) { failure = answer.failure; });
+                 [&](const SessionBus::Answer& answer) { failure = answer.failure; });
     runLoopUntil([&] { return failure.has_value(); });
     return failure.value_or("no answer");
   }
@@ -71,7 +71,7 @@ class ApplicationServiceTest : public sessiontest::SessionTest {
     runLoopUntil([] { return false; }, 50ms);
   }
 
-  DesktopBus desktop;
+  SessionBus desktop;
   Application application;
   ApplicationService service{application, bus, notifier, log};
   std::shared_ptr<Program> program = std::make_shared<Program>();

@@ -110,8 +110,10 @@ TEST_F(NotifierTest, logsTheTextAtOnceWhereThereIsNoBus) {
   const fakes::ScopedVariable noAddress("DBUS_SESSION_BUS_ADDRESS", "");
   const fakes::ScopedVariable noRuntimeFolder("XDG_RUNTIME_DIR", "/nonexistent");
   notifier.notify({.summary = "Title", .body = "Text"});
-  EXPECT_THAT(log->lines, ElementsAre("error: Title: Text (no notification could be shown: this "
-                                      "session has no bus)"));
+  EXPECT_THAT(
+      log->lines,
+      ElementsAre("error: Title: Text (no notification could be shown: no session bus: neither "
+                  "DBUS_SESSION_BUS_ADDRESS nor a bus in XDG_RUNTIME_DIR names one)"));
 }
 
 TEST_F(NotifierTest, logsTheTextWhereTheBusHasCrashed) {
@@ -125,7 +127,7 @@ TEST_F(NotifierTest, findsABusThatWasStartedAgain) {
   notifier.notify({.summary = "first", .body = ""});
   ASSERT_TRUE(settle());
   bool isLost = false;
-  bus.setLossObserver([&] { isLost = true; });
+  const SessionBus::Listener listener(bus, [](GDBusConnection*) {}, [&] { isLost = true; });
   privateBus.crash();
   ASSERT_TRUE(runLoopUntil([&] { return isLost; }));
   privateBus.restart();
@@ -138,7 +140,7 @@ TEST_F(NotifierTest, findsABusThatWasStartedAgain) {
 TEST_F(NotifierTest, isHandedNoConnectionThatIsClosedByThen) {
   int losses = 0;
   std::vector<bool> handedOver;
-  bus.setLossObserver([&] { ++losses; });
+  const SessionBus::Listener listener(bus, [](GDBusConnection*) {}, [&] { ++losses; });
   bus.withConnection([&](GDBusConnection* connection, const std::string&) {
     handedOver.push_back(connection != nullptr);
   });
@@ -152,13 +154,13 @@ TEST_F(NotifierTest, isHandedNoConnectionThatIsClosedByThen) {
 }
 
 TEST_F(NotifierTest, callsNobodyBackOnceTheBusObjectHasGone) {
-  auto local = std::make_unique<DesktopBus>();
+  auto local = std::make_unique<SessionBus>();
   int answers = 0;
-  const auto count = [&answers](const DesktopBus::Answer&) { ++answers; };
-  constexpr DesktopBus::Method unknown{"org.nobody", "/", "org.nobody", "Nothing"};
+  const auto count = [&answers](const SessionBus::Answer&) { ++answers; };
+  constexpr SessionBus::Method unknown{"org.nobody", "/", "org.nobody", "Nothing"};
   local->call(unknown, nullptr, count);
   local.reset();
-  auto second = std::make_unique<DesktopBus>();
+  auto second = std::make_unique<SessionBus>();
   second->call(unknown, nullptr, count);
   ASSERT_TRUE(runLoopUntil([&] { return answers == 1; }));
   second->call(unknown, nullptr, count);

@@ -92,7 +92,7 @@ TEST_F(WorkspaceTest, survivesTheEndOfTheBusAfterSomethingWasOpened) {
   EXPECT_TRUE(workspace.openURL({"https://example.org/"}));
   EXPECT_THAT(applications().takeStarted(), ElementsAre("browser https://example.org/"));
   bool isLost = false;
-  bus.setLossObserver([&] { isLost = true; });
+  const SessionBus::Listener listener(bus, [](GDBusConnection*) {}, [&] { isLost = true; });
   bus.withConnection(
       [](GDBusConnection* connection, const std::string&) { EXPECT_NE(connection, nullptr); });
   notifier.notify({.summary = "", .body = ""});

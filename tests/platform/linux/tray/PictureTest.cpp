@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/system/Log.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
@@ -55,7 +56,9 @@ class PictureTest : public testing::Test {
   Log log{os::LogLevel::error};
   NoWorkspace workspace;
   Application application;
+  SessionBus bus;
   TrayAppKit appKit{{.application = application,
+                     .bus = bus,
                      .workspace = workspace,
                      .makeAlert = [] { return nullptr; },
                      .icons = IconTheme(std::filesystem::path()),

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/Log.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/session/LogoutWatch.h"
 #include "platform/linux/tray/Application.h"
@@ -38,6 +39,7 @@ using audrel::linuxos::IconTheme;
 using audrel::linuxos::LogoutWatch;
 using audrel::linuxos::ModalSession;
 using audrel::linuxos::RunLoop;
+using audrel::linuxos::SessionBus;
 using audrel::linuxos::TrayAppKit;
 
 void say(const std::string& line) {
@@ -289,7 +291,9 @@ int main(int argc, char** argv) {
   SayingLog log;
   NoWorkspace workspace;
   Application application;
+  SessionBus bus(log.makeLogger("io.example", "test"));
   TrayAppKit appKit({.application = application,
+                     .bus = bus,
                      .workspace = workspace,
                      .makeAlert = [] { return nullptr; },
                      .icons = IconTheme(argc > 1 ? argv[1] : ""),
@@ -297,7 +301,7 @@ int main(int argc, char** argv) {
   auto program = std::make_shared<Program>(application, appKit);
   application.setDelegate(program);
   CommandReader reader(*program);
-  const LogoutWatch logout(application);
+  const LogoutWatch logout(application, bus);
   application.run();
   program.reset();
   say("ended");

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "platform/linux/bus/DesktopBus.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/session/Notifier.h"
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/session/harness/MemoryLogger.h"
@@ -37,7 +37,7 @@ class SessionTest : public testing::Test {
   traytest::PrivateBus privateBus;
   fakes::ScopedVariable address{"DBUS_SESSION_BUS_ADDRESS", privateBus.address().c_str()};
   std::shared_ptr<MemoryLogger> log = std::make_shared<MemoryLogger>();
-  linuxos::DesktopBus bus;
+  linuxos::SessionBus bus;
   linuxos::Notifier notifier{bus, log};
 };
 
