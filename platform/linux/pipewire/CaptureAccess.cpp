@@ -13,8 +13,8 @@ namespace audrel::linuxos {
 
 namespace {
 
-using MainLoopHandle = std::unique_ptr<pw_main_loop, Destroyer<pw_main_loop_destroy>>;
-using CoreHandle = std::unique_ptr<pw_core, Destroyer<pw_core_disconnect>>;
+using MainLoopHandle = std::unique_ptr<pw_main_loop, Releaser<pw_main_loop_destroy>>;
+using CoreHandle = std::unique_ptr<pw_core, Releaser<pw_core_disconnect>>;
 
 constexpr timespec answerTimeout{.tv_sec = 2, .tv_nsec = 0};
 
