@@ -78,7 +78,7 @@ function(macos_check name)
 endfunction()
 
 set(check "${CMAKE_CURRENT_SOURCE_DIR}/check-program.py")
-set(known "${CMAKE_CURRENT_SOURCE_DIR}/exports.txt" "${PROJECT_SOURCE_DIR}/ui/MenuBuilder.cpp")
+set(known "${CMAKE_CURRENT_SOURCE_DIR}/exports.txt" "${PROJECT_SOURCE_DIR}/platform/Selectors.h")
 foreach(program audrel audrel-record)
   macos_check(macos_program_${program} "${check}" "${plain}/${program}" ${known})
   macos_check(macos_program_${program}_with_updater

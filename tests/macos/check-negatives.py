@@ -51,7 +51,7 @@ def source_failures(sdk, folder):
         yield f"only {len(names)} files in negatives/"
 
 
-def check_program(path, menu=f"{SOURCE}/ui/MenuBuilder.cpp", exports=f"{HERE}/exports.txt"):
+def check_program(path, menu=f"{SOURCE}/platform/Selectors.h", exports=f"{HERE}/exports.txt"):
     return subprocess.run([f"{HERE}/check-program.py", path, exports, menu], capture_output=True,
                           text=True)
 

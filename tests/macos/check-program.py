@@ -4,7 +4,7 @@
 check-program.py FILE EXPORTS MENU_ACTIONS [--sparkle]
   FILE          universal Mach-O
   EXPORTS       tests/macos/exports.txt
-  MENU_ACTIONS  ui/MenuBuilder.cpp, which names the selectors of the menu
+  MENU_ACTIONS  platform/Selectors.h, which names the selectors of the menu
 """
 import argparse
 import re
@@ -79,7 +79,7 @@ def complaints(options):
         images = macho.slices(file.read())
     yield from differences("architecture", images, ARCHITECTURES)
     with open(options.menu_actions, encoding="utf-8") as file:
-        actions = set(re.findall(r'selector\("(\w+:)"\)', file.read()))
+        actions = set(re.findall(r'"(\w+:)"', file.read()))
     if len(actions) != 10:
         yield f"the menu has {len(actions)} actions, not 10"
     exports = exports_by_library(options.exports)
