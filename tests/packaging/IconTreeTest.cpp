@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/linux/tray/GLibHandles.h"
+#include "platform/linux/loop/GLibHandles.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Pixmap.h"
 #include "platform/linux/tray/Symbols.h"
