@@ -106,8 +106,10 @@ TEST(Options, errorsNameTheWordAndWhatToTypeInstead) {
   EXPECT_EQ(usageError({"--format", "mp3"}),
             "'mp3' is no format: write --format m4a or --format wav.");
   EXPECT_THAT(usageError({"--duration", "soon"}), AllOf(HasSubstr("'soon'"), HasSubstr("1:30")));
-  EXPECT_THAT(usageError({"--app", ""}), HasSubstr("--app got an empty word"));
-  EXPECT_THAT(usageError({"--output", ""}), HasSubstr("--output got an empty word"));
+  EXPECT_EQ(usageError({"--app", ""}),
+            "--app got an empty word: give it a name, bundle identifier, pid or \"#\" object id.");
+  EXPECT_EQ(usageError({"--output", ""}),
+            "--output got an empty word: give it the name of a file.");
 }
 
 TEST(Options, whatRecordsIsNoUseForAList) {
