@@ -18,6 +18,7 @@ constexpr auto retryPeriod = 200ms;
 
 // What a stream of ours may bring in one cycle. By default that is as much as a graph's largest
 // cycle has, and of one whose rate is lower than the stream's the rest would be dropped.
+constexpr const char* limitKey = "default.clock.quantum-limit";
 constexpr const char* mostFrames = "65536";
 
 /// 0.3 gives a client's data thread its real-time priority only under a configuration of its own,
@@ -110,6 +111,13 @@ std::string noContextText(const std::string& /*remote*/, int error) {
 
 const pw_core_events Connection::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
+    .info =
+        [](void* self, const pw_core_info* /*info*/) {
+          // Since 1.x a context takes over what the server has for itself, just before this.
+          const spa_dict_item limit{.key = limitKey, .value = mostFrames};
+          const spa_dict properties{.flags = 0, .n_items = 1, .items = &limit};
+          pw_context_update_properties(static_cast<Connection*>(self)->context_.get(), &properties);
+        },
     .done =
         [](void* data, std::uint32_t id, int sequence) {
           auto* self = static_cast<Connection*>(data);
@@ -188,11 +196,10 @@ bool Connection::ensureConnected() {
 
 bool Connection::connect() {
   if (!context_) {
-    context_.reset(
-        pw_context_new(pw_thread_loop_get_loop(loop_.get()),
-                       pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(),
-                                         "default.clock.quantum-limit", mostFrames, nullptr),
-                       0));
+    context_.reset(pw_context_new(
+        pw_thread_loop_get_loop(loop_.get()),
+        pw_properties_new(PW_KEY_CONFIG_NAME, clientConfiguration(), limitKey, mostFrames, nullptr),
+        0));
   }
   if (!context_) {
     return fail(noContextText, errno);
