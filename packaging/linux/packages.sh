@@ -66,6 +66,7 @@ testPackages=(
 # Where every warning is known, so that ./test makes errors of them: elsewhere they stop nobody.
 provenSystems=(
   'debian 12, g++ 12, clang 14'
+  'debian 13, g++ 14, clang 19'
 )
 
 # The same words for this machine. $1: what stands for /etc/os-release.

@@ -11,6 +11,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 DEBIAN_12 = 'ID=debian\nVERSION_ID="12"\n'
+DEBIAN_13 = 'ID=debian\nVERSION_ID="13"\n'
 
 
 def call(command, **options):
@@ -56,11 +57,14 @@ class ProvenSystemsTest(ScratchTest):
     def test_a_system_is_its_release_and_its_compilers(self):
         self.assertEqual(self.is_proven(DEBIAN_12, "12", "14.0.6"),
                          ("debian 12, g++ 12, clang 14", True))
+        self.assertEqual(self.is_proven(DEBIAN_13, "14", "19.1.7"),
+                         ("debian 13, g++ 14, clang 19", True))
 
     def test_another_release_or_compiler_is_not_proven(self):
         for release, gcc, clang, name in (
                 (DEBIAN_12, "13", "14.0.6", "debian 12, g++ 13, clang 14"),
                 (DEBIAN_12, "12", "19.1.7", "debian 12, g++ 12, clang 19"),
+                (DEBIAN_13, "12", "19.1.7", "debian 13, g++ 12, clang 19"),
                 ("ID=ubuntu\nVERSION_ID=12\n", "12", "14.0.6", "ubuntu 12, g++ 12, clang 14"),
                 ("ID=debian\n", "12", "14.0.6", "debian , g++ 12, clang 14")):
             with self.subTest(name):
