@@ -6,6 +6,7 @@
 #include "platform/linux/files/AudioFramework.h"
 #include "platform/linux/pipewire/CaptureAccess.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/session/SuspendInhibitor.h"
 #include "platform/linux/system/Clock.h"
 #include "platform/linux/system/Collation.h"
@@ -22,9 +23,8 @@ namespace {
 class LinuxPlatform final : public NativePlatform {
  public:
   LinuxPlatform() {
-    hardware_.setRunObserver([this](CaptureHardware::Running running) {
-      running == CaptureHardware::Running::yes ? inhibitor_.hold() : inhibitor_.release();
-    });
+    hardware_.setRunObserver(
+        [this](std::size_t running) { running > 0 ? inhibitor_.hold() : inhibitor_.release(); });
   }
 
   Platform interfaces() override {
@@ -60,28 +60,34 @@ class LinuxPlatform final : public NativePlatform {
       return failure;
     }
     demoPlayer_ = MelodyPlayer::start(demoServer_->socketPath());
-    if (!demoPlayer_ || !hardware_.useServer(demoServer_->socketPath())) {
+    connection_.useServer(demoServer_->socketPath());
+    if (!demoPlayer_ || !isAnswered()) {
       return "The demo's audio server started, but does not play: the machine may be overloaded; "
              "try again.";
     }
-    captureAccess_.useServer(demoServer_->socketPath());
     demoServer_->removeFolder();
     return std::nullopt;
   }
 
  private:
+  bool isAnswered() {
+    const LoopLock lock(connection_.loop());
+    return connection_.ensureConnected() && connection_.roundTrip();
+  }
+
   // Errors alone: on a terminal, progress is the command line's to show.
   Log log_{os::LogLevel::error};
   Clock clock_;
   UUIDFactory uuids_;
   Collation collation_{userCollationLocale()};
   FileManager fileManager_;
-  CaptureAccess captureAccess_{log_};
   Dispatch dispatch_;
   AudioFramework audioFramework_{log_};
   SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
   std::unique_ptr<PrivateServer> demoServer_;
-  CaptureHardware hardware_{log_, uuids_};
+  Connection connection_;
+  CaptureAccess captureAccess_{connection_, log_};
+  CaptureHardware hardware_{connection_, log_, uuids_};
   std::unique_ptr<MelodyPlayer> demoPlayer_;
   std::optional<LinuxDesktop> desktop_;
 };

@@ -51,8 +51,9 @@ std::unique_ptr<MelodyPlayer> MelodyPlayer::start(const std::string& socketPath)
   return player->play() ? std::move(player) : nullptr;
 }
 
-MelodyPlayer::MelodyPlayer(const std::string& socketPath)
-    : connection_(socketPath), melody_(rate) {}
+MelodyPlayer::MelodyPlayer(const std::string& socketPath) : melody_(rate) {
+  connection_.useServer(socketPath);
+}
 
 MelodyPlayer::~MelodyPlayer() {
   const LoopLock lock(connection_.loop());

@@ -6,6 +6,7 @@
 
 #include "platform/CoreGraphics.h"
 #include "platform/Log.h"
+#include "platform/linux/pipewire/Connection.h"
 
 namespace audrel::linuxos {
 
@@ -19,22 +20,18 @@ namespace audrel::linuxos {
 /// alone, and that for devices is there for microphones and cameras, to be asked by audio servers.
 class CaptureAccess final : public CG::CaptureAccess {
  public:
-  explicit CaptureAccess(os::Log& log);
+  CaptureAccess(Connection& connection, os::Log& log);
 
-  /// From now on the server at that socket is meant.
-  void useServer(const std::string& socketPath) { remote_ = socketPath; }
-
-  /// Asks the server, which takes some milliseconds, and two seconds when it does not answer.
+  /// Asks the server, which takes a millisecond, and two seconds when it does not answer.
   /// A refusal is logged with its reason.
   bool preflightScreenCaptureAccess() override;
   bool requestScreenCaptureAccess() override;
 
  private:
-  std::shared_ptr<os::Logger> logger_;
-  std::string remote_;  ///< empty for the server that the environment names
-};
+  std::optional<std::string> askServer();
 
-/// Why the server at the socket `remote` refuses; nothing when it does not, or is not there.
-std::optional<std::string> captureRefusal(const std::string& remote);
+  Connection& connection_;
+  std::shared_ptr<os::Logger> logger_;
+};
 
 }  // namespace audrel::linuxos

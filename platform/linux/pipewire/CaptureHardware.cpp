@@ -6,30 +6,7 @@
 
 #include "platform/Identity.h"
 
-namespace CA {
-
-/// One procedure on one device, and the stream that calls it while it runs.
-struct InstalledIOProc {
-  AudioDeviceIOProc procedure;
-  void* clientData;
-  std::unique_ptr<audrel::linuxos::TapDevice> running;
-};
-
-}  // namespace CA
-
 namespace audrel::linuxos {
-
-struct CaptureHardware::Device {
-  std::string uid;
-  CA::AudioObjectID tapID = 0;
-  std::vector<std::unique_ptr<CA::InstalledIOProc>> procedures;
-
-  CA::InstalledIOProc* find(CA::AudioDeviceIOProcID ioProcID) {
-    const auto found =
-        std::ranges::find(procedures, ioProcID, &decltype(procedures)::value_type::get);
-    return found == procedures.end() ? nullptr : found->get();
-  }
-};
 
 namespace {
 
@@ -66,25 +43,18 @@ CA::OSStatus copyOut(const void* data, std::size_t size, std::uint32_t* ioDataSi
 
 }  // namespace
 
-CaptureHardware::CaptureHardware(os::Log& log, NS::UUIDFactory& uuids)
-    : log_(log.makeLogger(identity::bundleIdentifier, "capture")),
-      uuids_(uuids),
-      connection_(std::make_unique<Connection>()) {
-  const LoopLock lock(connection_->loop());
-  connection_->setObserver(this);
+CaptureHardware::CaptureHardware(Connection& connection, os::Log& log, NS::UUIDFactory& uuids)
+    : connection_(connection),
+      log_(log.makeLogger(identity::bundleIdentifier, "capture")),
+      uuids_(uuids) {
+  const LoopLock lock(connection_.loop());
+  connection_.setObserver(this);
 }
 
 CaptureHardware::~CaptureHardware() {
-  const LoopLock lock(connection_->loop());
-  connection_->setObserver(nullptr);
+  const LoopLock lock(connection_.loop());
+  connection_.setObserver(nullptr);
   devices_.clear();
-}
-
-bool CaptureHardware::useServer(const std::string& socketPath) {
-  connection_ = std::make_unique<Connection>(socketPath);
-  const LoopLock lock(connection_->loop());
-  connection_->setObserver(this);
-  return requireServer() == CA::kAudioHardwareNoError;
 }
 
 // Failures
@@ -96,41 +66,34 @@ CA::OSStatus CaptureHardware::fail(CA::OSStatus status, std::string diagnosis) {
 
 CA::OSStatus CaptureHardware::requireServer() {
   diagnosis_.clear();
-  if (connection_->ensureConnected() && connection_->roundTrip()) {
+  if (connection_.ensureConnected() && connection_.roundTrip()) {
     return CA::kAudioHardwareNoError;
   }
-  return fail(CA::kAudioHardwareNotRunningError, connection_->failure());
+  return fail(CA::kAudioHardwareNotRunningError, connection_.failure());
 }
 
 std::optional<std::string> CaptureHardware::diagnosis() {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   return diagnosis_.empty() ? std::nullopt : std::optional(diagnosis_);
 }
 
 std::uint64_t CaptureHardware::lostFrames() {
-  const LoopLock lock(connection_->loop());
-  if (running_ != nullptr) {
-    for (const auto& procedure : running_->procedures) {
-      if (procedure->running) {
-        return procedure->running->lostFrames();
-      }
-    }
-  }
-  return lostFramesOfLastRun_;
+  const LoopLock lock(connection_.loop());
+  return devices_.lostFrames();
 }
 
 // Processes
 
 void CaptureHardware::learnProcesses() {
-  connection_->retainDetails();
-  connection_->roundTrip();
-  processes_.playing(connection_->graph());
-  connection_->releaseDetails();
+  connection_.retainDetails();
+  connection_.roundTrip();
+  processes_.playing(connection_.graph());
+  connection_.releaseDetails();
   forgetGoneProcesses();
 }
 
 void CaptureHardware::forgetGoneProcesses() {
-  processes_.forgetGone(connection_->graph(), [this](CA::AudioObjectID process) {
+  processes_.forgetGone(connection_.graph(), [this](CA::AudioObjectID process) {
     return std::ranges::any_of(taps_, [&](const auto& tap) {
       return std::ranges::count(tap.second.description.processes, process) > 0;
     });
@@ -138,7 +101,7 @@ void CaptureHardware::forgetGoneProcesses() {
 }
 
 std::optional<NS::RunningApplication> CaptureHardware::runningApplication(pid_t processIdentifier) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   const auto* process = processes_.findPid(processIdentifier);
   if (process == nullptr) {
     return std::nullopt;
@@ -154,7 +117,7 @@ CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& 
       return fail(CA::kAudioHardwareBadObjectError,
                   "No application has the object id " + std::to_string(id) + ".");
     }
-    if (!processes_.isAlive(*process, connection_->graph())) {
+    if (!processes_.isAlive(*process, connection_.graph())) {
       return fail(CA::kAudioHardwareBadObjectError,
                   process->name + " has quit: start it again and choose it again.");
     }
@@ -166,7 +129,7 @@ CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& 
 
 CA::OSStatus CaptureHardware::AudioHardwareCreateProcessTap(const CA::TapDescription& description,
                                                             CA::AudioObjectID* outTapID) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   if (const auto status = requireServer(); status != CA::kAudioHardwareNoError) {
     return status;
   }
@@ -176,17 +139,17 @@ CA::OSStatus CaptureHardware::AudioHardwareCreateProcessTap(const CA::TapDescrip
   *outTapID = nextID_++;
   taps_[*outTapID] = {.description = description,
                       .uid = uuids_.uuidString(),
-                      .rate = static_cast<double>(rateOf(connection_->graph()))};
+                      .rate = static_cast<double>(rateOf(connection_.graph()))};
   return CA::kAudioHardwareNoError;
 }
 
 CA::OSStatus CaptureHardware::AudioHardwareDestroyProcessTap(CA::AudioObjectID tapID) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   return taps_.erase(tapID) == 1 ? CA::kAudioHardwareNoError : CA::kAudioHardwareBadObjectError;
 }
 
 bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
-  const Graph& graph = connection_->graph();
+  const Graph& graph = connection_.graph();
   if (!isPlaybackStream(node) || !isIdentified(graph, node)) {
     return false;
   }
@@ -202,14 +165,11 @@ bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
 
 CA::OSStatus CaptureHardware::AudioHardwareCreateAggregateDevice(const CA::Description& description,
                                                                  CA::AudioObjectID* outDeviceID) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   const auto* uid = entry<std::string>(description, CA::kAudioAggregateDeviceUIDKey);
   const auto* list =
       entry<std::vector<CA::Description>>(description, CA::kAudioAggregateDeviceTapListKey);
   if (uid == nullptr || uid->empty() || list == nullptr || list->size() != 1) {
-    return CA::kAudioHardwareIllegalOperationError;
-  }
-  if (std::ranges::any_of(devices_, [&](const auto& other) { return other.second->uid == *uid; })) {
     return CA::kAudioHardwareIllegalOperationError;
   }
   const auto* tapUID = entry<std::string>(list->front(), CA::kAudioSubTapUIDKey);
@@ -219,25 +179,17 @@ CA::OSStatus CaptureHardware::AudioHardwareCreateAggregateDevice(const CA::Descr
   if (tap == taps_.end()) {
     return CA::kAudioHardwareBadObjectError;
   }
-  auto device = std::make_unique<Device>();
-  device->uid = *uid;
-  device->tapID = tap->first;
+  if (!devices_.add(nextID_, *uid, tap->first)) {
+    return CA::kAudioHardwareIllegalOperationError;
+  }
   *outDeviceID = nextID_++;
-  devices_[*outDeviceID] = std::move(device);
   return CA::kAudioHardwareNoError;
 }
 
 CA::OSStatus CaptureHardware::AudioHardwareDestroyAggregateDevice(CA::AudioObjectID deviceID) {
-  const LoopLock lock(connection_->loop());
-  const auto device = devices_.find(deviceID);
-  if (device == devices_.end()) {
-    return CA::kAudioHardwareBadDeviceError;
-  }
-  if (running_ == device->second.get()) {
-    running_ = nullptr;
-  }
-  devices_.erase(device);
-  return CA::kAudioHardwareNoError;
+  return telling([&] {
+    return devices_.remove(deviceID) ? CA::kAudioHardwareNoError : CA::kAudioHardwareBadDeviceError;
+  });
 }
 
 // IO procedures
@@ -246,114 +198,90 @@ CA::OSStatus CaptureHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device
                                                         CA::AudioDeviceIOProc procedure,
                                                         void* clientData,
                                                         CA::AudioDeviceIOProcID* outIOProcID) {
-  const LoopLock lock(connection_->loop());
-  const auto found = devices_.find(device);
-  if (found == devices_.end()) {
+  const LoopLock lock(connection_.loop());
+  const CA::AudioDeviceIOProcID installed = devices_.install(device, procedure, clientData);
+  if (installed == nullptr) {
     return CA::kAudioHardwareBadDeviceError;
   }
-  auto installed = std::make_unique<CA::InstalledIOProc>();
-  installed->procedure = procedure;
-  installed->clientData = clientData;
-  *outIOProcID = installed.get();
-  found->second->procedures.push_back(std::move(installed));
+  *outIOProcID = installed;
   return CA::kAudioHardwareNoError;
 }
 
 CA::OSStatus CaptureHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
                                                          CA::AudioDeviceIOProcID ioProcID) {
-  const LoopLock lock(connection_->loop());
-  const auto found = devices_.find(device);
-  if (found == devices_.end()) {
-    return CA::kAudioHardwareBadDeviceError;
-  }
-  const auto removed = std::erase_if(found->second->procedures, [&](const auto& installed) {
-    return installed.get() == ioProcID;
+  return telling([&] {
+    if (!devices_.tapOf(device)) {
+      return CA::kAudioHardwareBadDeviceError;
+    }
+    return devices_.uninstall(device, ioProcID) ? CA::kAudioHardwareNoError
+                                                : CA::kAudioHardwareIllegalOperationError;
   });
-  return removed == 1 ? CA::kAudioHardwareNoError : CA::kAudioHardwareIllegalOperationError;
 }
 
 CA::OSStatus CaptureHardware::AudioDeviceStart(CA::AudioObjectID device,
                                                CA::AudioDeviceIOProcID ioProcID) {
-  const auto status = startProcedure(device, ioProcID);
-  if (status == CA::kAudioHardwareNoError) {
-    tellRunning(Running::yes);
-  }
-  return status;
+  return telling([&] { return start(device, ioProcID); });
 }
 
 CA::OSStatus CaptureHardware::AudioDeviceStop(CA::AudioObjectID device,
                                               CA::AudioDeviceIOProcID ioProcID) {
-  const bool wasRunning = isRunning();
-  const auto status = stopProcedure(device, ioProcID);
-  if (wasRunning && !isRunning()) {
-    tellRunning(Running::no);
-  }
-  return status;
+  return telling([&] {
+    CA::InstalledIOProc* installed = devices_.find(device, ioProcID);
+    if (installed == nullptr) {
+      return CA::kAudioHardwareBadDeviceError;
+    }
+    devices_.stop(*installed);
+    return CA::kAudioHardwareNoError;
+  });
 }
 
-CA::OSStatus CaptureHardware::startProcedure(CA::AudioObjectID device,
-                                             CA::AudioDeviceIOProcID ioProcID) {
-  const LoopLock lock(connection_->loop());
-  const auto found = devices_.find(device);
-  CA::InstalledIOProc* installed =
-      found == devices_.end() ? nullptr : found->second->find(ioProcID);
-  if (installed == nullptr) {
+CA::OSStatus CaptureHardware::start(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID) {
+  CA::InstalledIOProc* installed = devices_.find(device, ioProcID);
+  const auto tapID = devices_.tapOf(device);
+  if (installed == nullptr || !tapID) {
     return CA::kAudioHardwareBadDeviceError;
   }
-  const auto tap = taps_.find(found->second->tapID);
+  const auto tap = taps_.find(*tapID);
   if (tap == taps_.end() || installed->running) {
     return CA::kAudioHardwareIllegalOperationError;
   }
   if (const auto status = requireServer(); status != CA::kAudioHardwareNoError) {
     return status;
   }
-  auto running = std::make_unique<TapDevice>(
-      *connection_, *log_, tap->second.rate,
-      [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
-      installed->procedure, installed->clientData);
-  installed->running = std::move(running);
-  if (auto failure = installed->running->start()) {
-    installed->running.reset();
-    return fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure));
-  }
-  running_ = found->second.get();
-  return CA::kAudioHardwareNoError;
+  auto failure = devices_.start(
+      *installed,
+      std::make_unique<TapDevice>(
+          connection_, *log_, tap->second.rate,
+          [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
+          installed->procedure, installed->clientData));
+  return failure ? fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure))
+                 : CA::kAudioHardwareNoError;
 }
 
-CA::OSStatus CaptureHardware::stopProcedure(CA::AudioObjectID device,
-                                            CA::AudioDeviceIOProcID ioProcID) {
-  const LoopLock lock(connection_->loop());
-  const auto found = devices_.find(device);
-  CA::InstalledIOProc* installed =
-      found == devices_.end() ? nullptr : found->second->find(ioProcID);
-  if (installed == nullptr) {
-    return CA::kAudioHardwareBadDeviceError;
-  }
-  if (installed->running) {
-    installed->running->stop();
-    lostFramesOfLastRun_ = installed->running->lostFrames();
-    installed->running.reset();
-    running_ = nullptr;
-    logLostFrames();
-  }
-  return CA::kAudioHardwareNoError;
+bool CaptureHardware::isRunning() const {
+  const LoopLock lock(connection_.loop());
+  return !devices_.running().empty();
 }
 
-void CaptureHardware::setRunObserver(std::function<void(Running)> observer) {
+void CaptureHardware::setRunObserver(std::function<void(std::size_t running)> observer) {
   runObserver_ = std::move(observer);
 }
 
-void CaptureHardware::tellRunning(Running running) const {
-  if (runObserver_) {
-    runObserver_(running);
+/// Makes a change under the lock, and tells the observer after it when others run now than before.
+CA::OSStatus CaptureHardware::telling(const std::function<CA::OSStatus()>& change) const {
+  std::size_t before = 0;
+  std::size_t after = 0;
+  CA::OSStatus status = CA::kAudioHardwareNoError;
+  {
+    const LoopLock lock(connection_.loop());
+    before = devices_.running().size();
+    status = change();
+    after = devices_.running().size();
   }
-}
-
-void CaptureHardware::logLostFrames() {
-  if (lostFramesOfLastRun_ > 0) {
-    log_->error("Frames lost by the audio server — " + std::to_string(lostFramesOfLastRun_) +
-                "; silence of the same length stands in the recording");
+  if (after != before && runObserver_) {
+    runObserver_(after);
   }
+  return status;
 }
 
 // Properties
@@ -376,12 +304,12 @@ CA::OSStatus CaptureHardware::systemData(std::uint32_t selector,
   switch (selector) {
     case CA::kAudioHardwarePropertyProcessObjectList:
       learnProcesses();
-      for (const auto* process : processes_.playing(connection_->graph())) {
+      for (const auto* process : processes_.playing(connection_.graph())) {
         outObjects->push_back(process->id);
       }
       return CA::kAudioHardwareNoError;
     case CA::kAudioHardwarePropertyDefaultOutputDevice: {
-      const GraphNode* sink = defaultSink(connection_->graph());
+      const GraphNode* sink = defaultSink(connection_.graph());
       if (sink == nullptr) {
         diagnosis_ =
             "There is no output device: connect one, or check what \"wpctl status\" lists.";
@@ -398,7 +326,7 @@ CA::OSStatus CaptureHardware::AudioObjectGetPropertyDataSize(
     CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
     std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/,
     std::uint32_t* outDataSize) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   if (object != CA::kAudioObjectSystemObject) {
     return CA::kAudioHardwareBadObjectError;
   }
@@ -412,7 +340,7 @@ CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
     CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
     std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/, std::uint32_t* ioDataSize,
     void* outData) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   if (object == CA::kAudioObjectSystemObject) {
     std::vector<CA::AudioObjectID> objects;
     if (const auto status = systemData(address.mSelector, &objects);
@@ -443,7 +371,7 @@ CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
     CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
     std::uint32_t /*qualifierDataSize*/, const void* /*qualifierData*/,
     std::uint32_t* /*ioDataSize*/, std::string* outText) {
-  const LoopLock lock(connection_->loop());
+  const LoopLock lock(connection_.loop());
   const std::string* text = nullptr;
   std::uint32_t selector = 0;
   if (const auto tap = taps_.find(object); tap != taps_.end()) {
@@ -469,22 +397,14 @@ CA::OSStatus CaptureHardware::AudioObjectGetPropertyData(
 
 void CaptureHardware::graphChanged() {
   forgetGoneProcesses();
-  for (const auto& [id, device] : devices_) {
-    for (const auto& procedure : device->procedures) {
-      if (procedure->running) {
-        procedure->running->graphChanged();
-      }
-    }
+  for (TapDevice* device : devices_.running()) {
+    device->graphChanged();
   }
 }
 
 void CaptureHardware::serverLost() {
-  for (const auto& [id, device] : devices_) {
-    for (const auto& procedure : device->procedures) {
-      if (procedure->running) {
-        procedure->running->serverLost();
-      }
-    }
+  for (TapDevice* device : devices_.running()) {
+    device->serverLost();
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -14,8 +15,8 @@
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/DeviceTable.h"
 #include "platform/linux/pipewire/ProcessTable.h"
-#include "platform/linux/pipewire/TapDevice.h"
 
 namespace audrel::linuxos {
 
@@ -26,23 +27,18 @@ class CaptureHardware final : public CA::AudioHardware,
                               public NS::RunningApplications,
                               private Connection::Observer {
  public:
-  CaptureHardware(os::Log& log, NS::UUIDFactory& uuids);
+  /// The only observer of the connection.
+  CaptureHardware(Connection& connection, os::Log& log, NS::UUIDFactory& uuids);
   ~CaptureHardware() override;
   CaptureHardware(const CaptureHardware&) = delete;
   CaptureHardware& operator=(const CaptureHardware&) = delete;
 
-  /// Connects to the server at that socket, which is the only one from now on; whether it answers.
-  /// Before anything else was asked.
-  bool useServer(const std::string& socketPath);
-
-  enum class Running { no, yes };
-
-  /// `observer` is called, on the thread of the call that did it, when a device has started and
-  /// when it has stopped, without a lock of ours. It must not start or stop one.
-  void setRunObserver(std::function<void(Running)> observer);
+  /// `observer` is called when a device has started or stopped, with the number of those that run:
+  /// on the thread of the call that did it, without a lock of ours.
+  void setRunObserver(std::function<void(std::size_t running)> observer);
 
   /// Whether a device runs, started and not yet stopped.
-  bool isRunning() const { return running_ != nullptr; }
+  bool isRunning() const;
 
   CA::OSStatus AudioHardwareCreateProcessTap(const CA::TapDescription& description,
                                              CA::AudioObjectID* outTapID) override;
@@ -85,7 +81,6 @@ class CaptureHardware final : public CA::AudioHardware,
     std::string uid;
     double rate = 0;  ///< of the graph when the tap was made; it stays the tap's
   };
-  struct Device;
 
   void graphChanged() override;
   void serverLost() override;
@@ -98,22 +93,18 @@ class CaptureHardware final : public CA::AudioHardware,
   bool isTapped(const Tap& tap, const GraphNode& node);
   CA::AudioObjectID objectOfSink(const GraphNode& sink);
   CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);
-  CA::OSStatus startProcedure(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
-  CA::OSStatus stopProcedure(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
-  void logLostFrames();
-  void tellRunning(Running running) const;
+  CA::OSStatus start(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
+  CA::OSStatus telling(const std::function<CA::OSStatus()>& change) const;
 
+  Connection& connection_;
   std::shared_ptr<os::Logger> log_;
   NS::UUIDFactory& uuids_;
-  std::unique_ptr<Connection> connection_;
   ProcessTable processes_;
   CA::AudioObjectID nextID_ = CA::kAudioObjectSystemObject + 1;
   std::map<CA::AudioObjectID, Tap> taps_;
   std::map<CA::AudioObjectID, std::string> sinkNames_;
-  std::map<CA::AudioObjectID, std::unique_ptr<Device>> devices_;
-  Device* running_ = nullptr;
-  std::function<void(Running)> runObserver_;
-  std::uint64_t lostFramesOfLastRun_ = 0;
+  DeviceTable devices_{*log_};
+  std::function<void(std::size_t)> runObserver_;
   std::string diagnosis_;
 };
 

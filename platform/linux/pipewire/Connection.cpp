@@ -83,6 +83,10 @@ std::string noServerText(const std::string& remote, int error) {
 
 /// Why there is one no longer.
 std::string lossText(const std::string& remote, int error) {
+  if (isRefusal(error)) {
+    return "PipeWire rejects this program at " + socketPath(remote) +
+           ": allow it in the configuration of PipeWire or of its session manager.";
+  }
   if (error == ETIMEDOUT) {
     return "PipeWire does not answer at " + socketPath(remote) +
            ". Restart it with \"systemctl --user restart pipewire\".";
@@ -111,13 +115,7 @@ std::string noContextText(const std::string& /*remote*/, int error) {
 
 const pw_core_events Connection::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
-    .info =
-        [](void* self, const pw_core_info* /*info*/) {
-          // Since 1.x a context takes over what the server has for itself, just before this.
-          const spa_dict_item limit{.key = limitKey, .value = mostFrames};
-          const spa_dict properties{.flags = 0, .n_items = 1, .items = &limit};
-          pw_context_update_properties(static_cast<Connection*>(self)->context_.get(), &properties);
-        },
+    .info = [](void* self, const pw_core_info*) { static_cast<Connection*>(self)->greeted(); },
     .done =
         [](void* data, std::uint32_t id, int sequence) {
           auto* self = static_cast<Connection*>(data);
@@ -126,17 +124,16 @@ const pw_core_events Connection::coreEvents = {
             self->wake();
           }
         },
-    // Errors of other objects do not end the connection. Those of the core do, for whatever reason:
-    // PipeWire closes its socket after them.
+    // Errors of other objects do not end the connection.
     .error =
-        [](void* data, std::uint32_t id, int, int result, const char*) {
-          if (id == PW_ID_CORE && !isAnswer(-result)) {
-            static_cast<Connection*>(data)->lose(-result);
+        [](void* self, std::uint32_t id, int, int result, const char*) {
+          if (id == PW_ID_CORE) {
+            static_cast<Connection*>(self)->failed(-result);
           }
         },
 };
 
-Connection::Connection(std::string remote) : remote_(std::move(remote)) {
+Connection::Connection() {
   initialisePipeWire();
   loop_.reset(pw_thread_loop_new("audrel-graph", nullptr));
   require(loop_.get());
@@ -176,6 +173,26 @@ Connection::~Connection() {
   pw_loop_destroy_source(loop, waitTimer_);
 }
 
+void Connection::greeted() {
+  isGreeted_ = true;
+  // Since 1.x a context takes over what the server has for itself, just before this.
+  const spa_dict_item limit{.key = limitKey, .value = mostFrames};
+  const spa_dict properties{.flags = 0, .n_items = 1, .items = &limit};
+  pw_context_update_properties(context_.get(), &properties);
+}
+
+/// What the core answers: to a program at the door, or to a call; anything else ends the
+/// connection, since PipeWire closes its socket after it.
+void Connection::failed(int error) {
+  const bool isAtTheDoor = answeredSync_ == -1;
+  if (isAtTheDoor && isRefusal(error)) {
+    refusal_ = "it rejects this program";
+  } else if (isAnswer(error)) {
+    return;
+  }
+  lose(error);
+}
+
 std::string Connection::failure() const {
   return failureText_ == nullptr ? "" : failureText_(remote_, error_);
 }
@@ -187,6 +204,16 @@ bool Connection::fail(FailureText text, int error) {
   return false;
 }
 
+std::optional<std::string> Connection::refusal() const {
+  if (refusal_ != nullptr) {
+    return refusal_;
+  }
+  if (isConnected() && graph().linkFactoryId == unknownGlobal) {
+    return "it does not let this program link to streams";
+  }
+  return std::nullopt;
+}
+
 bool Connection::ensureConnected() {
   if (isLost_) {
     dropLostServer();
@@ -195,6 +222,7 @@ bool Connection::ensureConnected() {
 }
 
 bool Connection::connect() {
+  refusal_ = nullptr;
   if (!context_) {
     context_.reset(pw_context_new(
         pw_thread_loop_get_loop(loop_.get()),
@@ -210,8 +238,11 @@ bool Connection::connect() {
   }
   core_ = pw_context_connect(context_.get(), properties, 0);
   if (core_ == nullptr) {
-    return fail(noServerText, errno);
+    const int error = errno;
+    refusal_ = isRefusal(error) ? "it is another user's" : nullptr;
+    return fail(noServerText, error);
   }
+  isGreeted_ = false;
   answeredSync_ = -1;
   pw_core_add_listener(core_, coreHook_.get(), &coreEvents, this);
   mirror_ = std::make_unique<GraphMirror>(core_, [this] { noteChange(); });
@@ -302,6 +333,9 @@ bool Connection::roundTrip() {
     return true;
   }
   if (losses_ == losses) {
+    if (isGreeted_ && answeredSync_ == -1) {
+      refusal_ = "it waits for a permission that its session manager has not given";
+    }
     lose(ETIMEDOUT);
   }
   return false;

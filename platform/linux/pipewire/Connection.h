@@ -5,7 +5,9 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/linux/pipewire/GraphMirror.h"
 #include "platform/linux/pipewire/Handles.h"
@@ -26,9 +28,9 @@ class Connection {
     virtual void serverLost() = 0;    ///< everything made on the connection must go now
   };
 
-  /// `remote` is a socket's absolute path; empty for the one that the environment names. Throws
-  /// `std::system_error` when the system gives no more threads or descriptors.
-  explicit Connection(std::string remote = {});
+  /// To the server that the environment names. Throws `std::system_error` when the system gives no
+  /// more threads or descriptors.
+  Connection();
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -39,6 +41,9 @@ class Connection {
 
   void setObserver(Observer* observer) { observer_ = observer; }
 
+  /// From now on the server at that socket (an absolute path) is meant. Before it is needed first.
+  void useServer(std::string socketPath) { remote_ = std::move(socketPath); }
+
   /// Connects if there is no connection; whether there is one then.
   bool ensureConnected();
   bool isConnected() const { return core_ != nullptr && !isLost_; }
@@ -46,6 +51,10 @@ class Connection {
   /// Why the last attempt to connect failed, or the last connection was lost, for the user, with
   /// the remedy.
   std::string failure() const;
+
+  /// Why the server, which has just been asked for a round trip, does not let this program capture;
+  /// nothing when it does, or when nothing is known of it.
+  std::optional<std::string> refusal() const;
 
   /// Counts who needs the connection to last: while somebody does, a lost server is looked for
   /// several times a second.
@@ -76,6 +85,8 @@ class Connection {
 
   bool connect();
   void disconnect();
+  void greeted();
+  void failed(int error);
   bool fail(FailureText text, int error);
   void lose(int error);
   void dropLostServer();
@@ -84,7 +95,7 @@ class Connection {
 
   static const pw_core_events coreEvents;
 
-  std::string remote_;
+  std::string remote_;  ///< a socket's path; empty for the one that the environment names
   Observer* observer_ = nullptr;
   ThreadLoopHandle loop_;
   ContextHandle context_;  ///< made with the first connection
@@ -98,7 +109,9 @@ class Connection {
   Graph noGraph_;
   FailureText failureText_ = nullptr;  ///< of the last attempt to connect, or loss
   int error_ = 0;                      ///< the same
+  const char* refusal_ = nullptr;      ///< the server's, to the last attempt to connect
   int detailUsers_ = 0;
+  bool isGreeted_ = false;  ///< the server has said who it is
   int answeredSync_ = -1;
   bool isLost_ = false;  ///< noticed, not yet cleared away
   unsigned losses_ = 0;  ///< noticed so far

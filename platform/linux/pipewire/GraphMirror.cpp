@@ -187,6 +187,9 @@ void GraphMirror::added(std::uint32_t id, const char* type, const spa_dict* anno
         .inputNodeId = number(text(announced, PW_KEY_LINK_INPUT_NODE), unknownGlobal)};
   } else if (kind == PW_TYPE_INTERFACE_Metadata) {
     addMetadata(id, announced);
+  } else if (kind == PW_TYPE_INTERFACE_Factory &&
+             text(announced, PW_KEY_FACTORY_TYPE_NAME) == PW_TYPE_INTERFACE_Link) {
+    graph_.linkFactoryId = id;
   } else {
     return;
   }
@@ -239,6 +242,9 @@ void GraphMirror::removed(std::uint32_t id) {
   graph_.ports.erase(id);
   graph_.clients.erase(id);
   graph_.links.erase(id);
+  if (id == graph_.linkFactoryId) {
+    graph_.linkFactoryId = unknownGlobal;
+  }
   changed_();
 }
 

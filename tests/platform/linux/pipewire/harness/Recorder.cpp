@@ -1,6 +1,7 @@
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 
 #include <thread>
+#include <utility>
 
 namespace audrel::pwtest {
 
@@ -42,8 +43,8 @@ std::string CountingUUIDs::uuidString() {
   return "uuid-" + std::to_string(++count_);
 }
 
-Recorder::Recorder(const std::string& socketPath) : hardware_(log_, uuids_) {
-  hardware_.useServer(socketPath);
+Recorder::Recorder(const std::string& socketPath) : layer_(std::make_shared<Layer>()) {
+  layer_->connection.useServer(socketPath);
 }
 
 Recorder::~Recorder() {
@@ -53,11 +54,11 @@ Recorder::~Recorder() {
 std::vector<CA::AudioObjectID> Recorder::processes() {
   const auto address = global(CA::kAudioHardwarePropertyProcessObjectList);
   std::uint32_t size = 0;
-  hardware_.AudioObjectGetPropertyDataSize(CA::kAudioObjectSystemObject, address, 0, nullptr,
-                                           &size);
+  hardware().AudioObjectGetPropertyDataSize(CA::kAudioObjectSystemObject, address, 0, nullptr,
+                                            &size);
   std::vector<CA::AudioObjectID> ids(size / sizeof(CA::AudioObjectID));
-  hardware_.AudioObjectGetPropertyData(CA::kAudioObjectSystemObject, address, 0, nullptr, &size,
-                                       ids.data());
+  hardware().AudioObjectGetPropertyData(CA::kAudioObjectSystemObject, address, 0, nullptr, &size,
+                                        ids.data());
   ids.resize(size / sizeof(CA::AudioObjectID));
   return ids;
 }
@@ -65,16 +66,16 @@ std::vector<CA::AudioObjectID> Recorder::processes() {
 pid_t Recorder::pidOf(CA::AudioObjectID process) {
   pid_t pid = -1;
   std::uint32_t size = sizeof pid;
-  hardware_.AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyPID), 0, nullptr,
-                                       &size, &pid);
+  hardware().AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyPID), 0, nullptr,
+                                        &size, &pid);
   return pid;
 }
 
 std::string Recorder::bundleIdOf(CA::AudioObjectID process) {
   std::string text;
   std::uint32_t size = textReferenceSize;
-  hardware_.AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyBundleID), 0,
-                                       nullptr, &size, &text);
+  hardware().AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyBundleID), 0,
+                                        nullptr, &size, &text);
   return text;
 }
 
@@ -105,17 +106,17 @@ CA::OSStatus Recorder::startEverything() {
 
 CA::OSStatus Recorder::start(const CA::TapDescription& description) {
   samples_.clear();
-  if (const auto status = hardware_.AudioHardwareCreateProcessTap(description, &tap_)) {
+  if (const auto status = hardware().AudioHardwareCreateProcessTap(description, &tap_)) {
     return status;
   }
   std::string uid;
   std::uint32_t size = textReferenceSize;
-  if (const auto status = hardware_.AudioObjectGetPropertyData(
+  if (const auto status = hardware().AudioObjectGetPropertyData(
           tap_, global(CA::kAudioTapPropertyUID), 0, nullptr, &size, &uid)) {
     return status;
   }
   size = sizeof format_;
-  if (const auto status = hardware_.AudioObjectGetPropertyData(
+  if (const auto status = hardware().AudioObjectGetPropertyData(
           tap_, global(CA::kAudioTapPropertyFormat), 0, nullptr, &size, &format_)) {
     return status;
   }
@@ -126,10 +127,10 @@ CA::OSStatus Recorder::makeDevice(const std::string& tapUID) {
   CA::Description tap;
   tap.entries = {{CA::kAudioSubTapUIDKey, tapUID}, {CA::kAudioSubTapDriftCompensationKey, true}};
   CA::Description description;
-  description.entries = {{CA::kAudioAggregateDeviceUIDKey, uuids_.uuidString()},
+  description.entries = {{CA::kAudioAggregateDeviceUIDKey, layer_->uuids.uuidString()},
                          {CA::kAudioAggregateDeviceIsPrivateKey, true},
                          {CA::kAudioAggregateDeviceTapListKey, std::vector{tap}}};
-  if (const auto status = hardware_.AudioHardwareCreateAggregateDevice(description, &device_)) {
+  if (const auto status = hardware().AudioHardwareCreateAggregateDevice(description, &device_)) {
     return status;
   }
   const auto procedure = [](CA::AudioObjectID, const CA::AudioTimeStamp*,
@@ -140,29 +141,38 @@ CA::OSStatus Recorder::makeDevice(const std::string& tapUID) {
     return CA::kAudioHardwareNoError;
   };
   if (const auto status =
-          hardware_.AudioDeviceCreateIOProcID(device_, procedure, this, &procedure_)) {
+          hardware().AudioDeviceCreateIOProcID(device_, procedure, this, &procedure_)) {
     return status;
   }
-  return hardware_.AudioDeviceStart(device_, procedure_);
+  return hardware().AudioDeviceStart(device_, procedure_);
 }
 
 CA::OSStatus Recorder::stop() {
   CA::OSStatus first = CA::kAudioHardwareNoError;
   const auto note = [&](CA::OSStatus status) { first = first != 0 ? first : status; };
   if (procedure_ != nullptr) {
-    note(hardware_.AudioDeviceStop(device_, procedure_));
-    note(hardware_.AudioDeviceDestroyIOProcID(device_, procedure_));
+    note(hardware().AudioDeviceStop(device_, procedure_));
+    note(hardware().AudioDeviceDestroyIOProcID(device_, procedure_));
     procedure_ = nullptr;
   }
   if (device_ != 0) {
-    note(hardware_.AudioHardwareDestroyAggregateDevice(device_));
+    note(hardware().AudioHardwareDestroyAggregateDevice(device_));
     device_ = 0;
   }
   if (tap_ != 0) {
-    note(hardware_.AudioHardwareDestroyProcessTap(tap_));
+    note(hardware().AudioHardwareDestroyProcessTap(tap_));
     tap_ = 0;
   }
   return first;
+}
+
+CA::OSStatus Recorder::destroyProcedure() {
+  return hardware().AudioDeviceDestroyIOProcID(device_, std::exchange(procedure_, nullptr));
+}
+
+CA::OSStatus Recorder::destroyDevice() {
+  procedure_ = nullptr;
+  return hardware().AudioHardwareDestroyAggregateDevice(std::exchange(device_, 0));
 }
 
 void Recorder::take(const CA::AudioBufferList& input) noexcept {

@@ -53,13 +53,17 @@ class Recorder {
  public:
   /// On the server at that socket.
   explicit Recorder(const std::string& socketPath);
+
+  /// By the other's hardware layer, with a device of its own.
+  explicit Recorder(const Recorder* beside) : layer_(beside->layer_) {}
+
   ~Recorder();
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
-  CA::AudioHardware& hardware() { return hardware_; }
-  linuxos::CaptureHardware& captureHardware() { return hardware_; }
-  const LogKeeper& log() const { return log_; }
+  CA::AudioHardware& hardware() { return layer_->hardware; }
+  linuxos::CaptureHardware& captureHardware() { return layer_->hardware; }
+  const LogKeeper& log() const { return layer_->log; }
 
   std::vector<CA::AudioObjectID> processes();
   pid_t pidOf(CA::AudioObjectID process);
@@ -75,6 +79,10 @@ class Recorder {
   /// Stops and gives back everything that was made.
   CA::OSStatus stop();
 
+  /// The same without stopping first.
+  CA::OSStatus destroyDevice();
+  CA::OSStatus destroyProcedure();
+
   /// What was captured. Anything that is not interleaved stereo makes it fail.
   const SampleStore& samples() const { return samples_; }
   bool waitForMore(std::size_t frames) const { return samples_.waitForMore(frames); }
@@ -83,16 +91,21 @@ class Recorder {
   void stall(std::chrono::milliseconds duration) { stall_ = duration; }
 
   double rate() const { return format_.mSampleRate; }
-  std::uint64_t lostFrames() { return hardware_.lostFrames(); }
+  std::uint64_t lostFrames() { return layer_->hardware.lostFrames(); }
 
  private:
   CA::OSStatus start(const CA::TapDescription& description);
   CA::OSStatus makeDevice(const std::string& tapUID);
   void take(const CA::AudioBufferList& input) noexcept;
 
-  LogKeeper log_;
-  CountingUUIDs uuids_;
-  linuxos::CaptureHardware hardware_;
+  struct Layer {
+    LogKeeper log;
+    CountingUUIDs uuids;
+    linuxos::Connection connection;
+    linuxos::CaptureHardware hardware{connection, log, uuids};
+  };
+
+  std::shared_ptr<Layer> layer_;
   CA::AudioStreamBasicDescription format_;
   CA::AudioObjectID tap_ = 0;
   CA::AudioObjectID device_ = 0;
