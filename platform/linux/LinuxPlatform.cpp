@@ -7,6 +7,7 @@
 #include "platform/linux/pipewire/CaptureAccess.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/MonotonicTime.h"
 #include "platform/linux/session/SuspendInhibitor.h"
 #include "platform/linux/system/Clock.h"
 #include "platform/linux/system/Collation.h"
@@ -86,8 +87,9 @@ class LinuxPlatform final : public NativePlatform {
   SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
   std::unique_ptr<PrivateServer> demoServer_;
   Connection connection_;
+  MonotonicTime captureTime_;
   CaptureAccess captureAccess_{connection_, log_};
-  CaptureHardware hardware_{connection_, log_, uuids_};
+  CaptureHardware hardware_{connection_, captureTime_, log_, uuids_};
   std::unique_ptr<MelodyPlayer> demoPlayer_;
   std::optional<LinuxDesktop> desktop_;
 };

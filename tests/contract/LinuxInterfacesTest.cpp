@@ -7,6 +7,8 @@
 #include "platform/linux/files/AudioFramework.h"
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/MonotonicTime.h"
 #include "platform/linux/session/URLParser.h"
 #include "platform/linux/session/UserDefaults.h"
 #include "platform/linux/system/Clock.h"
@@ -77,7 +79,9 @@ class LinuxInterfaces {
   linuxos::RunLoop runLoop_;
   linuxos::URLParser urlParser_;
   linuxos::UUIDFactory uuids_;
-  linuxos::CaptureHardware hardware_{journaled_, uuids_};
+  linuxos::Connection connection_;
+  linuxos::MonotonicTime captureTime_;
+  linuxos::CaptureHardware hardware_{connection_, captureTime_, journaled_, uuids_};
   std::optional<linuxos::UserDefaults> userDefaults_;
 };
 

@@ -43,8 +43,10 @@ CA::OSStatus copyOut(const void* data, std::size_t size, std::uint32_t* ioDataSi
 
 }  // namespace
 
-CaptureHardware::CaptureHardware(Connection& connection, os::Log& log, NS::UUIDFactory& uuids)
+CaptureHardware::CaptureHardware(Connection& connection, CaptureTime& time, os::Log& log,
+                                 NS::UUIDFactory& uuids)
     : connection_(connection),
+      time_(time),
       log_(log.makeLogger(identity::bundleIdentifier, "capture")),
       uuids_(uuids) {
   const LoopLock lock(connection_.loop());
@@ -251,7 +253,7 @@ CA::OSStatus CaptureHardware::start(CA::AudioObjectID device, CA::AudioDeviceIOP
   auto failure = devices_.start(
       *installed,
       std::make_unique<TapDevice>(
-          connection_, *log_, tap->second.rate,
+          connection_, time_, *log_, tap->second.rate,
           [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
           installed->procedure, installed->clientData));
   return failure ? fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure))

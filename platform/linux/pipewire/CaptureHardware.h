@@ -14,6 +14,7 @@
 #include "platform/Diagnostics.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
+#include "platform/linux/pipewire/CaptureTime.h"
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/DeviceTable.h"
 #include "platform/linux/pipewire/ProcessTable.h"
@@ -27,8 +28,8 @@ class CaptureHardware final : public CA::AudioHardware,
                               public NS::RunningApplications,
                               private Connection::Observer {
  public:
-  /// The only observer of the connection.
-  CaptureHardware(Connection& connection, os::Log& log, NS::UUIDFactory& uuids);
+  /// The only observer of the connection. Its devices go by `time`.
+  CaptureHardware(Connection& connection, CaptureTime& time, os::Log& log, NS::UUIDFactory& uuids);
   ~CaptureHardware() override;
   CaptureHardware(const CaptureHardware&) = delete;
   CaptureHardware& operator=(const CaptureHardware&) = delete;
@@ -97,6 +98,7 @@ class CaptureHardware final : public CA::AudioHardware,
   CA::OSStatus telling(const std::function<CA::OSStatus()>& change) const;
 
   Connection& connection_;
+  CaptureTime& time_;
   std::shared_ptr<os::Logger> log_;
   NS::UUIDFactory& uuids_;
   ProcessTable processes_;

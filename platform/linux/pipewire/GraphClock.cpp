@@ -24,11 +24,6 @@ constexpr std::uint64_t stepLength = GraphClock::longestStep / std::chrono::nano
 
 }  // namespace
 
-std::uint64_t monotonicNow() {
-  return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch() /
-                                    std::chrono::nanoseconds(1));
-}
-
 std::uint64_t lengthOf(const GraphCycle& cycle) {
   return cycle.rate == 0 ? 0 : cycle.duration * second / cycle.rate;
 }

@@ -15,9 +15,6 @@ struct GraphCycle {
   std::uint64_t unheard = 0;   ///< nanoseconds of cycles before it in which others had a part
 };
 
-/// The clock that PipeWire stamps its cycles with, in nanoseconds. Any thread, the data thread too.
-std::uint64_t monotonicNow();
-
 /// How long the cycle is, in nanoseconds.
 std::uint64_t lengthOf(const GraphCycle& cycle);
 

@@ -37,10 +37,11 @@ const TapDevice::Loss TapDevice::lossOfStream{.begins = "Capture stream lost",
 const TapDevice::Loss TapDevice::hang{.begins = "Audio graph stands still",
                                       .ends = "Audio graph goes on"};
 
-TapDevice::TapDevice(Connection& connection, os::Logger& log, double rate,
+TapDevice::TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, double rate,
                      TapStream::IsTapped isTapped, CA::AudioObjectID device,
                      CA::AudioDeviceIOProc procedure, void* clientData)
     : connection_(connection),
+      time_(time),
       log_(log),
       rate_(rate),
       isTapped_(std::move(isTapped)),
@@ -48,16 +49,11 @@ TapDevice::TapDevice(Connection& connection, os::Logger& log, double rate,
 
 TapDevice::~TapDevice() {
   stop();
-  if (timer_ != nullptr) {
-    pw_loop_destroy_source(pw_thread_loop_get_loop(connection_.loop()), timer_);
-  }
 }
 
 std::optional<std::string> TapDevice::start() {
-  timer_ = pw_loop_add_timer(
-      pw_thread_loop_get_loop(connection_.loop()),
-      [](void* self, std::uint64_t) { static_cast<TapDevice*>(self)->tick(); }, this);
-  if (timer_ == nullptr) {
+  ticks_ = time_.makeTicks(pw_thread_loop_get_loop(connection_.loop()), [this] { tick(); });
+  if (!ticks_) {
     return "The system gives no timer for the recording (" +
            std::generic_category().message(errno) + "): close other programs, or restart Audrel.";
   }
@@ -76,7 +72,7 @@ std::optional<std::string> TapDevice::start() {
     return reason;
   }
   connection_.waitUntil([&] { return !isCapturing() || stream_->isLinked(); }, linkTimeout);
-  timeline_.start(monotonicNow());
+  timeline_.start(time_.now());
   feedFromStream();
   if (!isCapturing()) {
     lose(lossOfStream);
@@ -101,10 +97,10 @@ void TapDevice::stop() {
     return;
   }
   if (state_ != State::starting) {
-    timeline_.finish(monotonicNow());
+    timeline_.finish(time_.now());
   }
   state_ = State::idle;
-  setTick(0ns);
+  ticks_->setPeriod(0ns);
   stream_.reset();
   connection_.releaseConnection();
   connection_.releaseDetails();
@@ -113,8 +109,8 @@ void TapDevice::stop() {
 // The stream
 
 void TapDevice::makeStream() {
-  stream_ = std::make_unique<TapStream>(connection_, rate_, isTapped_, timeline_);
-  nextStream_ = monotonicNow() + streamInterval;
+  stream_ = std::make_unique<TapStream>(connection_, time_, rate_, isTapped_, timeline_);
+  nextStream_ = time_.now() + streamInterval;
   heard_ = timeline_.cyclesHeard();
   readyTicks_ = 0;
 }
@@ -124,16 +120,16 @@ void TapDevice::feedFromStream() {
   timeline_.feedFrom(Timeline::Feeder::stream);
   heard_ = timeline_.cyclesHeard();
   quietTicks_ = 0;
-  setTick(watchPeriod);
+  ticks_->setPeriod(watchPeriod);
 }
 
 /// Every end that a stream comes to while time goes on. Not from within the stream's own events.
 void TapDevice::lose(const Loss& loss) {
   if (state_ == State::streaming) {
     timeline_.feedFrom(Timeline::Feeder::silence);
-    timeline_.feedSilenceUntil(monotonicNow());
+    timeline_.feedSilenceUntil(time_.now());
     state_ = State::silent;
-    setTick(silencePeriod);
+    ticks_->setPeriod(silencePeriod);
     log_.error(std::string(loss.begins) + " — recording silence until it is back");
   }
   loss_ = &loss;
@@ -162,7 +158,7 @@ void TapDevice::tick() {
   if (state_ == State::streaming) {
     watch();
   } else {
-    timeline_.feedSilenceUntil(monotonicNow());
+    timeline_.feedSilenceUntil(time_.now());
     takeOver();
   }
 }
@@ -181,23 +177,18 @@ void TapDevice::watch() {
 /// Makes a stream where there is none, and has it feed once it brings cycles with everything in
 /// them. The first one fills what is missing since the last silence.
 void TapDevice::takeOver() {
-  if (!stream_ && connection_.isConnected() && monotonicNow() >= nextStream_) {
+  if (!stream_ && connection_.isConnected() && time_.now() >= nextStream_) {
     makeStream();
   }
   if (!isCapturing() || timeline_.cyclesHeard() == heard_) {
     return;
   }
   if (stream_->isLinked() || readyTicks_ > mostTicksToLink) {
-    timeline_.feedSilenceUntil(monotonicNow());
+    timeline_.feedSilenceUntil(time_.now());
     feedFromStream();
     log_.info(std::string(loss_->ends) + " — recording what it plays");
   }
   ++readyTicks_;
-}
-
-void TapDevice::setTick(std::chrono::nanoseconds period) {
-  timespec every{.tv_sec = 0, .tv_nsec = period.count()};
-  pw_loop_update_timer(pw_thread_loop_get_loop(connection_.loop()), timer_, &every, &every, false);
 }
 
 }  // namespace audrel::linuxos

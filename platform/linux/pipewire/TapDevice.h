@@ -8,6 +8,7 @@
 
 #include "platform/CoreAudio.h"
 #include "platform/Log.h"
+#include "platform/linux/pipewire/CaptureTime.h"
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/TapStream.h"
 #include "platform/linux/pipewire/Timeline.h"
@@ -20,8 +21,9 @@ namespace audrel::linuxos {
 class TapDevice {
  public:
   /// Losses and their ends are logged.
-  TapDevice(Connection& connection, os::Logger& log, double rate, TapStream::IsTapped isTapped,
-            CA::AudioObjectID device, CA::AudioDeviceIOProc procedure, void* clientData);
+  TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, double rate,
+            TapStream::IsTapped isTapped, CA::AudioObjectID device, CA::AudioDeviceIOProc procedure,
+            void* clientData);
   ~TapDevice();
   TapDevice(const TapDevice&) = delete;
   TapDevice& operator=(const TapDevice&) = delete;
@@ -58,14 +60,14 @@ class TapDevice {
   void tick();
   void watch();
   void takeOver();
-  void setTick(std::chrono::nanoseconds period);
 
   Connection& connection_;
+  CaptureTime& time_;
   os::Logger& log_;
   double rate_;
   TapStream::IsTapped isTapped_;
   Timeline timeline_;
-  spa_source* timer_ = nullptr;
+  std::unique_ptr<CaptureTime::Ticks> ticks_;  ///< once started
   State state_ = State::idle;
   const Loss* loss_ = nullptr;    ///< while silent
   std::uint64_t heard_ = 0;       ///< of the timeline's cycles, when last looked at

@@ -44,8 +44,10 @@ const pw_stream_events TapStream::streamEvents = {
     .process = [](void* self) { static_cast<TapStream*>(self)->process(); },
 };
 
-TapStream::TapStream(Connection& connection, double rate, IsTapped isTapped, Timeline& timeline)
+TapStream::TapStream(Connection& connection, const CaptureTime& time, double rate,
+                     IsTapped isTapped, Timeline& timeline)
     : connection_(connection),
+      time_(time),
       rate_(rate),
       isTapped_(std::move(isTapped)),
       timeline_(timeline),
@@ -140,7 +142,7 @@ void TapStream::process() noexcept {
 
 void TapStream::feed(const pw_buffer& buffer) noexcept {
   const spa_buffer& data = *buffer.buffer;
-  const auto cycle = position_.cycle(monotonicNow());
+  const auto cycle = position_.cycle(time_.now());
   if (data.n_datas != tapChannels || !cycle) {
     return;
   }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/pipewire/CaptureTime.h"
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/GraphPosition.h"
 #include "platform/linux/pipewire/LinkSet.h"
@@ -22,7 +23,8 @@ class TapStream {
   using IsTapped = std::function<bool(const GraphNode&)>;
 
   /// `rate` in frames per second: a graph that runs at another is resampled.
-  TapStream(Connection& connection, double rate, IsTapped isTapped, Timeline& timeline);
+  TapStream(Connection& connection, const CaptureTime& time, double rate, IsTapped isTapped,
+            Timeline& timeline);
   ~TapStream();
   TapStream(const TapStream&) = delete;
   TapStream& operator=(const TapStream&) = delete;
@@ -52,6 +54,7 @@ class TapStream {
   static const pw_stream_events streamEvents;
 
   Connection& connection_;
+  const CaptureTime& time_;
   double rate_;
   IsTapped isTapped_;
   Timeline& timeline_;

@@ -16,6 +16,8 @@
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/pipewire/Connection.h"
+#include "platform/linux/pipewire/MonotonicTime.h"
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
 
 namespace audrel::pwtest {
@@ -102,7 +104,8 @@ class Recorder {
     LogKeeper log;
     CountingUUIDs uuids;
     linuxos::Connection connection;
-    linuxos::CaptureHardware hardware{connection, log, uuids};
+    linuxos::MonotonicTime time;
+    linuxos::CaptureHardware hardware{connection, time, log, uuids};
   };
 
   std::shared_ptr<Layer> layer_;
