@@ -60,9 +60,9 @@ TEST(StreamEnd, ofATapComesBeforeItsListeners) {
   ASSERT_TRUE(server.isRunning());
   Player player(server.socketPath());
   ASSERT_TRUE(player.open("music", 1));
-  Recorder recorder(server.socketPath());
+  Recorder recorder(server);
   ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
-  ASSERT_TRUE(recorder.waitForMore(1));
+  ASSERT_TRUE(server.step(1, heard({"music"})));
   calls.clear();
   ASSERT_EQ(recorder.stop(), 0);
   EXPECT_THAT(calls, ElementsAre("disconnected", "listener removed"));

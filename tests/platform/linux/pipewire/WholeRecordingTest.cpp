@@ -18,6 +18,7 @@
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/RecordedFile.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
+#include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,7 +29,7 @@ namespace {
 /// fake.
 class FileRecorder {
  public:
-  explicit FileRecorder(const std::string& socketPath) : capture_(socketPath) {}
+  explicit FileRecorder(const TestServer& server) : capture_(server) {}
 
   void start(pid_t pid, RecordingFormat format, const std::filesystem::path& path) {
     engine_->start(RecordingSource::process(capture_.waitForProcess(pid), "", {}), format, path);
@@ -59,56 +60,56 @@ class FileRecorder {
   });
 };
 
-TEST(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
-  const support::TemporaryFolder folder;
-  TestServer server({.timesRealTime = 10});
-  ASSERT_TRUE(server.isRunning());
-  Player player(server.socketPath());
+class WholeRecording : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(server.isRunning()); }
+
+  support::TemporaryFolder folder;
+  TestServer server;
+  Player player{server.socketPath()};
+};
+
+TEST_F(WholeRecording, aWavHoldsEveryFrameOfAnApplicationExactly) {
   ASSERT_TRUE(player.open("music", "stamp:1 s16 2 48000"));
-  FileRecorder recorder(server.socketPath());
+  FileRecorder recorder(server);
   recorder.start(player.pid(), RecordingFormat::wav, folder.path() / "music.wav");
-  ASSERT_TRUE(player.waitForMore("music", 480'000));
+  ASSERT_TRUE(server.step(500, heard({"music"})));
   recorder.stop();
 
-  expectWholeTrack(folder.path() / "music.wav", 1, 480'000);
+  EXPECT_EQ(segmentsOf(readWav(folder.path() / "music.wav")),
+            std::vector{stampedSegment(0, 512'000, {1, 0})});
   EXPECT_EQ(recorder.lostFrames(), 0U);
   EXPECT_EQ(recorder.underruns(), 0);
 }
 
-TEST(WholeRecording, twoAtOnceHoldOneApplicationEach) {
-  const support::TemporaryFolder folder;
-  TestServer server({.timesRealTime = 10});
-  ASSERT_TRUE(server.isRunning());
-  Player one(server.socketPath());
+TEST_F(WholeRecording, twoAtOnceHoldOneApplicationEach) {
   Player other(server.socketPath());
-  ASSERT_TRUE(one.open("music", 1));
+  ASSERT_TRUE(player.open("music", 1));
   ASSERT_TRUE(other.open("call", 2));
-  FileRecorder ofOne(server.socketPath());
-  FileRecorder ofOther(server.socketPath());
-  ofOne.start(one.pid(), RecordingFormat::wav, folder.path() / "one.wav");
+  FileRecorder ofOne(server);
+  FileRecorder ofOther(server);
+  ofOne.start(player.pid(), RecordingFormat::wav, folder.path() / "one.wav");
   ofOther.start(other.pid(), RecordingFormat::wav, folder.path() / "other.wav");
-  ASSERT_TRUE(other.waitForMore("call", 240'000));
+  ASSERT_TRUE(server.step(250, heard({"music", "call"})));
   ofOther.stop();
   ofOne.stop();
 
-  expectWholeTrack(folder.path() / "one.wav", 1, 240'000);
-  expectWholeTrack(folder.path() / "other.wav", 2, 240'000);
+  EXPECT_EQ(segmentsOf(readWav(folder.path() / "one.wav")),
+            std::vector{stampedSegment(0, 256'000, {1, 0})});
+  EXPECT_EQ(segmentsOf(readWav(folder.path() / "other.wav")),
+            std::vector{stampedSegment(0, 256'000, {2, 0})});
 }
 
-TEST(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
-  const support::TemporaryFolder folder;
-  TestServer server({.timesRealTime = 4});
-  ASSERT_TRUE(server.isRunning());
-  Player player(server.socketPath());
+TEST_F(WholeRecording, anM4aHoldsAnUnbrokenToneAtItsPitchAndLevel) {
   ASSERT_TRUE(player.open("music", "tone:1000 f32 2 48000"));
-  FileRecorder recorder(server.socketPath());
+  FileRecorder recorder(server);
   recorder.start(player.pid(), RecordingFormat::m4a, folder.path() / "tone.m4a");
-  ASSERT_TRUE(player.waitForMore("music", 480'000));
+  ASSERT_TRUE(server.step(500, heard({"music"})));
   recorder.stop();
 
   const Audio audio = readM4a(folder.path() / "tone.m4a");
-  ASSERT_GE(framesOf(audio) + onTheWay, 480'000U);
-  expectUnbrokenTone(audio, longestLead, 1000, 0.005);
+  ASSERT_EQ(framesOf(audio), 512'000U);
+  expectUnbrokenTone(audio, 4800, 1000, 0.005);
 }
 
 }  // namespace

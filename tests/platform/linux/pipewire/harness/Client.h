@@ -22,6 +22,10 @@ class Client {
   const OwnedThreadLoop& loop() const { return loop_; }
   pw_core* core() const { return core_.get(); }
 
+  /// Waits until the server has answered all that was asked, by when what it told is handled here.
+  /// Not under the lock.
+  void roundTrip();
+
   /// No event is handled after this. What was made on the connection goes next, then the client.
   void stop();
 
@@ -29,6 +33,8 @@ class Client {
   OwnedThreadLoop loop_;
   OwnedContext context_;
   OwnedCore core_;
+  spa_hook hook_{};
+  int answered_ = -1;  ///< the last round trip
 };
 
 }  // namespace audrel::pwtest

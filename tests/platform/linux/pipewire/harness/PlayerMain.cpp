@@ -1,7 +1,7 @@
 // A program that plays what it is told to: `audrel-test-player SOCKET [key=value ...]`, where the
 // properties are what it says of itself. Commands come one a line and are answered in one line:
 //
-//   open NAME stamp:STREAM[:FRONTPAIRFRAMES]|tone:HZ s16|f32 CHANNELS RATE [key=value ...]
+//   open NAME stamp:STREAM|tone:HZ s16|f32 CHANNELS RATE [key=value ...]
 //   pause NAME, resume NAME, close NAME
 //   reconnect          to the server, without any stream
 //   report NAME        frames, graph rate, quanta and stretches played so far
@@ -44,7 +44,7 @@ std::variant<Stamped, Tone> source(const std::string& text) {
     return tone;
   }
   Stamped stamped;
-  stream >> stamped.stream >> stamped.frontPairOnly;
+  stream >> stamped.stream;
   return stamped;
 }
 

@@ -124,11 +124,7 @@ float PlayerStream::sample(std::uint64_t frame, std::uint32_t channel) const noe
     return 0.5F *
            static_cast<float>(std::sin(2 * std::numbers::pi * (cycles - std::floor(cycles))));
   }
-  const auto& stamped = std::get<Stamped>(settings_.source);
-  if (channel >= 2 && frame < stamped.frontPairOnly) {
-    return 0;
-  }
-  return asFloat(stampedSample({stamped.stream, frame}, channel));
+  return asFloat(stampedSample({std::get<Stamped>(settings_.source).stream, frame}, channel));
 }
 
 void PlayerStream::render(void* memory, std::uint32_t frames) noexcept {

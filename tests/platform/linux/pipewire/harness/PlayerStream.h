@@ -24,8 +24,6 @@ struct Tone {
 /// Stamped noise.
 struct Stamped {
   std::uint32_t stream = 0;
-  /// Frames at the start in which the front pair alone plays.
-  std::uint64_t frontPairOnly = 0;
 };
 
 enum class SampleFormat { int16, float32 };

@@ -43,7 +43,8 @@ std::string CountingUUIDs::uuidString() {
   return "uuid-" + std::to_string(++count_);
 }
 
-Recorder::Recorder(const std::string& socketPath) : layer_(std::make_shared<Layer>()) {
+Recorder::Recorder(const std::string& socketPath, std::shared_ptr<linuxos::CaptureTime> time)
+    : layer_(std::make_shared<Layer>(std::move(time))) {
   layer_->connection.useServer(socketPath);
 }
 

@@ -10,15 +10,18 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/CoreAudio.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
+#include "platform/linux/pipewire/CaptureTime.h"
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/MonotonicTime.h"
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
+#include "tests/platform/linux/pipewire/harness/TestServer.h"
 
 namespace audrel::pwtest {
 
@@ -54,7 +57,11 @@ class CountingUUIDs final : public NS::UUIDFactory {
 class Recorder {
  public:
   /// On the server at that socket.
-  explicit Recorder(const std::string& socketPath);
+  explicit Recorder(const std::string& socketPath, std::shared_ptr<linuxos::CaptureTime> time =
+                                                       std::make_shared<linuxos::MonotonicTime>());
+
+  /// On one that is stepped.
+  explicit Recorder(const TestServer& server) : Recorder(server.socketPath(), server.time()) {}
 
   /// By the other's hardware layer, with a device of its own.
   explicit Recorder(const Recorder* beside) : layer_(beside->layer_) {}
@@ -101,11 +108,13 @@ class Recorder {
   void take(const CA::AudioBufferList& input) noexcept;
 
   struct Layer {
+    explicit Layer(std::shared_ptr<linuxos::CaptureTime> time_) : time(std::move(time_)) {}
+
+    std::shared_ptr<linuxos::CaptureTime> time;
     LogKeeper log;
     CountingUUIDs uuids;
     linuxos::Connection connection;
-    linuxos::MonotonicTime time;
-    linuxos::CaptureHardware hardware{connection, time, log, uuids};
+    linuxos::CaptureHardware hardware{connection, *time, log, uuids};
   };
 
   std::shared_ptr<Layer> layer_;

@@ -46,6 +46,14 @@ Segment stampedSegmentAt(std::span<const float> audio, std::size_t begin) {
 
 }  // namespace
 
+Segment stampedSegment(std::size_t begin, std::size_t length, StampPosition first) {
+  return {.kind = Segment::Kind::stamped, .begin = begin, .length = length, .first = first};
+}
+
+Segment silentSegment(std::size_t begin, std::size_t length) {
+  return {.kind = Segment::Kind::silence, .begin = begin, .length = length, .first = {}};
+}
+
 std::vector<Segment> segmentsOf(std::span<const float> audio) {
   std::vector<Segment> segments;
   for (std::size_t at = 0; at < framesOf(audio);) {

@@ -37,6 +37,10 @@ struct Segment {
   std::uint64_t endPosition() const { return first.position + length; }
 };
 
+/// For a comparison with what a recording is cut up into.
+Segment stampedSegment(std::size_t begin, std::size_t length, StampPosition first);
+Segment silentSegment(std::size_t begin, std::size_t length);
+
 /// The recording, cut up completely. A stamped segment has at least two frames.
 std::vector<Segment> segmentsOf(std::span<const float> audio);
 

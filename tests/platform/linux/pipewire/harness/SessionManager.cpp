@@ -143,6 +143,40 @@ struct SessionManager::Node {
   }
 };
 
+struct SessionManager::Link {
+  SessionManager& manager;
+  std::uint32_t outputPort;
+  std::uint32_t inputPort;
+  pw_link_state state = PW_LINK_STATE_INIT;
+  pw_proxy* proxy;
+  spa_hook hook{};
+
+  Link(SessionManager& manager_, std::uint32_t id, const spa_dict* properties)
+      : manager(manager_),
+        outputPort(number(properties, PW_KEY_LINK_OUTPUT_PORT)),
+        inputPort(number(properties, PW_KEY_LINK_INPUT_PORT)),
+        proxy(static_cast<pw_proxy*>(
+            pw_registry_bind(manager_.registry_, id, PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, 0))) {
+    pw_link_add_listener(reinterpret_cast<pw_link*>(proxy), &hook, &linkEvents, this);
+  }
+  ~Link() {
+    spa_hook_remove(&hook);
+    pw_proxy_destroy(proxy);
+  }
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+};
+
+const pw_link_events SessionManager::linkEvents = {
+    .version = PW_VERSION_LINK_EVENTS,
+    .info =
+        [](void* data, const pw_link_info* info) {
+          auto* link = static_cast<Link*>(data);
+          link->state = info->state;
+          link->manager.noteChange();
+        },
+};
+
 const pw_registry_events SessionManager::registryEvents = {
     .version = PW_VERSION_REGISTRY_EVENTS,
     .global =
@@ -161,16 +195,6 @@ const pw_node_events SessionManager::nodeEvents = {
                 const spa_pod* pod) { static_cast<Node*>(node)->param(kind, pod); },
 };
 
-const pw_core_events SessionManager::coreEvents = {
-    .version = PW_VERSION_CORE_EVENTS,
-    .done =
-        [](void* data, std::uint32_t, int sequence) {
-          auto* self = static_cast<SessionManager*>(data);
-          self->answeredSync_ = sequence;
-          self->noteChange();
-        },
-};
-
 SessionManager::SessionManager(const std::string& socketPath, PortLayout layout)
     : client_(socketPath, {{PW_KEY_APP_NAME, "test-session-manager"}}), layout_(layout) {
   if (!client_.isConnected()) {
@@ -181,7 +205,6 @@ SessionManager::SessionManager(const std::string& socketPath, PortLayout layout)
       pw_thread_loop_get_loop(client_.loop().get()),
       [](void* self, std::uint64_t) { static_cast<SessionManager*>(self)->settle(); }, this);
   registry_ = pw_core_get_registry(client_.core(), PW_VERSION_REGISTRY, 0);
-  pw_core_add_listener(client_.core(), &coreHook_, &coreEvents, this);
   pw_registry_add_listener(registry_, &registryHook_, &registryEvents, this);
 }
 
@@ -195,13 +218,13 @@ SessionManager::~SessionManager() {
     pw_proxy_destroy(proxy);
   }
   nodes_.clear();
+  links_.clear();
   for (pw_metadata* metadata : {defaults_, settings_}) {
     if (metadata != nullptr) {
       pw_proxy_destroy(reinterpret_cast<pw_proxy*>(metadata));
     }
   }
   spa_hook_remove(&registryHook_);
-  spa_hook_remove(&coreHook_);
   pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry_));
 }
 
@@ -216,8 +239,7 @@ void SessionManager::added(std::uint32_t id, const std::string& type, const spa_
                   .isMonitor = text(properties, PW_KEY_PORT_MONITOR) == "true",
                   .channel = text(properties, PW_KEY_AUDIO_CHANNEL)};
   } else if (type == PW_TYPE_INTERFACE_Link) {
-    links_[id] = {.outputPort = number(properties, PW_KEY_LINK_OUTPUT_PORT),
-                  .inputPort = number(properties, PW_KEY_LINK_INPUT_PORT)};
+    links_[id] = std::make_unique<Link>(*this, id, properties);
   } else if (type == PW_TYPE_INTERFACE_Metadata) {
     addMetadata(id, properties);
   }
@@ -416,14 +438,12 @@ void SessionManager::setDefaultSink(const std::string& nodeName) {
 
 void SessionManager::setClock(const std::string& key, std::uint32_t value, std::uint32_t subject) {
   waitUntil([&] { return settings_ != nullptr; }, answerTimeout);
-  int asked = 0;
   {
     const Locked lock(client_.loop());
     pw_metadata_set_property(settings_, subject, key.c_str(), nullptr,
                              std::to_string(value).c_str());
-    asked = pw_core_sync(client_.core(), PW_ID_CORE, 0);
   }
-  waitUntil([&] { return answeredSync_ == asked; }, answerTimeout);
+  client_.roundTrip();
 }
 
 std::set<std::string> SessionManager::linksFrom(const std::string& nodeName,
@@ -431,8 +451,8 @@ std::set<std::string> SessionManager::linksFrom(const std::string& nodeName,
   const Locked lock(client_.loop());
   std::set<std::string> result;
   for (const auto& [id, link] : links_) {
-    const auto output = ports_.find(link.outputPort);
-    const auto input = ports_.find(link.inputPort);
+    const auto output = ports_.find(link->outputPort);
+    const auto input = ports_.find(link->inputPort);
     if (output == ports_.end() || input == ports_.end() || !nodes_.contains(output->second.node) ||
         !nodes_.contains(input->second.node)) {
       continue;
@@ -440,6 +460,22 @@ std::set<std::string> SessionManager::linksFrom(const std::string& nodeName,
     const std::string& to = nodes_.at(input->second.node)->name;
     if (nodes_.at(output->second.node)->name == nodeName && to != ignored) {
       result.insert(output->second.channel + " -> " + to + ":" + input->second.channel);
+    }
+  }
+  return result;
+}
+
+std::map<std::string, int> SessionManager::activeLinks() {
+  const Locked lock(client_.loop());
+  const auto nameOf = [this](std::uint32_t port) -> std::string {
+    const auto found = ports_.find(port);
+    const auto node = found == ports_.end() ? nodes_.end() : nodes_.find(found->second.node);
+    return node == nodes_.end() ? "nobody" : node->second->name;
+  };
+  std::map<std::string, int> result;
+  for (const auto& [id, link] : links_) {
+    if (link->state == PW_LINK_STATE_ACTIVE) {
+      ++result[nameOf(link->outputPort) + " -> " + nameOf(link->inputPort)];
     }
   }
   return result;

@@ -46,6 +46,9 @@ class SessionManager {
   /// The links of a node's outputs, each as "FL -> sink:FL", without those to `ignored` nodes.
   std::set<std::string> linksFrom(const std::string& nodeName, const std::string& ignored = {});
 
+  /// How many links carry audio from one node to another: {{"music -> speakers", 2}}.
+  std::map<std::string, int> activeLinks();
+
   /// The properties of a node that say how loud it is, as a text to compare; empty when there is
   /// no such node.
   std::string volumeOf(const std::string& nodeName);
@@ -69,10 +72,7 @@ class SessionManager {
     bool isMonitor = false;
     std::string channel;
   };
-  struct Link {
-    std::uint32_t outputPort = 0;
-    std::uint32_t inputPort = 0;
-  };
+  struct Link;
   using PortPair = std::pair<std::uint32_t, std::uint32_t>;
 
   void added(std::uint32_t id, const std::string& type, const spa_dict* properties);
@@ -91,7 +91,7 @@ class SessionManager {
 
   static const pw_registry_events registryEvents;
   static const pw_node_events nodeEvents;
-  static const pw_core_events coreEvents;
+  static const pw_link_events linkEvents;
 
   Client client_;
   PortLayout layout_;
@@ -99,13 +99,11 @@ class SessionManager {
   spa_source* settleEvent_ = nullptr;
   pw_registry* registry_ = nullptr;
   spa_hook registryHook_{};
-  spa_hook coreHook_{};
-  int answeredSync_ = -1;
   pw_metadata* defaults_ = nullptr;
   pw_metadata* settings_ = nullptr;
   std::map<std::uint32_t, std::unique_ptr<Node>> nodes_;
   std::map<std::uint32_t, Port> ports_;
-  std::map<std::uint32_t, Link> links_;
+  std::map<std::uint32_t, std::unique_ptr<Link>> links_;
   std::map<PortPair, pw_proxy*> ownLinks_;
 };
 

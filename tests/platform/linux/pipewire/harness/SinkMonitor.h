@@ -17,6 +17,9 @@ class SinkMonitor {
 
   const SampleStore& samples() const { return samples_; }
 
+  /// Waits until it has handled what the server told it: after that, what is linked is heard.
+  void roundTrip() { client_.roundTrip(); }
+
   /// No more is stored after this.
   void stop() { client_.stop(); }
 

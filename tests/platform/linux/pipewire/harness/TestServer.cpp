@@ -2,18 +2,23 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <thread>
 #include <utility>
+
+#include "tests/support/Waiting.h"
 
 namespace audrel::pwtest {
 
 namespace {
 
 using namespace std::chrono_literals;
+using support::waitFor;
 
 constexpr auto startTimeout = 10s;
+constexpr auto answerTimeout = 10s;
 
 // Of the sinks that the paced driver leads, so that they drive nothing themselves.
 constexpr const char* pacedGroup = "test.paced";
@@ -37,6 +42,21 @@ context.modules = [
 )";
 
 }  // namespace
+
+Links stereoLinks(const std::vector<std::string>& streams,
+                  const std::vector<std::string>& destinations) {
+  Links links;
+  for (const std::string& stream : streams) {
+    for (const std::string& destination : destinations) {
+      links[stream + " -> " + destination] = 2;
+    }
+  }
+  return links;
+}
+
+Links heard(const std::vector<std::string>& streams) {
+  return stereoLinks(streams, {"speakers", "audrel-tap"});
+}
 
 TestServer::TestServer(ServerOptions options) : options_(std::move(options)) {
   restart();
@@ -81,6 +101,32 @@ bool TestServer::launch() {
                                                           {"XDG_RUNTIME_DIR", folder}},
                                           .showsErrors = false});
   return server_ != nullptr;
+}
+
+std::string TestServer::ask(const std::string& command) {
+  server_->writeLine(command);
+  return server_->readLine(answerTimeout).value_or("nothing");
+}
+
+testing::AssertionResult TestServer::step(int cycles, const Links& links) {
+  const bool isReady = waitFor([&] {
+    return session_->activeLinks() == links && ask("settle") == "runs" &&
+           session_->activeLinks() == links;
+  });
+  if (!isReady) {
+    return testing::AssertionFailure()
+           << "the graph does not run, or links are missing: active are "
+           << testing::PrintToString(session_->activeLinks());
+  }
+  for (int cycle = 0; cycle < cycles; ++cycle) {
+    const std::chrono::nanoseconds length(
+        std::atoll(ask("cycle " + std::to_string(time_->now())).c_str()));
+    if (length <= 0ns) {
+      return testing::AssertionFailure() << "nobody finished cycle " << cycle;
+    }
+    time_->pass(length);
+  }
+  return testing::AssertionSuccess();
 }
 
 void TestServer::crash() {

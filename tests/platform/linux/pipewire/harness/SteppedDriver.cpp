@@ -1,0 +1,125 @@
+#include "tests/platform/linux/pipewire/harness/SteppedDriver.h"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <sstream>
+#include <string_view>
+
+namespace audrel::pwtest {
+
+namespace {
+
+// After the first the server has handled what clients had asked of it, after the second they have
+// handled what followed from that, and after the third what they had put off meanwhile.
+constexpr int roundsToSettle = 3;
+
+void answer(const auto& text) {
+  std::cout << text << "\n" << std::flush;
+}
+
+}  // namespace
+
+/// Who answers it has handled everything that it was told before.
+struct SteppedDriver::Ping {
+  SteppedDriver& driver;
+  spa_hook hook{};
+
+  explicit Ping(SteppedDriver& driver_) : driver(driver_) {}
+  ~Ping() { spa_hook_remove(&hook); }
+  Ping(const Ping&) = delete;
+  Ping& operator=(const Ping&) = delete;
+};
+
+const pw_resource_events SteppedDriver::resourceEvents = {
+    .version = PW_VERSION_RESOURCE_EVENTS,
+    .destroy =
+        [](void* data) {
+          const auto& ping = *static_cast<Ping*>(data);
+          ping.driver.answered(ping);
+        },
+    .pong =
+        [](void* data, int) {
+          const auto& ping = *static_cast<Ping*>(data);
+          ping.driver.answered(ping);
+        },
+};
+
+SteppedDriver::SteppedDriver(pw_main_loop* loop, pw_context* context, const std::string& group)
+    : loop_(loop),
+      context_(context),
+      input_(pw_loop_add_io(
+          pw_main_loop_get_loop(loop), STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false,
+          [](void* self, int, std::uint32_t) { static_cast<SteppedDriver*>(self)->readCommand(); },
+          this)),
+      driver_(context, group, {.started = [] {}, .finished = [this] { answer(cycleLength_); }}) {}
+
+SteppedDriver::~SteppedDriver() {
+  pw_loop_destroy_source(pw_main_loop_get_loop(loop_), input_);
+}
+
+void SteppedDriver::readCommand() {
+  std::string line;
+  if (!std::getline(std::cin, line)) {
+    pw_main_loop_quit(loop_);
+    return;
+  }
+  std::istringstream words(line);
+  std::string command;
+  words >> command >> cycleStart_;
+  if (command == "settle") {
+    roundsToGo_ = roundsToSettle;
+    settle();
+  } else {
+    spa_loop_invoke(
+        driver_.dataLoop(),
+        [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* self) {
+          static_cast<SteppedDriver*>(self)->startCycle();
+          return 0;
+        },
+        0, nullptr, 0, false, this);
+  }
+}
+
+void SteppedDriver::settle() {
+  while (pings_.empty() && roundsToGo_ > 0) {
+    --roundsToGo_;
+    pingAll();
+  }
+  if (pings_.empty()) {
+    answer(driver_.isRunning() ? "runs" : "pauses");
+  }
+}
+
+void SteppedDriver::pingAll() {
+  pw_context_for_each_global(
+      context_,
+      [](void* data, pw_global* global) {
+        auto* self = static_cast<SteppedDriver*>(data);
+        if (std::string_view(pw_global_get_type(global)) != PW_TYPE_INTERFACE_Client) {
+          return 0;
+        }
+        auto* client = static_cast<pw_impl_client*>(pw_global_get_object(global));
+        if (pw_resource* core = pw_impl_client_get_core_resource(client)) {
+          Ping& ping = self->pings_.emplace_back(*self);
+          pw_resource_add_listener(core, &ping.hook, &resourceEvents, &ping);
+          pw_resource_ping(core, 0);
+        }
+        return 0;
+      },
+      this);
+}
+
+void SteppedDriver::answered(const Ping& ping) {
+  pings_.remove_if([&](const Ping& other) { return &other == &ping; });
+  settle();
+}
+
+void SteppedDriver::startCycle() {
+  cycleLength_ = driver_.stampCycle(cycleStart_);
+  if (cycleLength_ > 0) {
+    driver_.startCycle();
+  }
+}
+
+}  // namespace audrel::pwtest
