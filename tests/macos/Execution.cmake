@@ -5,6 +5,10 @@ if(NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
   return()
 endif()
 
+# What one file imports makes macros of what another one names.
+set(isQuick ${CMAKE_UNITY_BUILD})
+set(CMAKE_UNITY_BUILD OFF)
+
 add_library(macos_abi INTERFACE)
 target_compile_options(macos_abi INTERFACE
   "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-runtime=macosx-14.2>"
@@ -35,8 +39,8 @@ target_link_libraries(audrel_macos_platform PUBLIC macos_abi)
 # Optimised, whatever the rest is: only then references go before their scope ends.
 target_compile_options(audrel_macos_platform PRIVATE -O1)
 
-# A unity build is meant to be quick, and knows none of Objective-C++ before CMake 3.29.
-if(CMAKE_UNITY_BUILD)
+# A unity build is meant to be quick, and each file here stays by itself.
+if(isQuick)
   set(common "$<$<COMPILE_LANGUAGE:OBJCXX>:${CMAKE_CURRENT_SOURCE_DIR}/StandardLibrary.h>")
   target_precompile_headers(macos_frameworks PRIVATE "${common}")
   target_precompile_headers(audrel_macos_platform PRIVATE "${common}")
