@@ -195,6 +195,7 @@ class LinuxCaptureAccess : public testing::Test {
   }
 
   std::string socket() const { return folder.path() / "pipewire-0"; }
+  std::string managersSocket() const { return socket() + "-manager"; }
 
   void expectRefusal(const std::string& reason) {
     EXPECT_FALSE(access_.preflightScreenCaptureAccess());
@@ -271,8 +272,9 @@ TEST_F(LinuxCaptureAccess, isRefusedByAServerThatRejectsThisProgram) {
   } else {
     startServer(restriction(), linkFactory);
     // A session manager of 1.x, at a socket where others wait for it.
+    ASSERT_TRUE(support::waitFor([this] { return std::filesystem::is_socket(managersSocket()); }));
     manager = std::make_unique<Manager>(
-        socket() + "-manager", [&](std::uint32_t id, std::string_view, const spa_dict* properties) {
+        managersSocket(), [&](std::uint32_t id, std::string_view, const spa_dict* properties) {
           if (text(properties, PW_KEY_ACCESS) == "restricted") {
             manager->reject(id);
           }
