@@ -308,8 +308,9 @@ TEST_F(LinuxCaptureAccess, isRefusedOnceThePermissionToLinkIsTakenBack) {
           factory = id;
         }
       });
+  ASSERT_TRUE(support::waitFor([&] { return programs == 1; })) << "the manager itself";
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
-  ASSERT_TRUE(support::waitFor([&] { return programs == 2; })) << "the manager and this one";
+  ASSERT_TRUE(support::waitFor([&] { return programs == 2; }));
   manager.hide(factory, lastProgram);
   EXPECT_TRUE(support::waitFor([&] { return !access_.preflightScreenCaptureAccess(); }));
   EXPECT_THAT(log.logger->lines,
