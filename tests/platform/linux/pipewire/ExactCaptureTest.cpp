@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pipewire/pipewire.h>
 
 #include <chrono>
 #include <cmath>
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
@@ -236,7 +238,7 @@ TEST_F(ExactCapture, anApplicationThatAsksForAnotherQuantumMakesNoDifference) {
   expectMadeOf({stampedSegment(0, framesIn(end - begin), {1, 0})}, recorded(recorder));
 }
 
-TEST_F(ExactCapture, aQuantumThatIsForcedMakesNoDifference) {
+TEST_F(ExactCapture, aQuantumThatIsForcedLosesNothingThatIsNotCounted) {
   ASSERT_TRUE(player.open("music", 1));
   startProcess();
   const std::uint64_t begin = server.time()->now();
@@ -250,7 +252,17 @@ TEST_F(ExactCapture, aQuantumThatIsForcedMakesNoDifference) {
   const auto report = player.report("music");
   EXPECT_EQ(report.shortestQuantum, 256U);
   EXPECT_EQ(report.longestQuantum, 2048U);
-  expectMadeOf({stampedSegment(0, framesIn(end - begin), {1, 0})}, recorded(recorder));
+  std::string problem;
+  const auto track = onlyTrack(recorder.samples().audio(), &problem);
+  ASSERT_TRUE(track) << problem;
+  EXPECT_EQ(track->first, (StampPosition{1, 0}));
+  EXPECT_EQ(track->begin, 0U);
+  EXPECT_EQ(track->end, framesIn(end - begin));
+  EXPECT_EQ(track->silent, recorder.lostFrames()) << problem;
+  // Since 1.x a tap is let into no cycle while its stream is stopped and started.
+  if (std::string_view(pw_get_library_version()).starts_with("0.")) {
+    EXPECT_EQ(recorder.lostFrames(), 0U);
+  }
 }
 
 TEST(PacedCapture, cyclesThatARecorderIsTooSlowForAreSilentAndReported) {
