@@ -1,69 +1,36 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <string>
 
+#include "platform/CoreGraphics.h"
 #include "tests/app/AppDelegateTest.h"
 
 namespace audrel {
 namespace {
 
-using fakes::AlertRecord;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
-constexpr const char* opensThePrivacyPane[] = {
-    "urlWithString(\"x-apple.systempreferences:com.apple.preference.security?Privacy_"
-    "ScreenCapture\") -> URL",
-    "workspace.openURL(\"x-apple.systempreferences:com.apple.preference.security?Privacy_"
-    "ScreenCapture\") -> true"};
+constexpr NS::ModalResponse windowWasClosed = -1000;
 
 class Alerts : public AppDelegateTest {
  protected:
-  /// The one alert that was shown.
-  const AlertRecord& alert() const { return *world.appKit.alerts.at(0); }
-
-  void about() { choose("About Audrel\xE2\x80\xA6"); }
+  void about() { choose("About Audrel…"); }
 
   void refusedStart() {
     world.captureAccess.isGranted = false;
     start();
   }
-
-  std::vector<std::string> afterTheAnswer() const {
-    auto lines = world.journal.lines();
-    const auto answer = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
-      return line.starts_with("alert.runModal() -> ");
-    });
-    lines.erase(lines.begin(), answer + 1);
-    return lines;
-  }
 };
 
-TEST_F(Alerts, thatAskForThePermission) {
+TEST_F(Alerts, whoseWindowIsClosedLeadToNothing) {
+  world.appKit.user.answer = windowWasClosed;
+  about();
   refusedStart();
-  EXPECT_EQ(alert(),
-            (AlertRecord{"Permission needed",
-                         "Audrel needs permission to record system audio.\nGrant \"Screen & System "
-                         "Audio Recording\" in System Settings to continue.",
-                         NS::AlertStyle::warning,
-                         {"Open System Settings", "Cancel"},
-                         1}));
-}
-
-TEST_F(Alerts, thatAskForThePermissionOpenThePrivacyPaneAtTheFirstButton) {
-  world.appKit.user.answer = NS::alertFirstButtonReturn;
-  refusedStart();
-  EXPECT_THAT(afterTheAnswer(), testing::ElementsAreArray(opensThePrivacyPane));
-}
-
-TEST_F(Alerts, thatAskForThePermissionDoNothingAtAnyOtherAnswer) {
-  for (const NS::ModalResponse answer : {NS::alertSecondButtonReturn, NS::ModalResponse{-1000}}) {
-    world.journal.clear();
-    world.appKit.user.answer = answer;
-    refusedStart();
-    EXPECT_THAT(afterTheAnswer(), IsEmpty());
-  }
+  EXPECT_EQ(world.appKit.alerts.size(), 2U);
+  EXPECT_THAT(world.journal.lines("urlWithString"), IsEmpty());
 }
 
 TEST_F(Alerts, thatAskForThePermissionCareNotWhetherThePaneOpens) {
@@ -74,63 +41,50 @@ TEST_F(Alerts, thatAskForThePermissionCareNotWhetherThePaneOpens) {
 
 TEST_F(Alerts, ofAFailureHaveOneButtonWhoseAnswerIsIgnored) {
   world.hardware.fail(Call::createProcessTap, -50);
-  for (const NS::ModalResponse answer : {NS::alertFirstButtonReturn, NS::alertSecondButtonReturn}) {
-    world.journal.clear();
+  for (const NS::ModalResponse answer :
+       {NS::alertFirstButtonReturn, NS::alertSecondButtonReturn, windowWasClosed}) {
     world.appKit.user.answer = answer;
     start();
-    EXPECT_THAT(afterTheAnswer(), IsEmpty());
+    EXPECT_THAT(world.appKit.alerts.back()->buttons, ElementsAre("OK"));
+    EXPECT_EQ(journal().back(), "alert.runModal() -> " + std::to_string(answer));
   }
-  EXPECT_EQ(alert(),
-            (AlertRecord{"Recording failed",
-                         "Could not create the audio tap (OSStatus -50). Try restarting Audrel.",
-                         NS::AlertStyle::critical,
-                         {"OK"},
-                         1}));
-}
-
-AlertRecord aboutText(const std::string& permission) {
-  return {"Audrel 1.0.0",
-          "Records your Mac's audio output \xE2\x80\x94 no microphone, no virtual drivers.\n"
-          "Built on Apple's Core Audio Tap API (macOS 14.2+).\n\nTCC permission: " +
-              permission,
-          NS::AlertStyle::informational,
-          {"OK", "Open Privacy Settings"},
-          1};
-}
-
-TEST_F(Alerts, aboutTheProgramEndInGrantedWhenThePermissionIs) {
-  about();
-  EXPECT_EQ(alert(), aboutText("granted"));
-}
-
-TEST_F(Alerts, aboutTheProgramEndInNotGrantedWhenThePermissionIsNot) {
-  world.captureAccess.isGranted = false;
-  about();
-  EXPECT_EQ(alert(), aboutText("not granted"));
 }
 
 TEST_F(Alerts, aboutTheProgramAskForThePermissionAtThatMomentAndNeverRequestIt) {
   about();
   world.captureAccess.isGranted = false;
   about();
-  EXPECT_EQ(*world.appKit.alerts.at(1), aboutText("not granted"));
+  EXPECT_THAT(world.appKit.alerts.at(0)->informativeText, EndsWith("permission: granted"));
+  EXPECT_THAT(world.appKit.alerts.at(1)->informativeText, EndsWith("permission: not granted"));
   EXPECT_THAT(world.journal.lines("CG"), ElementsAre("CGPreflightScreenCaptureAccess() -> true",
                                                      "CGPreflightScreenCaptureAccess() -> false"));
 }
 
-TEST_F(Alerts, aboutTheProgramOpenThePrivacyPaneAtTheSecondButton) {
-  world.appKit.user.answer = NS::alertSecondButtonReturn;
-  about();
-  EXPECT_THAT(afterTheAnswer(), testing::ElementsAreArray(opensThePrivacyPane));
-}
+/// Granted at the first look, and taken away before the second.
+class RevokedAccess final : public CG::CaptureAccess {
+ public:
+  bool preflightScreenCaptureAccess() override { return ++looks_ == 1; }
+  bool requestScreenCaptureAccess() override { return false; }
 
-TEST_F(Alerts, aboutTheProgramDoNothingAtAnyOtherAnswer) {
-  for (const NS::ModalResponse answer : {NS::alertFirstButtonReturn, NS::ModalResponse{-1000}}) {
-    world.journal.clear();
-    world.appKit.user.answer = answer;
-    about();
-    EXPECT_THAT(afterTheAnswer(), IsEmpty());
-  }
+ private:
+  int looks_ = 0;
+};
+
+TEST(PermissionThatTheEngineMisses, isAFailureAndNotThePermissionAlert) {
+  fakes::DesktopWorld world;
+  RevokedAccess access;
+  const Platform whole = world.platform();
+  const Platform platform{
+      whole.audioHardware, whole.audioFramework,      access,      whole.clock,    whole.collation,
+      whole.fileManager,   whole.runningApplications, whole.uuids, whole.dispatch, whole.log,
+      whole.diagnostics};
+  const auto app = AppDelegate::make(platform, world.desktop());
+  app->applicationDidFinishLaunching();
+  app->toggleRecording(nullptr);
+  ASSERT_EQ(world.appKit.alerts.size(), 1U);
+  EXPECT_EQ(world.appKit.alerts.front()->messageText, "Recording failed");
+  EXPECT_EQ(world.appKit.alerts.front()->informativeText,
+            *RecorderError::permissionDenied().errorDescription());
 }
 
 }  // namespace

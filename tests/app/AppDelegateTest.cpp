@@ -1,7 +1,5 @@
 #include "tests/app/AppDelegateTest.h"
 
-#include "tests/app/Summary.h"
-
 namespace audrel {
 
 AppDelegateTest::AppDelegateTest() {
@@ -36,14 +34,19 @@ void AppDelegateTest::relaunch() {
   world.journal.clear();
 }
 
+std::vector<std::string> AppDelegateTest::revealed() const {
+  std::vector<std::string> paths;
+  const std::string call = "workspace.activateFileViewerSelecting(\"";
+  for (const std::string& line : world.journal.lines(call)) {
+    paths.push_back(line.substr(call.size(), line.size() - call.size() - 2));
+  }
+  return paths;
+}
+
 std::vector<std::string> AppDelegateTest::journal() {
   auto lines = world.journal.lines();
   world.journal.clear();
   return lines;
-}
-
-std::vector<std::string> AppDelegateTest::summary() {
-  return summaryOf(journal());
 }
 
 }  // namespace audrel

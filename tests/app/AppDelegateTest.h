@@ -16,7 +16,8 @@
 namespace audrel {
 
 /// A launched controller on a scripted system, and the user who works with its menu. The journal
-/// begins after the launch.
+/// begins after the launch. What stands in docs/transcripts, call by call, item by item and word by
+/// word, is asserted by no other test again.
 class AppDelegateTest : public testing::Test {
  protected:
   using Call = fakes::FakeHardware::Call;
@@ -53,11 +54,14 @@ class AppDelegateTest : public testing::Test {
   bool isRecording() const { return Inspector::engine(*app).isRecording(); }
   fakes::MenuContents menu() { return statusItem().menu().contents(); }
 
+  std::vector<std::string> marked() { return fakes::markedIn(menu()); }
+  std::vector<std::string> applications() { return fakes::applicationsIn(menu()); }
+
+  /// The paths that the file viewer was asked to select.
+  std::vector<std::string> revealed() const;
+
   /// What happened since the last call.
   std::vector<std::string> journal();
-  /// The same with each start and stop of the engine, each drawing of the status item and each
-  /// making of a menu in one line.
-  std::vector<std::string> summary();
 
   fakes::ScopedVariable utc{"TZ", "UTC0"};
   fakes::DesktopWorld world;

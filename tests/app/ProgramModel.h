@@ -25,7 +25,7 @@ class ProgramModel {
   std::map<std::string, std::string> settings;
 
   // What the program shows and has.
-  std::string menu;  ///< as `outlineOf` tells of the real one
+  std::string menu;  ///< as `fakes::outlineOf` tells of the real one
   std::string statusTitle;
   std::string statusImage = "idle";  ///< "idle", "red" or "orange"
   bool isRecording = false;

@@ -25,30 +25,6 @@ namespace {
 using Call = fakes::FakeHardware::Call;
 using Item = std::shared_ptr<fakes::FakeMenuItem>;
 
-/// One item a line, what is in a submenu behind ">".
-std::string outlineOf(const fakes::MenuContents& menu, const std::string& prefix = "") {
-  std::string outline;
-  for (const fakes::ItemContents& item : menu.items) {
-    outline += prefix + (item.isSeparator ? "-" : item.title) + (item.isOn ? " *" : "") +
-               (item.isEnabled ? "\n" : " (off)\n");
-    if (item.submenu) {
-      outline += outlineOf(*item.submenu, prefix + "> ");
-    }
-  }
-  return outline;
-}
-
-void addChoices(const fakes::MenuContents& menu, std::vector<std::string>& titles) {
-  for (const fakes::ItemContents& item : menu.items) {
-    if (item.action && item.isEnabled) {
-      titles.push_back(item.title);
-    }
-    if (item.submenu) {
-      addChoices(*item.submenu, titles);
-    }
-  }
-}
-
 class RandomWalk : public AppDelegateTest {
  protected:
   void SetUp() override {
@@ -197,7 +173,11 @@ class RandomWalk : public AppDelegateTest {
 
   void chooseCurrent() {
     std::vector<std::string> titles;
-    addChoices(menu(), titles);
+    fakes::forEachItem(menu(), [&](const fakes::ItemContents& item) {
+      if (item.action && item.isEnabled) {
+        titles.push_back(item.title);
+      }
+    });
     choose(statusItem().menu().item(titles[below(titles.size())]));
   }
 
@@ -230,7 +210,7 @@ class RandomWalk : public AppDelegateTest {
   }
 
   void agree() {
-    EXPECT_EQ(outlineOf(menu()), model.menu);
+    EXPECT_EQ(fakes::outlineOf(menu()), model.menu);
     EXPECT_EQ(button().title(), model.statusTitle);
     EXPECT_EQ(button().image().find("systemRedColor") != std::string::npos,
               model.statusImage == "red");
@@ -243,17 +223,9 @@ class RandomWalk : public AppDelegateTest {
     EXPECT_EQ(world.hardware.installedIOProcs(), running);
     EXPECT_EQ(world.hardware.taps().size(), running + model.tapsLeftBehind);
     EXPECT_EQ(world.userDefaults.values, model.settings);
-    EXPECT_EQ(world.journal.lines("workspace.activateFileViewerSelecting"), revelations());
+    EXPECT_EQ(revealed(), model.revealed);
     model.revealed.clear();
     agreeOnAlerts();
-  }
-
-  std::vector<std::string> revelations() const {
-    std::vector<std::string> lines;
-    for (const std::string& file : model.revealed) {
-      lines.push_back("workspace.activateFileViewerSelecting(\"" + file + "\")");
-    }
-    return lines;
   }
 
   void agreeOnAlerts() {

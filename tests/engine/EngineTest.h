@@ -15,13 +15,16 @@
 
 namespace audrel {
 
-/// An engine on a scripted system, whose journal begins when the engine is made.
+/// An engine on a scripted system, whose journal begins when the engine is made. What stands in
+/// docs/transcripts, call by call and line by line, is asserted by no other test again.
 class EngineTest : public testing::Test {
  protected:
   using Call = fakes::FakeHardware::Call;
   using Inspector = RecordingEngineInspector;
 
   EngineTest() { world.journal.clear(); }
+
+  static RecordingSource radio() { return RecordingSource::process(70, "Radio", std::nullopt); }
 
   static std::filesystem::path outputURL(RecordingFormat format) {
     return "/recordings/new." + std::string(format.rawValue());
@@ -42,6 +45,14 @@ class EngineTest : public testing::Test {
   /// One cycle of `frames` frames of interleaved stereo floats.
   void cycle(std::uint32_t frames = 512) {
     world.hardware.cycle(fakes::InputCycle({frames * 8}).list());
+  }
+
+  /// A log line of the engine.
+  static std::string info(const std::string& line) {
+    return "log io.github.audrel.Audrel [engine] info: " + line;
+  }
+  static std::string error(const std::string& line) {
+    return "log io.github.audrel.Audrel [engine] error: " + line;
   }
 
   fakes::World world;

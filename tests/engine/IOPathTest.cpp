@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "tests/engine/EngineTest.h"
-#include "tests/engine/ExpectedJournal.h"
 
 namespace audrel {
 namespace {
@@ -13,6 +12,7 @@ namespace {
 using fakes::InputCycle;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Bytes = std::vector<std::byte>;
 
 class IOPath : public EngineTest {
  protected:
@@ -28,10 +28,29 @@ class IOPath : public EngineTest {
     world.journal.clear();
   }
 
+  void deliver(const InputCycle& input) { engine->handleIOProc(&input.list()); }
+
   /// What the file has received in all, after every queued write ran.
   const std::vector<fakes::WrittenBuffer>& written() {
     world.dispatch.queue().runAll();
     return world.audio.files.back()->writes;
+  }
+
+  /// What became of `input`, the first that is delivered.
+  fakes::WrittenBuffer writtenOf(const InputCycle& input) {
+    deliver(input);
+    EXPECT_EQ(written().size(), 1U);
+    return written().empty() ? fakes::WrittenBuffer{} : written().front();
+  }
+
+  void expectNothingCameOf(const InputCycle& input) {
+    deliver(input);
+    EXPECT_THAT(world.journal.lines(), IsEmpty());
+    EXPECT_EQ(engine->underrunCount(), 0);
+  }
+
+  static Bytes first(std::ptrdiff_t size, const Bytes& bytes) {
+    return {bytes.begin(), bytes.begin() + size};
   }
 
   static CA::OSStatus callBack(const InputCycle& input, void* clientData) {
@@ -57,10 +76,10 @@ TEST_F(IOPath, theCallbackAnswers0WhateverHappens) {
 TEST_F(IOPath, theCallbackHandsOverTheInputAndWritesNothingToTheOutput) {
   record();
   const InputCycle input({4096});
-  std::vector<std::byte> outputBytes(64, std::byte{7});
+  Bytes outputBytes(64, std::byte{7});
   CA::AudioBufferList output{1, {{2, 64, outputBytes.data()}}};
   ioProcCallback(0, nullptr, &input.list(), nullptr, &output, nullptr, engine.get());
-  EXPECT_EQ(outputBytes, std::vector<std::byte>(64, std::byte{7}));
+  EXPECT_EQ(outputBytes, Bytes(64, std::byte{7}));
   EXPECT_EQ(output.mBuffers[0].mDataByteSize, 64U);
   EXPECT_EQ(written().size(), 1U);
 }
@@ -78,84 +97,59 @@ TEST_F(IOPath, theCallbackHoldsTheEngineForTheLengthOfTheCall) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(IOPath, oneCycleIsOneBufferOneCopyAndOneItem) {
-  record();
-  cycle(512);
-  EXPECT_THAT(world.journal.lines(),
-              ElementsAre("AVAudioPCMBuffer(512 frames) -> buffer", "writerQueue.async(item 1)"));
-  world.journal.clear();
-  world.dispatch.queue().runAll();
-  EXPECT_THAT(world.journal.lines(),
-              ElementsAre("writerQueue runs item 1", "file.write(512 frames) -> ok"));
-}
-
 TEST_F(IOPath, withoutAWriterFormatACycleIsDroppedAndNotCounted) {
-  engine->handleIOProc(&InputCycle({4096}).list());
-  EXPECT_THAT(world.journal.lines(), IsEmpty());
-  EXPECT_EQ(engine->underrunCount(), 0);
+  expectNothingCameOf(InputCycle({4096}));
 }
 
 TEST_F(IOPath, anEmptyInputListIsDroppedAndNotCounted) {
   record();
-  engine->handleIOProc(&InputCycle({}).list());
-  EXPECT_THAT(world.journal.lines(), IsEmpty());
-  EXPECT_EQ(engine->underrunCount(), 0);
+  expectNothingCameOf(InputCycle({}));
 }
 
 TEST_F(IOPath, lessThanOneFrameIsDroppedAndNotCounted) {
   record();
-  engine->handleIOProc(&InputCycle({6}).list());
-  engine->handleIOProc(&InputCycle({0}).list());
-  EXPECT_THAT(world.journal.lines(), IsEmpty());
-  EXPECT_EQ(engine->underrunCount(), 0);
+  expectNothingCameOf(InputCycle({6}));
+  expectNothingCameOf(InputCycle({0}));
 }
 
 TEST_F(IOPath, aFrameSizeOf0IsDroppedAndNotCounted) {
   record(0);
-  engine->handleIOProc(&InputCycle({4096}).list());
-  EXPECT_THAT(world.journal.lines(), IsEmpty());
-  EXPECT_EQ(engine->underrunCount(), 0);
+  expectNothingCameOf(InputCycle({4096}));
 }
 
 TEST_F(IOPath, exactlyOneFrameIsWritten) {
   record();
-  engine->handleIOProc(&InputCycle({8}).list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_EQ(written()[0].frames, 1U);
+  EXPECT_EQ(writtenOf(InputCycle({8})).frames, 1U);
 }
 
 TEST_F(IOPath, twoBuffersOf4096BytesAreOneBufferOf512FramesOf8Bytes) {
   record(8, 2);
   const InputCycle input({4096, 4096});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_EQ(written()[0].frames, 512U);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(input.bytes(0), input.bytes(1)));
+  const auto buffer = writtenOf(input);
+  EXPECT_EQ(buffer.frames, 512U);
+  EXPECT_THAT(buffer.buffers, ElementsAre(input.bytes(0), input.bytes(1)));
 }
 
 TEST_F(IOPath, twoBuffersOf4096BytesAreOneBufferOf1024FramesOf4Bytes) {
   record(4, 2);
   const InputCycle input({4096, 4096});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_EQ(written()[0].frames, 1024U);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(input.bytes(0), input.bytes(1)));
+  const auto buffer = writtenOf(input);
+  EXPECT_EQ(buffer.frames, 1024U);
+  EXPECT_THAT(buffer.buffers, ElementsAre(input.bytes(0), input.bytes(1)));
 }
 
 TEST_F(IOPath, theRemainderBehindTheLastWholeFrameIsDropped) {
   record();
   const InputCycle input({12});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_EQ(written()[0].frames, 1U);
-  const auto& bytes = input.bytes(0);
-  EXPECT_EQ(written()[0].buffers[0], std::vector(bytes.begin(), bytes.begin() + 8));
+  const auto buffer = writtenOf(input);
+  EXPECT_EQ(buffer.frames, 1U);
+  EXPECT_THAT(buffer.buffers, ElementsAre(first(8, input.bytes(0))));
 }
 
 TEST_F(IOPath, theFirstBufferAloneDecidesTheFrameCount) {
   record(4, 2);
-  engine->handleIOProc(&InputCycle({40, 400}).list());
-  engine->handleIOProc(&InputCycle({400, 0}).list());
+  deliver(InputCycle({40, 400}));
+  deliver(InputCycle({400, 0}));
   ASSERT_EQ(written().size(), 2U);
   EXPECT_EQ(written()[0].frames, 10U);
   EXPECT_EQ(written()[1].frames, 100U);
@@ -164,11 +158,7 @@ TEST_F(IOPath, theFirstBufferAloneDecidesTheFrameCount) {
 TEST_F(IOPath, aLaterBufferThatIsLargerIsCutToItsDestination) {
   record(4, 2);
   const InputCycle input({40, 4096});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  const auto& large = input.bytes(1);
-  EXPECT_EQ(written()[0].buffers[0], input.bytes(0));
-  EXPECT_EQ(written()[0].buffers[1], std::vector(large.begin(), large.begin() + 40));
+  EXPECT_THAT(writtenOf(input).buffers, ElementsAre(input.bytes(0), first(40, input.bytes(1))));
 }
 
 TEST_F(IOPath, noSizeIsTakenForANegativeOne) {
@@ -176,15 +166,12 @@ TEST_F(IOPath, noSizeIsTakenForANegativeOne) {
   record(4, 2);
   InputCycle input({40, 4096});
   input.claimSize(1, huge);
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  const auto& large = input.bytes(1);
-  EXPECT_EQ(written()[0].buffers[1], std::vector(large.begin(), large.begin() + 40));
+  EXPECT_EQ(writtenOf(input).buffers.back(), first(40, input.bytes(1)));
 
   world.audio.hasNoMemory = true;
   world.journal.clear();
   input.claimSize(0, huge);
-  engine->handleIOProc(&input.list());
+  deliver(input);
   EXPECT_THAT(world.journal.lines(), ElementsAre("AVAudioPCMBuffer(1073741822 frames) -> nothing"));
   EXPECT_EQ(engine->underrunCount(), 1);
 }
@@ -192,99 +179,46 @@ TEST_F(IOPath, noSizeIsTakenForANegativeOne) {
 TEST_F(IOPath, aLaterBufferThatIsSmallerLeavesTheRestOfItsDestinationAsAllocated) {
   record(4, 2);
   const InputCycle input({40, 8});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  std::vector<std::byte> expectedBytes = input.bytes(1);
-  expectedBytes.resize(40);
-  EXPECT_EQ(written()[0].buffers[1], expectedBytes);
+  Bytes expected = input.bytes(1);
+  expected.resize(40);
+  EXPECT_EQ(writtenOf(input).buffers.back(), expected);
 }
 
 TEST_F(IOPath, ofMoreInputBuffersThanThePCMBufferHasTheFirstAreCopied) {
   record(4, 1);
   const InputCycle input({40, 40, 40});
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(input.bytes(0)));
+  EXPECT_THAT(writtenOf(input).buffers, ElementsAre(input.bytes(0)));
 }
 
 TEST_F(IOPath, buffersThatNoInputFillsAreLeftAsAllocated) {
   record(4, 3);
   const InputCycle input({40}, 1);
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  const std::vector<std::byte> silence(40);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(input.bytes(0), silence, silence));
+  EXPECT_THAT(writtenOf(input).buffers, ElementsAre(input.bytes(0), Bytes(40), Bytes(40)));
 }
 
 TEST_F(IOPath, aSourceBufferWithoutDataIsSkippedAndTheRestIsCopied) {
   record(4, 2);
   InputCycle input({40, 40}, 1);
   input.removeData(0);
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_EQ(written()[0].frames, 10U);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(std::vector<std::byte>(40), input.bytes(1)));
+  const auto buffer = writtenOf(input);
+  EXPECT_EQ(buffer.frames, 10U);
+  EXPECT_THAT(buffer.buffers, ElementsAre(Bytes(40), input.bytes(1)));
 }
 
 TEST_F(IOPath, aDestinationBufferWithoutDataIsSkippedAndTheRestIsCopied) {
   world.audio.buffersWithoutData = {0};
   record(4, 2);
   const InputCycle input({40, 40}, 1);
-  engine->handleIOProc(&input.list());
-  ASSERT_EQ(written().size(), 1U);
-  EXPECT_THAT(written()[0].buffers, ElementsAre(std::vector<std::byte>(40), input.bytes(1)));
+  EXPECT_THAT(writtenOf(input).buffers, ElementsAre(Bytes(40), input.bytes(1)));
 }
 
-TEST_F(IOPath, aBufferThatCannotBeAllocatedIsCountedAndItsCycleDropped) {
+TEST_F(IOPath, everyCycleHasABufferOfItsOwnAndItsInputMayChangeAsSoonAsTheCallReturns) {
   record();
-  world.audio.hasNoMemory = true;
-  cycle();
-  EXPECT_EQ(engine->underrunCount(), 1);
-  EXPECT_THAT(world.journal.lines(), ElementsAre("AVAudioPCMBuffer(512 frames) -> nothing"));
-  world.audio.hasNoMemory = false;
-  cycle();
-  EXPECT_EQ(engine->underrunCount(), 1);
-  EXPECT_EQ(written().size(), 1U);
-}
-
-TEST_F(IOPath, everyCycleHasABufferOfItsOwn) {
-  record();
-  const InputCycle first({64}, 1);
-  const InputCycle second({64}, 100);
-  engine->handleIOProc(&first.list());
-  engine->handleIOProc(&second.list());
+  deliver(InputCycle({64}, 1));
+  deliver(InputCycle({64}, 100));
   ASSERT_EQ(written().size(), 2U);
-  EXPECT_EQ(written()[0].buffers[0], first.bytes(0));
-  EXPECT_EQ(written()[1].buffers[0], second.bytes(0));
-}
-
-TEST_F(IOPath, theInputMayChangeAsSoonAsTheCallReturns) {
-  record();
-  {
-    const InputCycle gone({64}, 1);
-    engine->handleIOProc(&gone.list());
-  }
   EXPECT_EQ(written()[0].buffers[0], InputCycle({64}, 1).bytes(0));
-}
-
-TEST_F(IOPath, aWriteThatFailsIsLoggedOncePerBufferAndTheRecordingGoesOn) {
-  record();
-  world.audio.writeError = NS::Error{NS::POSIXErrorDomain, 28, "The disk is full."};
-  cycle();
-  cycle();
-  world.dispatch.queue().runAll();
-  EXPECT_THAT(world.journal.lines("log "),
-              ElementsAre(expected::error("AVAudioFile.write failed: The disk is full."),
-                          expected::error("AVAudioFile.write failed: The disk is full.")));
-  EXPECT_TRUE(engine->isRecording());
-  EXPECT_EQ(engine->underrunCount(), 0);
-
-  world.audio.writeError = std::nullopt;
-  cycle();
-  EXPECT_EQ(written().size(), 1U);
-  engine->stop();
-  EXPECT_EQ(world.journal.lines().back(),
-            expected::info("Recording stopped — elapsed=0.0s underruns=0"));
+  EXPECT_EQ(written()[1].buffers[0], InputCycle({64}, 100).bytes(0));
 }
 
 TEST_F(IOPath, releasingTheEngineWhileItemsAreQueuedMakesThemDoNothing) {
@@ -315,23 +249,11 @@ TEST_F(IOPath, aCycleHandedOffAfterTheFileWasClearedDoesNothing) {
   record();
   engine->stop();
   world.journal.clear();
-  engine->handleIOProc(&InputCycle({64}).list());
+  deliver(InputCycle({64}));
   world.dispatch.queue().runAll();
   EXPECT_THAT(world.journal.lines(),
               ElementsAre("AVAudioPCMBuffer(8 frames) -> buffer", "writerQueue.async(item 1)",
                           "writerQueue runs item 1"));
-}
-
-TEST_F(IOPath, itemsOfAnEarlierRecordingNeverWriteToALaterFile) {
-  record();
-  cycle();
-  engine->stop();
-  ASSERT_EQ(start(), std::nullopt);
-  cycle();
-  cycle();
-  engine->stop();
-  EXPECT_EQ(world.audio.files[0]->writes.size(), 1U);
-  EXPECT_EQ(world.audio.files[1]->writes.size(), 2U);
 }
 
 }  // namespace

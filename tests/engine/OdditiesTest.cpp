@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "tests/engine/EngineTest.h"
-#include "tests/engine/ExpectedJournal.h"
 
 namespace audrel {
 namespace {
@@ -105,28 +104,10 @@ TEST_F(Oddities, theStreamDescriptionOfTheTapIsKeptByStop) {
   EXPECT_EQ(Inspector::tapStreamDescription(*engine), world.hardware.tapFormat);
 }
 
-TEST_F(Oddities, aStreamDescriptionThatDescribesNoFormatIsStatusMinus1WithoutALogLine) {
-  world.audio.makesNoFormat = true;
-  EXPECT_EQ(start(), RecorderError::streamFormatUnavailable(-1));
-  EXPECT_THAT(world.journal.lines("log "), IsEmpty());
-}
-
 TEST_F(Oddities, whatAFormatQueryDoesNotWriteIs0) {
   world.hardware.yieldNothing(Call::tapFormat);
   EXPECT_EQ(start(), RecorderError::streamFormatUnavailable(-1));
   EXPECT_EQ(Inspector::tapStreamDescription(*engine), CA::AudioStreamBasicDescription{});
-}
-
-TEST_F(Oddities, withoutADefaultOutputDeviceTheStatusIs0AndNothingIsLogged) {
-  world.hardware.yieldNothing(Call::defaultOutputDevice);
-  world.journal.clear();
-  EXPECT_EQ(start(), RecorderError::aggregateDeviceFailed(0));
-  EXPECT_THAT(world.journal.lines("log io.github.audrel.Audrel [engine] error"), IsEmpty());
-}
-
-TEST_F(Oddities, aDeviceThatDoesNotStartIsReportedAsAnIOProcThatCannotBeInstalled) {
-  world.hardware.fail(Call::deviceStart, 5);
-  EXPECT_EQ(start(), RecorderError::ioProcInstallFailed(5));
 }
 
 TEST_F(Oddities, aFailingStartClosesItsFileWithoutTheQueue) {
@@ -154,13 +135,6 @@ TEST_F(Oddities, writerFormatIsKeptByStop) {
   EXPECT_NE(format, nullptr);
 }
 
-TEST_F(Oddities, theSourceIsKeptByAStartThatFailed) {
-  const auto radio = RecordingSource::process(70, "Radio", std::nullopt);
-  world.hardware.fail(Call::createProcessTap, -1);
-  ASSERT_NE(start(radio), std::nullopt);
-  EXPECT_EQ(engine->source(), radio);
-}
-
 TEST_F(Oddities, theUnderrunCountIsKeptByStop) {
   ASSERT_EQ(start(), std::nullopt);
   world.audio.hasNoMemory = true;
@@ -176,9 +150,7 @@ TEST_F(Oddities, aWriteThatFailsIsOneErrorLineForEachBufferAndNoMore) {
     cycle();
   }
   world.dispatch.queue().runAll();
-  EXPECT_EQ(
-      world.journal.lines(expected::error("AVAudioFile.write failed: The disk is full.")).size(),
-      100U);
+  EXPECT_EQ(world.journal.lines(error("AVAudioFile.write failed: The disk is full.")).size(), 100U);
   EXPECT_TRUE(engine->isRecording());
 }
 

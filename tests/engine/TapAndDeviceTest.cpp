@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "tests/engine/EngineTest.h"
-#include "tests/engine/ExpectedJournal.h"
 #include "tests/fakes/ScopedCommaLocale.h"
 
 namespace audrel {
@@ -28,47 +27,6 @@ TEST_F(TapAndDevice, theTapOfAProcessListsThatOneProcessObject) {
   ASSERT_EQ(start(RecordingSource::process(4'000'000'000, "Radio", "x")), std::nullopt);
   EXPECT_EQ(world.hardware.lastTapDescription->kind, Kind::stereoMixdownOfProcesses);
   EXPECT_THAT(world.hardware.lastTapDescription->processes, ElementsAre(4'000'000'000));
-}
-
-TEST_F(TapAndDevice, whatIsTappedStaysAudible) {
-  for (const auto& source :
-       {RecordingSource::allSystemAudio(), RecordingSource::process(7, "Radio", "x")}) {
-    ASSERT_EQ(start(source), std::nullopt);
-    EXPECT_EQ(world.hardware.lastTapDescription->muteBehavior, CA::TapMuteBehavior::unmuted);
-    engine->stop();
-  }
-}
-
-TEST_F(TapAndDevice, onTheTapTheMuteBehaviourAndTheNameAreSetAndNothingElse) {
-  ASSERT_EQ(start(), std::nullopt);
-  const auto& [kind, processes, muteBehavior, name] = *world.hardware.lastTapDescription;
-  EXPECT_EQ(kind, Kind::stereoGlobalTapButExcludeProcesses);
-  EXPECT_THAT(processes, IsEmpty());
-  EXPECT_EQ(muteBehavior, CA::TapMuteBehavior::unmuted);
-  EXPECT_EQ(name, "Audrel Tap");
-}
-
-TEST_F(TapAndDevice, theAggregateDeviceHasExactlySevenEntriesOfTheseTypes) {
-  ASSERT_EQ(start(), std::nullopt);
-  const auto& entries = world.hardware.lastAggregateDescription->entries;
-  EXPECT_EQ(entries.size(), 7U);
-  EXPECT_EQ(std::get<std::string>(entries.at("name")), "Audrel Tap");
-  EXPECT_EQ(std::get<std::string>(entries.at("uid")), "00000000-0000-4000-8000-000000000001");
-  EXPECT_EQ(std::get<std::string>(entries.at("master")), "fake-output");
-  EXPECT_EQ(std::get<bool>(entries.at("private")), true);
-  EXPECT_EQ(std::get<bool>(entries.at("stacked")), false);
-  EXPECT_EQ(std::get<bool>(entries.at("tapautostart")), true);
-  EXPECT_EQ(std::get<std::vector<CA::Description>>(entries.at("taps")).size(), 1U);
-}
-
-TEST_F(TapAndDevice, theListOfTapsHasOneTapByItsUIDWithDriftCompensation) {
-  ASSERT_EQ(start(), std::nullopt);
-  const auto& entries = world.hardware.lastAggregateDescription->entries;
-  const auto taps = std::get<std::vector<CA::Description>>(entries.at("taps"));
-  ASSERT_EQ(taps.size(), 1U);
-  EXPECT_EQ(taps.front().entries.size(), 2U);
-  EXPECT_EQ(std::get<std::string>(taps.front().entries.at("uid")), "fake-tap-101");
-  EXPECT_EQ(std::get<bool>(taps.front().entries.at("drift")), true);
 }
 
 TEST_F(TapAndDevice, theOutputDeviceIsTheClockAndNoSubDevice) {
@@ -100,7 +58,7 @@ TEST_P(TapFormat, isLoggedInFullAndTheFileIsOpenedInIt) {
   world.hardware.tapFormat = GetParam().format;
   ASSERT_EQ(start(), std::nullopt);
   EXPECT_THAT(world.journal.lines("log io.github.audrel.Audrel [engine] info: Tap format"),
-              ElementsAre(expected::info(GetParam().line)));
+              ElementsAre(info(GetParam().line)));
   const auto& format = *Inspector::writerFormat(*engine);
   const auto& file = *world.audio.files.front();
   EXPECT_EQ(file.commonFormat, format.commonFormat());
@@ -135,11 +93,14 @@ INSTANTIATE_TEST_SUITE_P(
             "Tap format — sampleRate=48000.000000, channels=2, interleaved=true, common=0"}));
 
 TEST_F(TapAndDevice, theLinesOfAStartFollowNoLocale) {
+  ASSERT_EQ(start(), std::nullopt);
+  engine->stop();
+  const auto lines = world.journal.lines("log ");
+  world.journal.clear();
   const fakes::ScopedCommaLocale locale;
   ASSERT_EQ(start(), std::nullopt);
-  EXPECT_EQ(world.journal.lines("log "),
-            (expected::Lines{expected::startUpTo(expected::Step::logTapFormat).back(),
-                             expected::startUpTo(expected::Step::logStarted).back()}));
+  engine->stop();
+  EXPECT_EQ(world.journal.lines("log "), lines);
 }
 
 }  // namespace

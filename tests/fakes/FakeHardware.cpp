@@ -15,10 +15,6 @@ namespace {
 /// What a failing call leaves in its results.
 constexpr std::uint32_t scribble = 0xBADBAD;
 
-std::string status(CA::OSStatus status) {
-  return "status " + std::to_string(status);
-}
-
 std::string code(std::uint32_t fourCharCode) {
   std::string text;
   for (unsigned shift = 32; shift != 0; shift -= 8) {
@@ -92,8 +88,11 @@ std::string bytesOf(const Value& value) {
   return bytes;
 }
 
-bool forget(std::vector<CA::AudioObjectID>& objects, CA::AudioObjectID object) {
-  return std::erase(objects, object) != 0;
+std::string propertyCall(const char* name, CA::AudioObjectID object,
+                         const CA::AudioObjectPropertyAddress& address, std::uint32_t qualifierSize,
+                         const void* qualifier) {
+  return std::string(name) + "(" + std::to_string(object) + ", " + shown(address) + ", " +
+         shownQualifier(qualifierSize, qualifier) + ", ";
 }
 
 }  // namespace
@@ -113,6 +112,11 @@ CA::AudioStreamBasicDescription FakeHardware::floatStereo() {
 void FakeHardware::restore(Call call) {
   failures_.erase(call);
   empty_.erase(call);
+}
+
+void FakeHardware::restore() {
+  failures_.clear();
+  empty_.clear();
 }
 
 CA::OSStatus FakeHardware::cycle(const CA::AudioBufferList& input) {
@@ -138,9 +142,42 @@ std::vector<CA::AudioObjectID> FakeHardware::aggregateDevices() const {
   return aggregateDevices_;
 }
 
+CA::OSStatus FakeHardware::journaled(const std::string& line, CA::OSStatus status,
+                                     const std::string& result) {
+  journal_.add(line + " -> status " + std::to_string(status) + result);
+  return status;
+}
+
 CA::OSStatus FakeHardware::statusOf(Call call) const {
   const auto failure = failures_.find(call);
   return failure == failures_.end() ? CA::kAudioHardwareNoError : failure->second;
+}
+
+/// A call that was told to fail keeps its own status whatever it is given.
+CA::OSStatus FakeHardware::statusOf(Call call, bool isKnown) const {
+  const CA::OSStatus status = statusOf(call);
+  return status == 0 && !isKnown ? CA::kAudioHardwareBadObjectError : status;
+}
+
+CA::OSStatus FakeHardware::create(Call call, const std::string& line, const char* kind,
+                                  std::vector<CA::AudioObjectID>& objects,
+                                  CA::AudioObjectID& nextID, CA::AudioObjectID* outID) {
+  if (const CA::OSStatus status = statusOf(call); status != 0) {
+    *outID = scribble;
+    return journaled(line, status);
+  }
+  if (yieldsNothing(call)) {
+    return journaled(line, 0, std::string(", no ") + kind);
+  }
+  *outID = nextID++;
+  objects.push_back(*outID);
+  return journaled(line, 0, std::string(", ") + kind + " " + std::to_string(*outID));
+}
+
+CA::OSStatus FakeHardware::destroy(Call call, const char* name,
+                                   std::vector<CA::AudioObjectID>& objects, CA::AudioObjectID id) {
+  const bool isKnown = std::erase(objects, id) != 0;
+  return journaled(std::string(name) + "(" + std::to_string(id) + ")", statusOf(call, isKnown));
 }
 
 FakeHardware::IOProc* FakeHardware::find(CA::AudioDeviceIOProcID ioProcID) const {
@@ -160,64 +197,33 @@ std::string FakeHardware::nameOf(CA::AudioDeviceIOProcID ioProcID) const {
   return ioProc == nullptr ? "unknown ioProc" : "ioProc " + std::to_string(ioProc->number);
 }
 
+std::string FakeHardware::deviceCall(const char* name, CA::AudioObjectID device,
+                                     CA::AudioDeviceIOProcID ioProcID) const {
+  return std::string(name) + "(" + std::to_string(device) + ", " + nameOf(ioProcID) + ")";
+}
+
 CA::OSStatus FakeHardware::AudioHardwareCreateProcessTap(const CA::TapDescription& description,
                                                          CA::AudioObjectID* outTapID) {
   lastTapDescription = description;
-  const std::string call = "AudioHardwareCreateProcessTap(" + shown(description) + ") -> ";
-  const CA::OSStatus result = statusOf(Call::createProcessTap);
-  if (result != 0) {
-    *outTapID = scribble;
-    journal_.add(call + status(result));
-    return result;
-  }
-  if (yieldsNothing(Call::createProcessTap)) {
-    journal_.add(call + status(0) + ", no tap");
-    return 0;
-  }
-  *outTapID = nextTap_++;
-  taps_.push_back(*outTapID);
-  journal_.add(call + status(0) + ", tap " + std::to_string(*outTapID));
-  return 0;
+  return create(Call::createProcessTap, "AudioHardwareCreateProcessTap(" + shown(description) + ")",
+                "tap", taps_, nextTap_, outTapID);
 }
 
 CA::OSStatus FakeHardware::AudioHardwareDestroyProcessTap(CA::AudioObjectID tapID) {
-  CA::OSStatus result = statusOf(Call::destroyProcessTap);
-  if (!forget(taps_, tapID) && result == 0) {
-    result = CA::kAudioHardwareBadObjectError;
-  }
-  journal_.add("AudioHardwareDestroyProcessTap(" + std::to_string(tapID) + ") -> " +
-               status(result));
-  return result;
+  return destroy(Call::destroyProcessTap, "AudioHardwareDestroyProcessTap", taps_, tapID);
 }
 
 CA::OSStatus FakeHardware::AudioHardwareCreateAggregateDevice(const CA::Description& description,
                                                               CA::AudioObjectID* outDeviceID) {
   lastAggregateDescription = description;
-  const std::string call = "AudioHardwareCreateAggregateDevice(" + shown(description) + ") -> ";
-  const CA::OSStatus result = statusOf(Call::createAggregateDevice);
-  if (result != 0) {
-    *outDeviceID = scribble;
-    journal_.add(call + status(result));
-    return result;
-  }
-  if (yieldsNothing(Call::createAggregateDevice)) {
-    journal_.add(call + status(0) + ", no device");
-    return 0;
-  }
-  *outDeviceID = nextAggregateDevice_++;
-  aggregateDevices_.push_back(*outDeviceID);
-  journal_.add(call + status(0) + ", device " + std::to_string(*outDeviceID));
-  return 0;
+  return create(Call::createAggregateDevice,
+                "AudioHardwareCreateAggregateDevice(" + shown(description) + ")", "device",
+                aggregateDevices_, nextAggregateDevice_, outDeviceID);
 }
 
 CA::OSStatus FakeHardware::AudioHardwareDestroyAggregateDevice(CA::AudioObjectID deviceID) {
-  CA::OSStatus result = statusOf(Call::destroyAggregateDevice);
-  if (!forget(aggregateDevices_, deviceID) && result == 0) {
-    result = CA::kAudioHardwareBadObjectError;
-  }
-  journal_.add("AudioHardwareDestroyAggregateDevice(" + std::to_string(deviceID) + ") -> " +
-               status(result));
-  return result;
+  return destroy(Call::destroyAggregateDevice, "AudioHardwareDestroyAggregateDevice",
+                 aggregateDevices_, deviceID);
 }
 
 CA::OSStatus FakeHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device,
@@ -226,88 +232,69 @@ CA::OSStatus FakeHardware::AudioDeviceCreateIOProcID(CA::AudioObjectID device,
                                                      CA::AudioDeviceIOProcID* outIOProcID) {
   lastIOProc = procedure;
   lastClientData = clientData;
-  const std::string call = "AudioDeviceCreateIOProcID(" + std::to_string(device) + ") -> ";
-  const CA::OSStatus result = statusOf(Call::createIOProcID);
-  if (result != 0) {
+  const std::string line = "AudioDeviceCreateIOProcID(" + std::to_string(device) + ")";
+  if (const CA::OSStatus status = statusOf(Call::createIOProcID); status != 0) {
     *outIOProcID = reinterpret_cast<CA::AudioDeviceIOProcID>(this);
-    journal_.add(call + status(result));
-    return result;
+    return journaled(line, status);
   }
   if (yieldsNothing(Call::createIOProcID)) {
-    journal_.add(call + status(0) + ", no ioProc");
-    return 0;
+    return journaled(line, 0, ", no ioProc");
   }
   ioProcs_.push_back(
       std::make_unique<IOProc>(IOProc{nextIOProc_++, device, procedure, clientData, false}));
   *outIOProcID = reinterpret_cast<CA::AudioDeviceIOProcID>(ioProcs_.back().get());
-  journal_.add(call + status(0) + ", " + nameOf(*outIOProcID));
-  return 0;
+  return journaled(line, 0, ", " + nameOf(*outIOProcID));
 }
 
 CA::OSStatus FakeHardware::AudioDeviceDestroyIOProcID(CA::AudioObjectID device,
                                                       CA::AudioDeviceIOProcID ioProcID) {
-  const std::string call =
-      "AudioDeviceDestroyIOProcID(" + std::to_string(device) + ", " + nameOf(ioProcID) + ") -> ";
-  CA::OSStatus result = statusOf(Call::destroyIOProcID);
+  const std::string line = deviceCall("AudioDeviceDestroyIOProcID", device, ioProcID);
   const IOProc* known = find(ioProcID);
-  if (known == nullptr && result == 0) {
-    result = CA::kAudioHardwareBadObjectError;
-  }
   std::erase_if(ioProcs_, [known](const auto& ioProc) { return ioProc.get() == known; });
-  journal_.add(call + status(result));
-  return result;
+  return journaled(line, statusOf(Call::destroyIOProcID, known != nullptr));
 }
 
 CA::OSStatus FakeHardware::AudioDeviceStart(CA::AudioObjectID device,
                                             CA::AudioDeviceIOProcID ioProcID) {
-  CA::OSStatus result = statusOf(Call::deviceStart);
   IOProc* ioProc = find(ioProcID);
-  if (ioProc == nullptr && result == 0) {
-    result = CA::kAudioHardwareBadObjectError;
-  }
-  if (result == 0) {
+  const CA::OSStatus status = journaled(deviceCall("AudioDeviceStart", device, ioProcID),
+                                        statusOf(Call::deviceStart, ioProc != nullptr));
+  if (status == 0) {
     ioProc->running = true;
+    whenStarted();
   }
-  journal_.add("AudioDeviceStart(" + std::to_string(device) + ", " + nameOf(ioProcID) + ") -> " +
-               status(result));
-  return result;
+  return status;
 }
 
 CA::OSStatus FakeHardware::AudioDeviceStop(CA::AudioObjectID device,
                                            CA::AudioDeviceIOProcID ioProcID) {
-  CA::OSStatus result = statusOf(Call::deviceStop);
+  whenStopping();
   IOProc* ioProc = find(ioProcID);
-  if (ioProc == nullptr) {
-    result = result == 0 ? CA::kAudioHardwareBadObjectError : result;
-  } else {
+  if (ioProc != nullptr) {
     ioProc->running = false;
   }
-  journal_.add("AudioDeviceStop(" + std::to_string(device) + ", " + nameOf(ioProcID) + ") -> " +
-               status(result));
-  return result;
+  return journaled(deviceCall("AudioDeviceStop", device, ioProcID),
+                   statusOf(Call::deviceStop, ioProc != nullptr));
 }
 
 CA::OSStatus FakeHardware::AudioObjectGetPropertyDataSize(
     CA::AudioObjectID object, const CA::AudioObjectPropertyAddress& address,
     std::uint32_t qualifierDataSize, const void* qualifierData, std::uint32_t* outDataSize) {
-  const std::string call = "AudioObjectGetPropertyDataSize(" + std::to_string(object) + ", " +
-                           shown(address) + ", " +
-                           shownQualifier(qualifierDataSize, qualifierData) + ", from " +
-                           std::to_string(*outDataSize) + ") -> ";
-  CA::OSStatus result = statusOf(Call::processObjectListSize);
+  const std::string line = propertyCall("AudioObjectGetPropertyDataSize", object, address,
+                                        qualifierDataSize, qualifierData) +
+                           "from " + std::to_string(*outDataSize) + ")";
+  CA::OSStatus status = statusOf(Call::processObjectListSize);
   if (object != CA::kAudioObjectSystemObject ||
       address.mSelector != CA::kAudioHardwarePropertyProcessObjectList) {
-    result = CA::kAudioHardwareUnknownPropertyError;
+    status = CA::kAudioHardwareUnknownPropertyError;
   }
-  if (result != 0) {
+  if (status != 0) {
     *outDataSize = scribble;
-    journal_.add(call + status(result));
-    return result;
+    return journaled(line, status);
   }
   const std::size_t size = processObjects.size() * sizeof(CA::AudioObjectID);
   *outDataSize = processObjectListSize.value_or(static_cast<std::uint32_t>(size));
-  journal_.add(call + status(0) + ", " + std::to_string(*outDataSize) + " bytes");
-  return 0;
+  return journaled(line, 0, ", " + std::to_string(*outDataSize) + " bytes");
 }
 
 CA::OSStatus FakeHardware::AudioObjectGetPropertyData(CA::AudioObjectID object,
@@ -315,23 +302,20 @@ CA::OSStatus FakeHardware::AudioObjectGetPropertyData(CA::AudioObjectID object,
                                                       std::uint32_t qualifierDataSize,
                                                       const void* qualifierData,
                                                       std::uint32_t* ioDataSize, void* outData) {
-  const std::string call = "AudioObjectGetPropertyData(" + std::to_string(object) + ", " +
-                           shown(address) + ", " +
-                           shownQualifier(qualifierDataSize, qualifierData) + ", size " +
-                           std::to_string(*ioDataSize) + ") -> ";
+  const std::string line = propertyCall("AudioObjectGetPropertyData", object, address,
+                                        qualifierDataSize, qualifierData) +
+                           "size " + std::to_string(*ioDataSize) + ")";
   const Answer answer = plainProperty(object, address.mSelector);
   if (answer.status != 0) {
     std::memset(outData, 0x5A, *ioDataSize);
-    journal_.add(call + status(answer.status));
-    return answer.status;
+    return journaled(line, answer.status);
   }
   const std::string_view before(static_cast<const char*>(outData), *ioDataSize);
   const bool leavesGarbage =
       answer.bytes.empty() && before.find_first_not_of('\0') != std::string_view::npos;
   *ioDataSize = std::min(*ioDataSize, static_cast<std::uint32_t>(answer.bytes.size()));
   std::memcpy(outData, answer.bytes.data(), *ioDataSize);
-  journal_.add(call + status(0) + ", " + answer.shown + (leavesGarbage ? ", not over 0" : ""));
-  return 0;
+  return journaled(line, 0, ", " + answer.shown + (leavesGarbage ? ", not over 0" : ""));
 }
 
 CA::OSStatus FakeHardware::AudioObjectGetPropertyData(CA::AudioObjectID object,
@@ -340,19 +324,17 @@ CA::OSStatus FakeHardware::AudioObjectGetPropertyData(CA::AudioObjectID object,
                                                       const void* qualifierData,
                                                       std::uint32_t* ioDataSize,
                                                       std::string* outText) {
-  const std::string call =
-      "AudioObjectGetPropertyData(" + std::to_string(object) + ", " + shown(address) + ", " +
-      shownQualifier(qualifierDataSize, qualifierData) + ", size " + std::to_string(*ioDataSize) +
-      ", text from " + inQuotes(*outText) + ") -> ";
+  const std::string line = propertyCall("AudioObjectGetPropertyData", object, address,
+                                        qualifierDataSize, qualifierData) +
+                           "size " + std::to_string(*ioDataSize) + ", text from " +
+                           inQuotes(*outText) + ")";
   const Answer answer = textProperty(object, address.mSelector);
   if (answer.status != 0) {
     *outText = "scribble";
-    journal_.add(call + status(answer.status));
-    return answer.status;
+    return journaled(line, answer.status);
   }
   *outText = answer.bytes;
-  journal_.add(call + status(0) + ", " + inQuotes(answer.bytes));
-  return 0;
+  return journaled(line, 0, ", " + inQuotes(answer.bytes));
 }
 
 const FakeHardware::ProcessObject* FakeHardware::processObject(CA::AudioObjectID object) const {

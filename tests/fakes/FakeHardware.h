@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -54,8 +55,9 @@ class FakeHardware final : public CA::AudioHardware {
   /// From now on `call` succeeds and creates or finds nothing: it writes no result.
   void yieldNothing(Call call) { empty_.insert(call); }
 
-  /// `call` works again.
+  /// `call` works again, or all do.
   void restore(Call call);
+  void restore();
 
   /// What a tap's format query answers: 48 kHz interleaved stereo of 32-bit floats.
   CA::AudioStreamBasicDescription tapFormat = floatStereo();
@@ -69,6 +71,10 @@ class FakeHardware final : public CA::AudioHardware {
   /// Calls every running IO procedure once with `input`, on the calling thread. The highest
   /// status that one returned.
   CA::OSStatus cycle(const CA::AudioBufferList& input);
+
+  /// Called when a device has started, and before one stops.
+  std::function<void()> whenStarted = [] {};
+  std::function<void()> whenStopping = [] {};
 
   /// What exists now, by id, in the order of creation.
   std::vector<CA::AudioObjectID> taps() const;
@@ -130,9 +136,19 @@ class FakeHardware final : public CA::AudioHardware {
     std::string shown;  ///< in the journal
   };
 
+  CA::OSStatus create(Call call, const std::string& line, const char* kind,
+                      std::vector<CA::AudioObjectID>& objects, CA::AudioObjectID& nextID,
+                      CA::AudioObjectID* outID);
+  CA::OSStatus destroy(Call call, const char* name, std::vector<CA::AudioObjectID>& objects,
+                       CA::AudioObjectID id);
+  CA::OSStatus journaled(const std::string& line, CA::OSStatus status,
+                         const std::string& result = "");
   CA::OSStatus statusOf(Call call) const;
+  CA::OSStatus statusOf(Call call, bool isKnown) const;
   bool yieldsNothing(Call call) const { return empty_.contains(call); }
   IOProc* find(CA::AudioDeviceIOProcID ioProcID) const;
+  std::string deviceCall(const char* name, CA::AudioObjectID device,
+                         CA::AudioDeviceIOProcID ioProcID) const;
   std::string nameOf(CA::AudioDeviceIOProcID ioProcID) const;
   const ProcessObject* processObject(CA::AudioObjectID object) const;
   Answer plainProperty(CA::AudioObjectID object, std::uint32_t selector) const;

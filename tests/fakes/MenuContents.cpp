@@ -1,8 +1,5 @@
 #include "tests/fakes/MenuContents.h"
 
-#include <ostream>
-#include <tuple>
-
 #include "tests/fakes/Journal.h"
 
 namespace audrel::fakes {
@@ -19,17 +16,33 @@ std::string shown(const RecordingSource& source) {
 
 }  // namespace
 
-bool ItemContents::operator==(const ItemContents& other) const {
-  const auto all = [](const ItemContents& item) {
-    return std::tie(item.title, item.isSeparator, item.action, item.target, item.keyEquivalent,
-                    item.isEnabled, item.isOn, item.representedObject, item.submenu);
-  };
-  return all(*this) == all(other);
+void forEachItem(const MenuContents& menu, const std::function<void(const ItemContents&)>& take) {
+  for (const ItemContents& item : menu.items) {
+    take(item);
+    if (item.submenu) {
+      forEachItem(*item.submenu, take);
+    }
+  }
 }
 
-bool operator==(const MenuContents& left, const MenuContents& right) {
-  return left.autoenablesItems == right.autoenablesItems && left.delegate == right.delegate &&
-         left.items == right.items;
+std::vector<std::string> markedIn(const MenuContents& menu) {
+  std::vector<std::string> titles;
+  forEachItem(menu, [&](const ItemContents& item) {
+    if (item.isOn) {
+      titles.push_back(item.title);
+    }
+  });
+  return titles;
+}
+
+std::vector<std::string> applicationsIn(const MenuContents& menu) {
+  std::vector<std::string> titles;
+  forEachItem(menu, [&](const ItemContents& item) {
+    if (item.action == "selectProcess:") {
+      titles.push_back(item.title);
+    }
+  });
+  return titles;
 }
 
 std::string shown(const ItemContents& item) {
@@ -63,8 +76,16 @@ std::string shown(const MenuContents& menu, const std::string& indent) {
   return text;
 }
 
-void PrintTo(const MenuContents& menu, std::ostream* stream) {
-  *stream << "\n" << shown(menu);
+std::string outlineOf(const MenuContents& menu, const std::string& prefix) {
+  std::string outline;
+  for (const ItemContents& item : menu.items) {
+    outline += prefix + (item.isSeparator ? "-" : item.title) + (item.isOn ? " *" : "") +
+               (item.isEnabled ? "\n" : " (off)\n");
+    if (item.submenu) {
+      outline += outlineOf(*item.submenu, prefix + "> ");
+    }
+  }
+  return outline;
 }
 
 }  // namespace audrel::fakes

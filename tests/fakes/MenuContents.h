@@ -1,6 +1,6 @@
 #pragma once
 
-#include <iosfwd>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,7 +12,7 @@ namespace audrel::fakes {
 
 struct ItemContents;
 
-/// A whole menu as a value, for comparison with what it should be.
+/// A whole menu as a value.
 struct MenuContents {
   bool autoenablesItems = true;
   const NS::MenuDelegate* delegate = nullptr;
@@ -30,11 +30,16 @@ struct ItemContents {
   bool isOn = false;
   std::optional<RecordingSource> representedObject;
   std::optional<MenuContents> submenu;
-
-  bool operator==(const ItemContents&) const;
 };
 
-bool operator==(const MenuContents& left, const MenuContents& right);
+/// Those of submenus behind the item that they belong to.
+void forEachItem(const MenuContents& menu, const std::function<void(const ItemContents&)>& take);
+
+/// The titles of the items that have a checkmark.
+std::vector<std::string> markedIn(const MenuContents& menu);
+
+/// The titles of the items by which an application is chosen.
+std::vector<std::string> applicationsIn(const MenuContents& menu);
 
 /// One item a line, submenus indented, nothing left out. Objects show as present or absent only.
 std::string shown(const MenuContents& menu, const std::string& indent = "");
@@ -42,6 +47,8 @@ std::string shown(const MenuContents& menu, const std::string& indent = "");
 /// One line; a submenu shows as such.
 std::string shown(const ItemContents& item);
 
-void PrintTo(const MenuContents& menu, std::ostream* stream);
+/// The menu as a user sees it: one item a line, what is in a submenu behind ">", a "*" for a
+/// checkmark.
+std::string outlineOf(const MenuContents& menu, const std::string& prefix = "");
 
 }  // namespace audrel::fakes

@@ -109,6 +109,7 @@ target_link_libraries(macos_story PUBLIC audrel_options macos_abi GTest::gtest)
 
 macos_test(macos_transcripts_test
   SOURCES
+    "${PROJECT_SOURCE_DIR}/tests/engine/EngineStories.cpp"
     execution/EngineTranscriptTest.mm
     execution/SessionTranscriptTest.mm
     "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm"

@@ -15,29 +15,18 @@ constexpr double limit = 9223372036854775808.0;
 constexpr double justBelowTheLimit = 9223372036854774784.0;
 constexpr double justBelowTheNegativeLimit = -9223372036854777856.0;
 
-TEST(ElapsedTime, isMinutesAndSecondsBelowAnHour) {
+TEST(ElapsedTime, isMinutesAndSecondsBelowAnHourTruncatedNotRounded) {
   EXPECT_EQ(text(0), "00:00");
-  EXPECT_EQ(text(9), "00:09");
-  EXPECT_EQ(text(65), "01:05");
-  EXPECT_EQ(text(307), "05:07");
-  EXPECT_EQ(text(3599), "59:59");
-}
-
-TEST(ElapsedTime, isTruncatedNotRounded) {
   EXPECT_EQ(text(59.9), "00:59");
+  EXPECT_EQ(text(307), "05:07");
   EXPECT_EQ(text(3599.99), "59:59");
   EXPECT_EQ(text(-0.9), "00:00");
 }
 
-TEST(ElapsedTime, hasHoursFromAnHourOn) {
+TEST(ElapsedTime, hasHoursFromAnHourOnThatAreNotPaddedAndNeverEnd) {
   EXPECT_EQ(text(3600), "1:00:00");
-  EXPECT_EQ(text(3661), "1:01:01");
   EXPECT_EQ(text(43389), "12:03:09");
-}
-
-TEST(ElapsedTime, hasHoursThatAreNotPaddedAndNeverEnd) {
   EXPECT_EQ(text(36000), "10:00:00");
-  EXPECT_EQ(text(3600000), "1000:00:00");
   EXPECT_EQ(text(justBelowTheLimit), "2562047788015215:13:04");
 }
 
