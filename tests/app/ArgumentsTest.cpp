@@ -7,27 +7,19 @@
 #include <vector>
 
 #include "platform/Identity.h"
-#include "tests/cli/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 namespace audrel {
 namespace {
 
 using testing::StartsWith;
 
-struct Outcome {
-  int status = 0;
-  std::string output;
-  std::string errors;
-
-  bool operator==(const Outcome&) const = default;
-};
+using support::Outcome;
 
 Outcome run(const char* program, const std::vector<std::string>& arguments) {
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
-  cli::ChildProcess process(words);
-  const int status = process.wait();
-  return {status, process.output(), process.errorOutput()};
+  return support::outcomeOf({.arguments = words, .environment = {}});
 }
 
 Outcome run(const std::vector<std::string>& arguments) {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "cli/Options.h"
-#include "tests/cli/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::cli {
@@ -43,14 +43,16 @@ class BashCompletion : public testing::Test {
 
   /// The words that bash offers for `current`, which follows `previous`.
   std::vector<std::string> offered(const std::string& previous, const std::string& current) const {
-    ChildProcess bash({"/bin/bash", "-c",
+    const auto bash = support::outcomeOf(
+        {.arguments = {"/bin/bash", "-c",
                        "cd \"$1\"; PATH=$1:$PATH; source \"$2\"; COMP_WORDS=(audrel-record \"$3\" "
                        "\"$4\"); COMP_CWORD=2; _audrel_record; printf '%s\\n' \"${COMPREPLY[@]}\"",
-                       "bash", folder_.path().string(), AUDREL_BASH_COMPLETION, previous, current});
-    EXPECT_EQ(bash.wait(), 0);
-    EXPECT_EQ(bash.errorOutput(), "");
+                       "bash", folder_.path().string(), AUDREL_BASH_COMPLETION, previous, current},
+         .environment = {}});
+    EXPECT_EQ(bash.status, 0);
+    EXPECT_EQ(bash.errors, "");
     std::vector<std::string> words;
-    std::istringstream lines(bash.output());
+    std::istringstream lines(bash.output);
     for (std::string line; std::getline(lines, line);) {
       if (!line.empty()) {
         words.push_back(line);

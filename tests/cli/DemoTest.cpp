@@ -2,26 +2,24 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sndfile.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
 
-#include "tests/cli/ChildProcess.h"
 #include "tests/cli/TerminalPair.h"
+#include "tests/contract/RecordedFiles.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Waiting.h"
 
@@ -29,6 +27,7 @@ namespace audrel::cli {
 namespace {
 
 using std::filesystem::path;
+using support::ChildProcess;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -41,24 +40,21 @@ std::uintmax_t sizeOf(const path& file) {
 }
 
 struct Wave {
-  std::int64_t frames = -1;  ///< -1: it cannot be read
-  float peak = 0;
+  std::size_t frames = 0;
+  int peak = 0;  ///< of 32768
 };
 
 Wave readWave(const path& file) {
-  SF_INFO info{};
-  const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> opened(sf_open(file.c_str(), SFM_READ, &info),
-                                                           sf_close);
-  if (opened == nullptr) {
-    return {};
-  }
-  std::vector<float> samples(static_cast<std::size_t>(info.frames * info.channels));
-  Wave wave = {sf_readf_float(opened.get(), samples.data(), info.frames), 0};
-  for (const float sample : samples) {
-    wave.peak = std::max(wave.peak, std::fabs(sample));
+  const auto wav = contract::readWav(file);
+  Wave wave{wav.samples.size() / wav.channels};
+  for (const int sample : wav.samples) {
+    wave.peak = std::max(wave.peak, std::abs(sample));
   }
   return wave;
 }
+
+/// A tenth of the full scale: silence is far below it, and every melody above.
+constexpr int audible = 3276;
 
 std::string contentsOf(const path& file) {
   std::ostringstream text;
@@ -68,9 +64,14 @@ std::string contentsOf(const path& file) {
 
 class Demo : public testing::Test {
  protected:
-  std::vector<std::string> commandLine(std::vector<std::string> words) const {
+  /// How the program is run with these words.
+  ChildProcess::Program program(std::vector<std::string> words) const {
     words.insert(words.begin(), {AUDREL_PROGRAM, "--output", file_.string()});
-    return words;
+    return {.arguments = words, .environment = {}, .keepsErrors = true};
+  }
+
+  support::Outcome run(const std::vector<std::string>& words) const {
+    return support::outcomeOf(program(words));
   }
 
   /// The number behind `"key": ` in one line of JSON.
@@ -84,38 +85,39 @@ class Demo : public testing::Test {
 };
 
 TEST_F(Demo, recordsItsMelodyForExactlyTheLength) {
-  ChildProcess program(commandLine({"--demo", "--duration", "2", "--json"}));
-  EXPECT_EQ(program.wait(), 0) << program.errorOutput();
-  EXPECT_EQ(number(program.output(), "frames"), 96000);
+  const auto outcome = run({"--demo", "--duration", "2", "--json"});
+  EXPECT_EQ(outcome.status, 0) << outcome.errors;
+  EXPECT_EQ(number(outcome.output, "frames"), 96000);
   const auto wave = readWave(file_);
-  EXPECT_EQ(wave.frames, 96000);
-  EXPECT_GT(wave.peak, 0.1F);
+  EXPECT_EQ(wave.frames, 96000U);
+  EXPECT_GT(wave.peak, audible);
 }
 
 TEST_F(Demo, isCompleteAfterCtrlC) {
-  ChildProcess program(commandLine({"--demo", "--json"}));
+  const auto child = ChildProcess::start(program({"--demo", "--json"}));
   ASSERT_TRUE(support::waitFor([this] { return sizeOf(file_) > 12000 * 4; }))
-      << program.errorOutput();
-  program.signal(SIGINT);
-  program.signal(SIGINT);
-  EXPECT_EQ(program.wait(), 0);
-  const auto frames = number(program.output(), "frames");
+      << child->errorOutput();
+  child->signal(SIGINT);
+  child->signal(SIGINT);
+  EXPECT_EQ(child->waitForEnd(), 0);
+  const auto frames = number(child->output(), "frames");
   EXPECT_GE(frames, 12000);
-  EXPECT_EQ(readWave(file_).frames, frames);
+  EXPECT_EQ(static_cast<std::int64_t>(readWave(file_).frames), frames);
 }
 
 TEST_F(Demo, keepsItsMessagesOutOfTheFileWhenStandardOutputIsClosed) {
-  ChildProcess program(commandLine({"--demo", "--duration", "1"}),
-                       {.set = {}, .closed = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}});
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_EQ(readWave(file_).frames, 48000);
+  auto closed = program({"--demo", "--duration", "1"});
+  closed.closed = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+  EXPECT_EQ(support::outcomeOf(closed).status, 0);
+  EXPECT_EQ(readWave(file_).frames, 48000U);
   EXPECT_THAT(contentsOf(file_), testing::Not(HasSubstr("Saved")));
 }
 
 TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   TerminalPair window(60);
-  ChildProcess program(commandLine({"--demo"}),
-                       {.set = {}, .closed = {}, .terminal = window.terminal()});
+  auto inTheWindow = program({"--demo"});
+  inTheWindow.terminal = window.terminal();
+  const auto child = ChildProcess::start(inTheWindow);
   std::string text;
   ASSERT_TRUE(support::waitFor([&] {
     return (text += window.takeText()).find("0:02  [") != text.npos;
@@ -143,54 +145,53 @@ TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   })) << narrow;
 
   window.hangUp();
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_GT(readWave(file_).frames, 48000);
+  EXPECT_EQ(child->waitForEnd(), 0);
+  EXPECT_GT(readWave(file_).frames, 48000U);
 }
 
 TEST_F(Demo, neverReplacesAFile) {
   std::ofstream(file_) << "precious";
-  ChildProcess program(commandLine({"--demo", "--duration", "1"}));
-  EXPECT_EQ(program.wait(), 1);
-  EXPECT_THAT(program.errorOutput(),
-              HasSubstr("audrel-record: Could not create the output file: "));
+  const auto outcome = run({"--demo", "--duration", "1"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.errors, HasSubstr("audrel-record: Could not create the output file: "));
   EXPECT_EQ(contentsOf(file_), "precious");
 }
 
 TEST_F(Demo, namesAFolderThatIsMissing) {
   file_ = folder_ / "missing/take.wav";
-  ChildProcess program(commandLine({"--demo", "--duration", "1"}));
-  EXPECT_EQ(program.wait(), 1);
-  EXPECT_THAT(program.errorOutput(),
+  const auto outcome = run({"--demo", "--duration", "1"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.errors,
               AllOf(HasSubstr("Could not create the output file: "), HasSubstr("missing")));
 }
 
 TEST_F(Demo, listsThePlayerWhichCanBeChosenByName) {
-  ChildProcess list({AUDREL_PROGRAM, "--demo", "--list"});
-  EXPECT_EQ(list.wait(), 0);
-  EXPECT_THAT(list.output(), HasSubstr("Audrel Demo"));
+  const auto list =
+      support::outcomeOf({.arguments = {AUDREL_PROGRAM, "--demo", "--list"}, .environment = {}});
+  EXPECT_EQ(list.status, 0);
+  EXPECT_THAT(list.output, HasSubstr("Audrel Demo"));
 
-  ChildProcess program(
-      commandLine({"--demo", "--app", "audrel demo", "--duration", "1", "--json"}));
-  EXPECT_EQ(program.wait(), 0) << program.errorOutput();
+  const auto outcome = run({"--demo", "--app", "audrel demo", "--duration", "1", "--json"});
+  EXPECT_EQ(outcome.status, 0) << outcome.errors;
   const auto wave = readWave(file_);
-  EXPECT_EQ(wave.frames, 48000);
-  EXPECT_GT(wave.peak, 0.1F);
+  EXPECT_EQ(wave.frames, 48000U);
+  EXPECT_GT(wave.peak, audible);
 }
 
 TEST_F(Demo, withoutAServerSaysWhatToDo) {
-  const ChildEnvironment noServer = {.set = {{"XDG_RUNTIME_DIR", folder_.path().string()},
-                                             {"PIPEWIRE_RUNTIME_DIR", folder_.path().string()}},
-                                     .closed = {}};
-  ChildProcess program(commandLine({"--duration", "1"}), noServer);
-  EXPECT_EQ(program.wait(), 1);
-  EXPECT_THAT(program.errorOutput(),
-              AllOf(HasSubstr("audrel-record: Could not create the audio tap"),
-                    HasSubstr("audrel-record: PipeWire")));
+  auto withoutServer = program({"--duration", "1"});
+  withoutServer.environment = {{"XDG_RUNTIME_DIR", folder_.path().string()},
+                               {"PIPEWIRE_RUNTIME_DIR", folder_.path().string()}};
+  const auto outcome = support::outcomeOf(withoutServer);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.errors, AllOf(HasSubstr("audrel-record: Could not create the audio tap"),
+                                    HasSubstr("audrel-record: PipeWire")));
   EXPECT_FALSE(std::filesystem::exists(file_));
 
-  ChildProcess list({AUDREL_PROGRAM, "--list"}, noServer);
-  EXPECT_EQ(list.wait(), 1);
-  EXPECT_THAT(list.errorOutput(), HasSubstr("audrel-record: PipeWire"));
+  withoutServer.arguments = {AUDREL_PROGRAM, "--list"};
+  const auto list = support::outcomeOf(withoutServer);
+  EXPECT_EQ(list.status, 1);
+  EXPECT_THAT(list.errors, HasSubstr("audrel-record: PipeWire"));
 }
 
 }  // namespace

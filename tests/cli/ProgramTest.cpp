@@ -4,40 +4,33 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <string>
 #include <vector>
 
-#include "tests/cli/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::cli {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct Outcome {
-  int status = 0;
-  std::string output;
-  std::string errors;
-};
+using support::ChildProcess;
+using support::Outcome;
 
-ChildEnvironment script(const std::string& words) {
-  return {.set = {{"AUDREL_SCRIPT", words}}, .closed = {}};
-}
-
-std::vector<std::string> commandLine(std::vector<std::string> words) {
+/// How the program is run with these words, where the script says what goes wrong.
+ChildProcess::Program program(std::vector<std::string> words, const std::string& script = "") {
   words.insert(words.begin(), AUDREL_SCRIPTED_PROGRAM);
-  return words;
+  return {.arguments = words,
+          .environment = {{"AUDREL_SCRIPT", script}, {"TZ", "UTC"}},
+          .keepsErrors = true};
 }
 
-Outcome run(const std::vector<std::string>& words, const ChildEnvironment& environment = {}) {
-  ChildProcess program(commandLine(words), environment);
-  const int status = program.wait();
-  return {status, program.output(), program.errorOutput()};
+Outcome run(const std::vector<std::string>& words, const std::string& script = "") {
+  return support::outcomeOf(program(words, script));
 }
 
 TEST(Program, recordsTheExactLengthAndTellsWhere) {
@@ -79,61 +72,64 @@ TEST(Program, quietJsonIsTheObjectAlone) {
 }
 
 TEST(Program, namesTheFileAfterSourceAndTime) {
-  const auto all = run({"--duration", "1", "--json"}, {.set = {{"TZ", "UTC"}}, .closed = {}});
+  const auto all = run({"--duration", "1", "--json"});
   EXPECT_THAT(all.output,
               StartsWith(R"({"file": "/scripted/audio-SystemMix-2026-11-16-070900.m4a")"));
-  const auto one = run({"--duration", "1", "--json", "--app", "web radio", "--format", "wav"},
-                       {.set = {{"TZ", "UTC"}}, .closed = {}});
+  const auto one = run({"--duration", "1", "--json", "--app", "web radio", "--format", "wav"});
   EXPECT_THAT(one.errors, StartsWith("Recording Web Radio to /scripted/audio-Web-Radio-"));
   EXPECT_THAT(one.output,
               StartsWith(R"({"file": "/scripted/audio-Web-Radio-2026-11-16-070900.wav")"));
 }
 
+/// A program that is asked to stop in the middle of its recording.
+Outcome runUntil(int signal, int times) {
+  const auto child = ChildProcess::start(program({"--output", "take.wav", "--json"}));
+  EXPECT_TRUE(support::waitFor([&] { return child->errorOutput().starts_with("Recording"); }));
+  for (int i = 0; i < times; ++i) {
+    child->signal(signal);
+  }
+  const int status = child->waitForEnd();
+  return {status, child->output(), child->errorOutput()};
+}
+
 TEST(Program, stopsProperlyOnEverySignalThatAsksForIt) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    ChildProcess program(commandLine({"--output", "take.wav", "--json"}));
-    ASSERT_TRUE(program.waitForErrorOutput("Recording", 10s));
-    program.signal(signal);
-    EXPECT_EQ(program.wait(), 0) << signal;
-    EXPECT_THAT(program.output(), StartsWith("{\"file\": \"take.wav\"")) << signal;
+    const auto outcome = runUntil(signal, 1);
+    EXPECT_EQ(outcome.status, 0) << signal;
+    EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\"")) << signal;
   }
 }
 
 TEST(Program, stopsProperlyWhenCtrlCComesAgainAndAgain) {
-  ChildProcess program(commandLine({"--output", "take.wav", "--json"}));
-  ASSERT_TRUE(program.waitForErrorOutput("Recording", 10s));
-  for (int i = 0; i < 100; ++i) {
-    program.signal(SIGINT);
-  }
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_THAT(program.output(), StartsWith("{\"file\": \"take.wav\""));
+  const auto outcome = runUntil(SIGINT, 100);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\""));
 }
 
 TEST(Program, needsNoStandardDescriptors) {
-  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--json"},
-                           {.set = {}, .closed = {STDIN_FILENO, STDERR_FILENO}});
+  auto withoutSome = program({"--duration", "1", "--output", "take.wav", "--json"});
+  withoutSome.closed = {STDIN_FILENO, STDERR_FILENO};
+  const auto outcome = support::outcomeOf(withoutSome);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output, StartsWith("{\"file\": \"take.wav\""));
 }
 
 TEST(Program, saysWhenAllWasSilence) {
-  const auto outcome =
-      run({"--duration", "1", "--output", "take.wav", "--json"}, script("silence"));
+  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--json"}, "silence");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.errors, HasSubstr("audrel-record: All of the recording is digital silence"));
   EXPECT_THAT(outcome.output, HasSubstr("\"peakDBFS\": null"));
 }
 
 TEST(Program, saysWhenFramesWereLost) {
-  const auto outcome =
-      run({"--duration", "1", "--output", "take.wav", "--json"}, script("loses-frames"));
+  const auto outcome = run({"--duration", "1", "--output", "take.wav", "--json"}, "loses-frames");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.errors, HasSubstr("480 frames were not delivered in time (0.010 s)"));
   EXPECT_THAT(outcome.output, HasSubstr("\"lostFrames\": 480"));
 }
 
 TEST(Program, goesOnWhenWritesFailAndFailsInTheEnd) {
-  const auto outcome = run({"--duration", "1", "--output", "take.wav"}, script("cannot-write"));
+  const auto outcome = run({"--duration", "1", "--output", "take.wav"}, "cannot-write");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, StartsWith("Saved take.wav: 1.0 s"));
   EXPECT_THAT(outcome.errors,
@@ -142,23 +138,23 @@ TEST(Program, goesOnWhenWritesFailAndFailsInTheEnd) {
 }
 
 TEST(Program, tellsWhyItCannotStart) {
-  const auto noServer = run({"--output", "take.wav"}, script("no-server"));
+  const auto noServer = run({"--output", "take.wav"}, "no-server");
   EXPECT_EQ(noServer.status, 1);
   EXPECT_EQ(noServer.output, "");
   EXPECT_EQ(noServer.errors,
             "audrel-record: Could not create the audio tap (OSStatus -7). Try restarting "
             "Audrel.\naudrel-record: The audio server is not running: start it.\n");
 
-  const auto cannotOpen = run({"--output", "take.wav"}, script("cannot-open"));
+  const auto cannotOpen = run({"--output", "take.wav"}, "cannot-open");
   EXPECT_EQ(cannotOpen.status, 1);
   EXPECT_EQ(cannotOpen.errors,
             "audrel-record: Could not create the output file: It exists\\x1b already.\n");
 
-  const auto denied = run({"--output", "take.wav"}, script("denied"));
+  const auto denied = run({"--output", "take.wav"}, "denied");
   EXPECT_EQ(denied.status, 1);
   EXPECT_THAT(denied.errors, StartsWith("audrel-record: Audrel needs permission"));
 
-  const auto noDemo = run({"--demo"}, script("no-demo"));
+  const auto noDemo = run({"--demo"}, "no-demo");
   EXPECT_EQ(noDemo.status, 1);
   EXPECT_EQ(noDemo.errors, "audrel-record: The demo's server is not installed: install it.\n");
 }
@@ -167,7 +163,7 @@ TEST(Program, saysOnceWhatFailsWhereTheLogIsOnStandardErrorToo) {
   for (const std::string what : {"no-server", "cannot-open", "cannot-write", "nobody-plays"}) {
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{"--output", "take.wav", "--duration", "1"}, {"--list"}}) {
-      EXPECT_EQ(run(words, script(what + " no-journal")).errors, run(words, script(what)).errors);
+      EXPECT_EQ(run(words, what + " no-journal").errors, run(words, what).errors);
     }
   }
 }
@@ -196,15 +192,15 @@ TEST(Program, listsWhatCanBeRecorded) {
 }
 
 TEST(Program, listsNothingWithoutAnError) {
-  const auto table = run({"--list"}, script("nobody-plays"));
+  const auto table = run({"--list"}, "nobody-plays");
   EXPECT_EQ(table.status, 0);
   EXPECT_EQ(table.output, "");
   EXPECT_EQ(table.errors, "No application has an audio stream open.\n");
-  EXPECT_EQ(run({"--list", "--json"}, script("nobody-plays")).output, "[]\n");
+  EXPECT_EQ(run({"--list", "--json"}, "nobody-plays").output, "[]\n");
 }
 
 TEST(Program, cannotListWithoutAServer) {
-  const auto outcome = run({"--list", "--json"}, script("no-server"));
+  const auto outcome = run({"--list", "--json"}, "no-server");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(outcome.errors, "audrel-record: The audio server is not running: start it.\n");

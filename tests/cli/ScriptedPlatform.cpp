@@ -1,16 +1,19 @@
 // The operating system of the program `audrel-record-scripted`: fakes, and a device that plays
 // faster than time goes. The environment variable AUDREL_SCRIPT says what goes wrong, in words.
 
+#include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <thread>
 
 #include "platform/NativePlatform.h"
-#include "tests/cli/PlayingHardware.h"
+#include "tests/fakes/IOThread.h"
 #include "tests/fakes/ThreadQueue.h"
 #include "tests/fakes/World.h"
 
@@ -23,30 +26,14 @@ bool scriptSays(std::string_view word) {
   return script != nullptr && std::string_view(script).find(word) != std::string_view::npos;
 }
 
-class StandardErrorLog final : public os::Log {
- public:
-  std::shared_ptr<os::Logger> makeLogger(const std::string& /*subsystem*/,
-                                         const std::string& category) override {
-    return std::make_shared<CategoryLogger>(category);
-  }
-
- private:
-  class CategoryLogger final : public os::Logger {
-   public:
-    explicit CategoryLogger(std::string category) : category_(std::move(category)) {}
-
-    void log(os::LogLevel /*level*/, std::string_view line) noexcept override {
-      std::cerr << "[" << category_ << "] " << line << std::endl;
-    }
-
-   private:
-    const std::string category_;
-  };
-};
+/// Stereo of one constant sample.
+constexpr std::size_t framesInCycle = 512;
+using Cycle = std::array<float, framesInCycle * 2>;
 
 class ScriptedPlatform final : public NativePlatform {
  public:
   ScriptedPlatform() {
+    cycle_.fill(scriptSays("silence") ? 0.0F : 0.5F);
     world_.hardware.processObjects = {
         {.id = 11, .pid = 1100, .bundleID = "org.example.Radio"},
         {.id = 12, .pid = 1200, .bundleID = ""},
@@ -75,21 +62,16 @@ class ScriptedPlatform final : public NativePlatform {
     if (scriptSays("loses-frames")) {
       world_.diagnostics.lost = 480;
     }
+    if (logsOnStandardError()) {
+      world_.journal.whenAdded = [](const std::string& line) {
+        if (line.starts_with("log ")) {
+          std::cerr << line << std::endl;
+        }
+      };
+    }
   }
 
-  Platform interfaces() override {
-    return {.audioHardware = hardware_,
-            .audioFramework = world_.audio,
-            .captureAccess = world_.captureAccess,
-            .clock = world_.clock,
-            .collation = world_.collation,
-            .fileManager = world_.fileManager,
-            .runningApplications = world_.runningApplications,
-            .uuids = world_.uuids,
-            .dispatch = dispatch_,
-            .log = logsOnStandardError() ? static_cast<os::Log&>(standardErrorLog_) : world_.log,
-            .diagnostics = world_.diagnostics};
-  }
+  Platform interfaces() override { return world_.platformWith(dispatch_); }
 
   bool logsOnStandardError() const override { return scriptSays("no-journal"); }
 
@@ -103,10 +85,16 @@ class ScriptedPlatform final : public NativePlatform {
   }
 
  private:
+  /// Ten milliseconds of audio in one.
+  void deliver() {
+    world_.hardware.cycle({1, {{2, sizeof cycle_, cycle_.data()}}});
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+
   fakes::World world_;
   fakes::ThreadDispatch dispatch_;
-  StandardErrorLog standardErrorLog_;
-  PlayingHardware hardware_{world_.hardware, scriptSays("silence") ? 0.0F : 0.5F};
+  Cycle cycle_{};
+  fakes::IOThread ioThread_{world_.hardware, [this] { deliver(); }};
 };
 
 }  // namespace

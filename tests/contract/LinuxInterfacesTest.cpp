@@ -19,16 +19,11 @@
 #include "tests/contract/AudioBufferContract.h"
 #include "tests/contract/AudioFileContract.h"
 #include "tests/contract/AudioFormatContract.h"
-#include "tests/contract/ClockContract.h"
 #include "tests/contract/CollationContract.h"
-#include "tests/contract/DiagnosticsContract.h"
 #include "tests/contract/FileManagerContract.h"
-#include "tests/contract/LastingUserDefaultsContract.h"
 #include "tests/contract/LogContract.h"
-#include "tests/contract/RunningApplicationsContract.h"
+#include "tests/contract/SystemContract.h"
 #include "tests/contract/TimerContract.h"
-#include "tests/contract/URLContract.h"
-#include "tests/contract/UUIDContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/fakes/FakeSystem.h"
 #include "tests/support/TemporaryFolder.h"
@@ -88,16 +83,13 @@ class LinuxInterfaces {
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioBufferContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioFileContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AudioFormatContract, LinuxInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, ClockContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, CollationContract, LinuxInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, DiagnosticsContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LastingUserDefaultsContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LogContract, LinuxInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RunningApplicationsContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RealSystemContract, LinuxInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, SystemContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TimerContract, LinuxInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, URLContract, LinuxInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, UUIDContract, LinuxInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, UserDefaultsContract, LinuxInterfaces);
 
 }  // namespace

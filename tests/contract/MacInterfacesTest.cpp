@@ -10,17 +10,12 @@
 #include "tests/contract/AudioBufferContract.h"
 #include "tests/contract/AudioFileContract.h"
 #include "tests/contract/AudioFormatContract.h"
-#include "tests/contract/ClockContract.h"
 #include "tests/contract/CollationContract.h"
-#include "tests/contract/DiagnosticsContract.h"
 #include "tests/contract/FileManagerContract.h"
-#include "tests/contract/LastingUserDefaultsContract.h"
 #include "tests/contract/LogContract.h"
 #include "tests/contract/MacForTests.h"
-#include "tests/contract/RunningApplicationsContract.h"
+#include "tests/contract/SystemContract.h"
 #include "tests/contract/TimerContract.h"
-#include "tests/contract/URLContract.h"
-#include "tests/contract/UUIDContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 
 namespace audrel::contract {
@@ -62,16 +57,13 @@ class MacInterfaces {
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, AudioBufferContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, AudioFileContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, AudioFormatContract, MacInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, ClockContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, CollationContract, MacInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, DiagnosticsContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, FileManagerContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, LastingUserDefaultsContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, LogContract, MacInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, RunningApplicationsContract, MacInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Mac, RealSystemContract, MacInterfaces);
+INSTANTIATE_TYPED_TEST_SUITE_P(Mac, SystemContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, TimerContract, MacInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, URLContract, MacInterfaces);
-INSTANTIATE_TYPED_TEST_SUITE_P(Mac, UUIDContract, MacInterfaces);
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, UserDefaultsContract, MacInterfaces);
 
 }  // namespace

@@ -32,10 +32,6 @@ class UserDefaultsContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(UserDefaultsContract);
 
-TYPED_TEST_P(UserDefaultsContract, aKeyThatNobodySetHasNothing) {
-  EXPECT_EQ(this->defaults().stringForKey(this->key), std::nullopt);
-}
-
 TYPED_TEST_P(UserDefaultsContract, aTextReadsBackAsItWasSet) {
   for (const char* text : {"wav", "", " two  spaces ", "\"quoted\" \\ back\\slash", "a\nb\tc",
                            "/Users/ann/Grüße, 世界 \U0001F3A7.m4a", "[group]", "key=value; #no"}) {
@@ -44,7 +40,8 @@ TYPED_TEST_P(UserDefaultsContract, aTextReadsBackAsItWasSet) {
   }
 }
 
-TYPED_TEST_P(UserDefaultsContract, aKeyThatWasRemovedHasNothing) {
+TYPED_TEST_P(UserDefaultsContract, aKeyThatWasRemovedOrNeverSetHasNothing) {
+  EXPECT_EQ(this->defaults().stringForKey(this->key), std::nullopt);
   this->defaults().setString("wav", this->key);
   this->defaults().removeObjectForKey(this->key);
   EXPECT_EQ(this->defaults().stringForKey(this->key), std::nullopt);
@@ -60,8 +57,26 @@ TYPED_TEST_P(UserDefaultsContract, keysLeaveEachOtherAlone) {
   EXPECT_EQ(this->defaults().stringForKey(this->otherKey), "two");
 }
 
-REGISTER_TYPED_TEST_SUITE_P(UserDefaultsContract, aKeyThatNobodySetHasNothing,
-                            aTextReadsBackAsItWasSet, aKeyThatWasRemovedHasNothing,
-                            keysLeaveEachOtherAlone);
+REGISTER_TYPED_TEST_SUITE_P(UserDefaultsContract, aTextReadsBackAsItWasSet,
+                            aKeyThatWasRemovedOrNeverSetHasNothing, keysLeaveEachOtherAlone);
+
+/// What defaults keep that are stored. An implementation has also
+///   void forgetUserDefaults();   // the object, so that the next is a new one
+template <typename Implementation>
+class LastingUserDefaultsContract : public UserDefaultsContract<Implementation> {};
+
+TYPED_TEST_SUITE_P(LastingUserDefaultsContract);
+
+TYPED_TEST_P(LastingUserDefaultsContract, whatWasSetOutlivesTheObjectAndWhatWasRemovedStaysAway) {
+  this->defaults().setString("wav", this->key);
+  this->defaults().setString("m4a", this->otherKey);
+  this->defaults().removeObjectForKey(this->otherKey);
+  this->implementation.forgetUserDefaults();
+  EXPECT_EQ(this->defaults().stringForKey(this->key), "wav");
+  EXPECT_EQ(this->defaults().stringForKey(this->otherKey), std::nullopt);
+}
+
+REGISTER_TYPED_TEST_SUITE_P(LastingUserDefaultsContract,
+                            whatWasSetOutlivesTheObjectAndWhatWasRemovedStaysAway);
 
 }  // namespace audrel::contract
