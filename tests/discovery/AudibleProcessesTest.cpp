@@ -29,23 +29,8 @@ TEST_F(AudibleProcesses, areSourcesWithObjectIdNameAndBundleIdentifierSortedByNa
                           RecordingSource::process(70, "Radio", "org.example.radio")));
 }
 
-TEST_F(AudibleProcesses, aRepeatedBundleIdentifierIsListedOnceWithTheFirstObject) {
-  world.hardware.processObjects = {{75, 700, "org.example.radio"}, {70, 701, "org.example.radio"}};
-  world.runningApplications.applications = {{700, {"Radio"}}, {701, {"A helper"}}};
-  EXPECT_THAT(audibleProcesses(),
-              ElementsAre(RecordingSource::process(75, "Radio", "org.example.radio")));
-}
-
-TEST_F(AudibleProcesses, aProcessWithoutANameIsNotListed) {
-  world.hardware.processObjects = {{70, 700, ""}};
+TEST_F(AudibleProcesses, areNoneWithoutProcessObjectsAndWhenTheListCannotBeRead) {
   EXPECT_THAT(audibleProcesses(), IsEmpty());
-}
-
-TEST_F(AudibleProcesses, withoutProcessObjectsThereAreNone) {
-  EXPECT_THAT(audibleProcesses(), IsEmpty());
-}
-
-TEST_F(AudibleProcesses, whenTheListCannotBeReadThereAreNone) {
   world.hardware.processObjects = {{70, 700, "org.example.radio"}};
   world.hardware.fail(fakes::FakeHardware::Call::processObjectList, -1);
   EXPECT_THAT(audibleProcesses(), IsEmpty());

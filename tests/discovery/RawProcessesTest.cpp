@@ -151,22 +151,10 @@ TEST_F(RawProcesses, aBundleIdentifierWhoseQueryFailsIsAbsentWhateverItLeftBehin
   EXPECT_THAT(world.journal.lines("log "), IsEmpty());
 }
 
-TEST_F(RawProcesses, anEmptyBundleIdentifierIsAbsent) {
-  world.hardware.processObjects = {{70, 700, ""}};
-  applicationIs(700, "Radio");
-  EXPECT_THAT(rawProcesses(), ElementsAre(Raw{70, 700, std::nullopt, "Radio"}));
-}
-
 TEST_F(RawProcesses, withoutABundleIdentifierAndAnApplicationTheNameIsEmpty) {
   world.hardware.processObjects = {{70, 700, "", 0, -1}, {71, 710, ""}};
   EXPECT_THAT(rawProcesses(),
               ElementsAre(Raw{70, 700, std::nullopt, ""}, Raw{71, 710, std::nullopt, ""}));
-}
-
-TEST_F(RawProcesses, theApplicationsNameGoesBeforeTheBundleIdentifier) {
-  world.hardware.processObjects = {{70, 700, "org.example.radio"}};
-  applicationIs(700, "Radio");
-  EXPECT_THAT(rawProcesses(), ElementsAre(Raw{70, 700, "org.example.radio", "Radio"}));
 }
 
 TEST_F(RawProcesses, anApplicationWithoutANameIsNamedByItsBundleIdentifier) {
@@ -179,15 +167,6 @@ TEST_F(RawProcesses, anApplicationWithAnEmptyNameHasThatName) {
   world.hardware.processObjects = {{70, 700, "org.example.radio"}};
   applicationIs(700, "");
   EXPECT_THAT(rawProcesses(), ElementsAre(Raw{70, 700, "org.example.radio", ""}));
-}
-
-TEST_F(RawProcesses, nothingIsKeptBetweenCalls) {
-  world.hardware.processObjects = {{70, 700, "x"}};
-  const auto first = rawProcesses();
-  const auto firstJournal = world.journal.lines();
-  world.journal.clear();
-  EXPECT_EQ(rawProcesses(), first);
-  EXPECT_EQ(world.journal.lines(), firstJournal);
 }
 
 TEST(RawProcessInfo, isEqualWhenAllFourFieldsAre) {

@@ -26,16 +26,10 @@ class PreferencesTest : public testing::Test {
   Preferences preferences{defaults, fileManager};
 };
 
-TEST_F(PreferencesTest, areMadeWithoutTouchingTheStore) {
+TEST_F(PreferencesTest, formatIsTheStoredOneAndM4AWhenNothingIsStored) {
   EXPECT_THAT(journal.lines(), IsEmpty());
-}
-
-TEST_F(PreferencesTest, formatIsM4AWhenNothingIsStored) {
   EXPECT_EQ(preferences.format(), RecordingFormat::m4a);
   EXPECT_THAT(journal.lines(), ElementsAre("stringForKey(\"format\") -> nil"));
-}
-
-TEST_F(PreferencesTest, formatIsTheStoredOne) {
   defaults.values = {{"format", "wav"}};
   EXPECT_EQ(preferences.format(), RecordingFormat::wav);
   defaults.values = {{"format", "m4a"}};
@@ -88,14 +82,10 @@ TEST_F(PreferencesTest, absentLastRecordingRemovesTheKey) {
   EXPECT_THAT(defaults.values, IsEmpty());
 }
 
-TEST_F(PreferencesTest, hintIsStoredUnderTwoKeys) {
+TEST_F(PreferencesTest, hintIsStoredUnderTwoKeysAndWithoutABundleIdentifierRemovesItsKey) {
   preferences.setLastSourceHint(Preferences::SourceHint{"org.example.radio", "Web Radio"});
   EXPECT_EQ(defaults.values,
             (Values{{"sourceBundleID", "org.example.radio"}, {"sourceName", "Web Radio"}}));
-}
-
-TEST_F(PreferencesTest, hintWithoutABundleIdentifierRemovesItsKeyAndSetsTheName) {
-  preferences.setLastSourceHint(Preferences::SourceHint{"org.example.radio", "Web Radio"});
   preferences.setLastSourceHint(Preferences::SourceHint{std::nullopt, "game"});
   EXPECT_EQ(defaults.values, (Values{{"sourceName", "game"}}));
 }

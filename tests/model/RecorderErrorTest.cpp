@@ -24,33 +24,34 @@ std::vector<RecorderError> everyCase() {
           RecorderError::alreadyRecording()};
 }
 
-TEST(RecorderError, tapCreationFailedNamesTheStatusAndAdvisesToRestart) {
-  EXPECT_EQ(RecorderError::tapCreationFailed(-50).errorDescription(),
-            "Could not create the audio tap (OSStatus -50). Try restarting Audrel.");
-}
-
-TEST(RecorderError, aggregateDeviceFailedNamesTheStatus) {
-  EXPECT_EQ(RecorderError::aggregateDeviceFailed(42).errorDescription(),
-            "Could not create the aggregate capture device (OSStatus 42).");
-}
-
-TEST(RecorderError, streamFormatUnavailableNamesTheStatusAlsoWhenItIsZero) {
-  EXPECT_EQ(RecorderError::streamFormatUnavailable(0).errorDescription(),
-            "Could not read the tap's stream format (OSStatus 0).");
-}
-
-TEST(RecorderError, ioProcInstallFailedNamesTheStatus) {
-  EXPECT_EQ(RecorderError::ioProcInstallFailed(-1).errorDescription(),
-            "Could not install the audio callback (OSStatus -1).");
-}
-
-TEST(RecorderError, theStatusIsDecimalOverItsWholeRange) {
-  EXPECT_EQ(RecorderError::aggregateDeviceFailed(std::numeric_limits<CA::OSStatus>::min())
-                .errorDescription(),
-            "Could not create the aggregate capture device (OSStatus -2147483648).");
-  EXPECT_EQ(
-      RecorderError::aggregateDeviceFailed(CA::kAudioHardwareBadObjectError).errorDescription(),
-      "Could not create the aggregate capture device (OSStatus 560947818).");
+TEST(RecorderError, describesEachCaseWithWhatItCarries) {
+  constexpr CA::OSStatus least = std::numeric_limits<CA::OSStatus>::min();
+  const std::pair<RecorderError, std::string> descriptions[] = {
+      {RecorderError::tapCreationFailed(-50),
+       "Could not create the audio tap (OSStatus -50). Try restarting Audrel."},
+      {RecorderError::aggregateDeviceFailed(42),
+       "Could not create the aggregate capture device (OSStatus 42)."},
+      {RecorderError::aggregateDeviceFailed(least),
+       "Could not create the aggregate capture device (OSStatus -2147483648)."},
+      {RecorderError::streamFormatUnavailable(0),
+       "Could not read the tap's stream format (OSStatus 0)."},
+      {RecorderError::ioProcInstallFailed(-1),
+       "Could not install the audio callback (OSStatus -1)."},
+      {RecorderError::fileOpenFailed(diskFull),
+       "Could not create the output file: The disk is full"},
+      {RecorderError::fileWriteFailed(diskFull), "Could not write audio to disk: The disk is full"},
+      {RecorderError::sourceProcessExited("Web Radio"),
+       "Web Radio quit while recording. The partial recording has been saved."},
+      {RecorderError::sourceProcessExited(""),
+       " quit while recording. The partial recording has been saved."},
+      {RecorderError::permissionDenied(),
+       "Audrel needs permission to record system audio. Grant \"Screen & System Audio Recording\" "
+       "in System Settings."},
+      {RecorderError::alreadyRecording(), "Audrel is already recording."},
+  };
+  for (const auto& [error, description] : descriptions) {
+    EXPECT_EQ(error.errorDescription(), description);
+  }
 }
 
 TEST(RecorderError, onlyTapCreationFailedAdvisesToRestart) {
@@ -58,36 +59,6 @@ TEST(RecorderError, onlyTapCreationFailedAdvisesToRestart) {
     const bool advises = error.errorDescription()->find("restarting") != std::string::npos;
     EXPECT_EQ(advises, error == RecorderError::tapCreationFailed(1)) << *error.errorDescription();
   }
-}
-
-TEST(RecorderError, fileOpenFailedAppendsTheCarriedDescriptionAsItComes) {
-  EXPECT_EQ(RecorderError::fileOpenFailed(diskFull).errorDescription(),
-            "Could not create the output file: The disk is full");
-}
-
-TEST(RecorderError, fileWriteFailedAppendsTheCarriedDescriptionAsItComes) {
-  EXPECT_EQ(RecorderError::fileWriteFailed(diskFull).errorDescription(),
-            "Could not write audio to disk: The disk is full");
-}
-
-TEST(RecorderError, sourceProcessExitedBeginsWithTheNameAsCarried) {
-  EXPECT_EQ(RecorderError::sourceProcessExited("Web Radio").errorDescription(),
-            "Web Radio quit while recording. The partial recording has been saved.");
-}
-
-TEST(RecorderError, sourceProcessExitedWithAnEmptyNameKeepsTheLeadingBlank) {
-  EXPECT_EQ(RecorderError::sourceProcessExited("").errorDescription(),
-            " quit while recording. The partial recording has been saved.");
-}
-
-TEST(RecorderError, permissionDeniedNamesThePrivacySettingOnOneLine) {
-  EXPECT_EQ(RecorderError::permissionDenied().errorDescription(),
-            "Audrel needs permission to record system audio. Grant \"Screen & System Audio "
-            "Recording\" in System Settings.");
-}
-
-TEST(RecorderError, alreadyRecordingSaysSo) {
-  EXPECT_EQ(RecorderError::alreadyRecording().errorDescription(), "Audrel is already recording.");
 }
 
 TEST(RecorderError, everyCaseHasADescriptionAndNothingElse) {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <concepts>
+#include <functional>
 #include <string>
-#include <unordered_map>
 
 namespace audrel {
 namespace {
@@ -19,19 +19,12 @@ TEST(RecordingFormat, allCasesAreM4aThenWav) {
   EXPECT_THAT(RecordingFormat::allCases(), ElementsAre(RecordingFormat::m4a, RecordingFormat::wav));
 }
 
-TEST(RecordingFormat, rawValuesAreTheFileExtensions) {
+TEST(RecordingFormat, isMadeFromItsRawValueWhichIsTheFileExtension) {
   EXPECT_EQ(RecordingFormat::m4a.rawValue(), "m4a");
   EXPECT_EQ(RecordingFormat::wav.rawValue(), "wav");
-}
-
-TEST(RecordingFormat, equalityComparesTheCase) {
-  EXPECT_EQ(RecordingFormat::m4a, RecordingFormat::m4a);
-  EXPECT_NE(RecordingFormat::m4a, RecordingFormat::wav);
-}
-
-TEST(RecordingFormat, isMadeFromItsRawValue) {
   EXPECT_EQ(RecordingFormat::fromRawValue("m4a"), RecordingFormat::m4a);
   EXPECT_EQ(RecordingFormat::fromRawValue("wav"), RecordingFormat::wav);
+  EXPECT_NE(RecordingFormat::m4a, RecordingFormat::wav);
 }
 
 TEST(RecordingFormat, noOtherTextYieldsAFormat) {
@@ -49,19 +42,9 @@ TEST(RecordingFormat, hashesLikeTheTextOfItsRawValue) {
   }
 }
 
-TEST(RecordingFormat, isAKeyOfAHashMap) {
-  const std::unordered_map<RecordingFormat, int> map = {{RecordingFormat::m4a, 1},
-                                                        {RecordingFormat::wav, 2}};
-  EXPECT_EQ(map.at(RecordingFormat::m4a), 1);
-  EXPECT_EQ(map.at(RecordingFormat::wav), 2);
-}
-
-TEST(RecordingFormat, isEncodedAsItsRawValueAlone) {
+TEST(RecordingFormat, isEncodedAsItsRawValueAloneAndDecodesToTheSame) {
   EXPECT_EQ(RecordingFormat::m4a.encode(), "m4a");
   EXPECT_EQ(RecordingFormat::wav.encode(), "wav");
-}
-
-TEST(RecordingFormat, whatWasEncodedDecodesToTheSame) {
   for (const RecordingFormat format : RecordingFormat::allCases()) {
     EXPECT_EQ(RecordingFormat::decode(format.encode()), format);
   }

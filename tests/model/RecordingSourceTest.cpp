@@ -16,10 +16,14 @@ static_assert(!std::is_default_constructible_v<RecordingSource>, "a source is al
 
 const auto radio = RecordingSource::process(7, "Radio", std::nullopt);
 
-TEST(RecordingSource, aProcessEqualsItself) {
+TEST(RecordingSource, processesAreEqualWhenIdNameAndBundleIdentifierAre) {
+  const auto identified = RecordingSource::process(7, "Radio", "x");
   EXPECT_EQ(radio, radio);
   EXPECT_EQ(radio, RecordingSource::process(7, "Radio", std::nullopt));
-  EXPECT_EQ(RecordingSource::process(7, "Radio", "x"), RecordingSource::process(7, "Radio", "x"));
+  EXPECT_EQ(identified, RecordingSource::process(7, "Radio", "x"));
+  EXPECT_NE(radio, RecordingSource::process(8, "Radio", std::nullopt));
+  EXPECT_NE(radio, RecordingSource::process(7, "radio", std::nullopt));
+  EXPECT_NE(identified, RecordingSource::process(7, "Radio", "X"));
 }
 
 TEST(RecordingSource, aBundleIdentifierOnOneSideOnlyMakesProcessesUnequal) {
@@ -28,22 +32,11 @@ TEST(RecordingSource, aBundleIdentifierOnOneSideOnlyMakesProcessesUnequal) {
   EXPECT_NE(RecordingSource::process(7, "Radio", "x"), radio);
 }
 
-TEST(RecordingSource, theBundleIdentifierTakesPartInEquality) {
-  EXPECT_NE(RecordingSource::process(7, "Radio", "x"), RecordingSource::process(7, "Radio", "X"));
-}
-
-TEST(RecordingSource, theIdTakesPartInEquality) {
-  EXPECT_NE(radio, RecordingSource::process(8, "Radio", std::nullopt));
-}
-
-TEST(RecordingSource, theNameTakesPartInEquality) {
-  EXPECT_NE(radio, RecordingSource::process(7, "radio", std::nullopt));
-}
-
 TEST(RecordingSource, allSystemAudioEqualsItselfAndNoProcess) {
   EXPECT_EQ(RecordingSource::allSystemAudio(), RecordingSource::allSystemAudio());
   EXPECT_NE(RecordingSource::allSystemAudio(), radio);
   EXPECT_NE(RecordingSource::allSystemAudio(), RecordingSource::process(0, "", std::nullopt));
+  EXPECT_EQ(RecordingSource::allSystemAudio().asProcess(), nullptr);
 }
 
 TEST(RecordingSource, aProcessKeepsWhatItWasMadeOf) {
@@ -52,10 +45,6 @@ TEST(RecordingSource, aProcessKeepsWhatItWasMadeOf) {
   EXPECT_EQ(source.asProcess()->id, 4'294'967'295);
   EXPECT_EQ(source.asProcess()->name, "Näme");
   EXPECT_EQ(source.asProcess()->bundleID, "org.example.x");
-}
-
-TEST(RecordingSource, allSystemAudioIsNoProcess) {
-  EXPECT_EQ(RecordingSource::allSystemAudio().asProcess(), nullptr);
 }
 
 }  // namespace
