@@ -166,6 +166,7 @@ TEST_F(MenuCommand, revealSelectsTheFileOfTheRecordingThatRuns) {
   start();
   choose("Reveal Recording in Finder");
   EXPECT_THAT(revealed(), ElementsAre(firstM4A));
+  EXPECT_TRUE(world.audio.files.front()->isOpen);
 }
 
 TEST_F(MenuCommand, revealPrefersTheFileOfThisRunToTheStoredOne) {

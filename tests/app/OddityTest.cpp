@@ -73,22 +73,17 @@ TEST_F(AppOddities, theMenuReadsTheClockForAnElapsedTimeThatItDoesNotShow) {
   EXPECT_THAT(fakes::shown(menu()), testing::Not(testing::HasSubstr("01:05")));
 }
 
-TEST_F(AppOddities, theHintIsWrittenAndNeverRead) {
+TEST_F(AppOddities, theHintIsWrittenAndNeverReadAndTheSelectionNeverRestored) {
   openAndChoose("Radio");
+  relaunch();
+  EXPECT_THAT(marked(), ElementsAre("All System Audio", "M4A (AAC 256 kbps)"));
   start();
   stop();
   relaunch();
   statusItem().open();
+  EXPECT_EQ(Inspector::selectedSource(*app), RecordingSource::allSystemAudio());
   EXPECT_EQ(world.userDefaults.values["sourceName"], "Radio");
   EXPECT_THAT(world.journal.lines("stringForKey(\"source"), IsEmpty());
-}
-
-TEST_F(AppOddities, theSelectionIsNeverRestoredAtLaunch) {
-  openAndChoose("Radio");
-  relaunch();
-  statusItem().open();
-  EXPECT_EQ(Inspector::selectedSource(*app), RecordingSource::allSystemAudio());
-  EXPECT_FALSE(statusItem().menu().item("Radio")->contents().isOn);
 }
 
 TEST_F(AppOddities, terminationLeavesTheTimerTheStatusItemAndTheMenuAsTheyAre) {
@@ -108,13 +103,6 @@ TEST_F(AppOddities, theLastRecordingIsStoredAtTheStartAndNotAtTheStop) {
   journal();
   stop();
   EXPECT_THAT(world.journal.lines("setString"), IsEmpty());
-}
-
-TEST_F(AppOddities, theFileThatIsBeingWrittenIsTheLastRecordingAlready) {
-  start();
-  choose("Reveal Recording in Finder");
-  EXPECT_TRUE(world.audio.files.front()->isOpen);
-  EXPECT_THAT(world.journal.lines("workspace"), SizeIs(1));
 }
 
 TEST_F(AppOddities, theMenuIsNotRebuiltAfterARefusedStart) {

@@ -60,8 +60,7 @@ class FakeAudio::Buffer final : public AV::PCMBuffer {
         frameSize_(format_->streamDescription().mBytesPerFrame),
         frameCapacity_(frameCapacity) {
     const bool isInterleaved = format_->isInterleaved();
-    const std::uint32_t ownCount = isInterleaved ? 1 : format_->channelCount();
-    const std::uint32_t count = audio.buffersInList.value_or(ownCount);
+    const std::uint32_t count = isInterleaved ? 1 : format_->channelCount();
     std::vector<CA::AudioBuffer> buffers;
     for (std::uint32_t i = 0; i < count; ++i) {
       auto& bytes = data_.emplace_back(std::size_t{frameCapacity} * frameSize_);

@@ -60,8 +60,6 @@ class FakeAudio final : public AV::AudioFramework {
   /// Called in the middle of every write, and when a file was closed, on whichever thread.
   std::function<void()> whenWriting;
   std::function<void()> whenClosed;
-  /// How many buffers a PCM buffer's list has, whatever its format says.
-  std::optional<std::uint32_t> buffersInList;
   /// Those of a list that carry no data.
   std::set<std::uint32_t> buffersWithoutData;
   /// Why the next files cannot be opened.

@@ -43,9 +43,6 @@ class ManualDispatch final : public dispatch::Dispatch {
   /// The last queue that was made, kept alive here as well.
   ManualQueue& queue() { return *last_; }
 
-  /// Gives up the reference to it.
-  void forgetQueue() { last_ = nullptr; }
-
   std::shared_ptr<dispatch::Queue> makeQueue(const std::string& label,
                                              dispatch::QualityOfService qos) override;
 
