@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <optional>
+#include <utility>
 
 namespace audrel::cli {
 namespace {
@@ -12,27 +13,16 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-TEST(ParseDuration, takesSeconds) {
-  EXPECT_EQ(parseDuration("90"), seconds(90));
-  EXPECT_EQ(parseDuration("1"), seconds(1));
-  EXPECT_EQ(parseDuration("007"), seconds(7));
-}
-
-TEST(ParseDuration, takesMinutesAndHoursWithColons) {
-  EXPECT_EQ(parseDuration("1:30"), seconds(90));
-  EXPECT_EQ(parseDuration("0:05"), seconds(5));
-  EXPECT_EQ(parseDuration("90:00"), seconds(5400));
-  EXPECT_EQ(parseDuration("1:02:03"), seconds(3723));
-  EXPECT_EQ(parseDuration("100:00:00"), seconds(360000));
-}
-
-TEST(ParseDuration, takesUnitsLargestFirst) {
-  EXPECT_EQ(parseDuration("1h2m"), seconds(3720));
-  EXPECT_EQ(parseDuration("90s"), seconds(90));
-  EXPECT_EQ(parseDuration("2m"), seconds(120));
-  EXPECT_EQ(parseDuration("1h30s"), seconds(3630));
-  EXPECT_EQ(parseDuration("1h2m3s"), seconds(3723));
-  EXPECT_EQ(parseDuration("90m"), seconds(5400));
+TEST(ParseDuration, takesSecondsColonsAndUnitsLargestFirst) {
+  const std::pair<const char*, int> lengths[] = {
+      {"90", 90},       {"1", 1},        {"007", 7},        {"1:30", 90},
+      {"0:05", 5},      {"90:00", 5400}, {"1:02:03", 3723}, {"100:00:00", 360000},
+      {"1h2m", 3720},   {"90s", 90},     {"2m", 120},       {"1h30s", 3630},
+      {"1h2m3s", 3723}, {"90m", 5400},
+  };
+  for (const auto& [text, length] : lengths) {
+    EXPECT_EQ(parseDuration(text), seconds(length)) << text;
+  }
 }
 
 TEST(ParseDuration, takesDecimalsOfTheLastNumber) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -9,29 +10,49 @@
 #include <memory>
 #include <optional>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "cli/RecordingMeter.h"
-#include "tests/cli/FloatBuffer.h"
-#include "tests/fakes/Journal.h"
+#include "tests/fakes/FakeAudio.h"
+#include "tests/fakes/FakeHardware.h"
 
 namespace audrel::cli {
 namespace {
 
+using fakes::FakeHardware;
 using std::chrono::seconds;
 
-class MeteredFile : public testing::Test {
+class MeteredTest : public testing::Test {
  protected:
-  std::shared_ptr<AV::AudioFile> open(std::optional<MeteredAudioFramework::Limit> limit) {
-    framework_.emplace(audio_, meter_, std::move(limit));
-    NS::Error error;
-    return framework_->openForWriting("x.wav", {}, AV::AudioCommonFormat::pcmFormatFloat32, true,
-                                      &error);
+  std::unique_ptr<AV::PCMBuffer> make(const CA::AudioStreamBasicDescription& description,
+                                      std::uint32_t frames) {
+    auto buffer = audio_.makePCMBuffer(audio_.makeFormat(description), frames);
+    buffer->setFrameLength(frames);
+    return buffer;
   }
 
+  /// A buffer of interleaved float stereo at 48 kHz that holds `samples`, two a frame.
   std::unique_ptr<AV::PCMBuffer> buffer(const std::vector<float>& samples) {
-    return floatBuffer(audio_, samples);
+    auto made = make(FakeHardware::floatStereo(), static_cast<std::uint32_t>(samples.size() / 2));
+    auto* const data = static_cast<float*>(made->mutableAudioBufferList()->mBuffers[0].mData);
+    std::copy(samples.begin(), samples.end(), data);
+    return made;
+  }
+
+  fakes::Journal journal_;
+  fakes::FakeAudio audio_{journal_};
+};
+
+class MeteredFile : public MeteredTest {
+ protected:
+  std::shared_ptr<AV::AudioFile> open(std::optional<std::chrono::microseconds> length = {}) {
+    std::optional<MeteredAudioFramework::Limit> limit;
+    if (length) {
+      limit = MeteredAudioFramework::Limit{*length, [this] { ++reached_; }};
+    }
+    framework_.emplace(audio_, meter_, limit);
+    return framework_->openForWriting("x.wav", {}, AV::AudioCommonFormat::pcmFormatFloat32, true,
+                                      &error_);
   }
 
   std::unique_ptr<AV::PCMBuffer> frames(std::size_t count) {
@@ -46,14 +67,14 @@ class MeteredFile : public testing::Test {
     return total;
   }
 
-  fakes::Journal journal_;
-  fakes::FakeAudio audio_{journal_};
   RecordingMeter meter_;
+  NS::Error error_;
+  int reached_ = 0;  ///< how often the length was
   std::optional<MeteredAudioFramework> framework_;
 };
 
 TEST_F(MeteredFile, writesEveryBufferAsItIsAndCountsItsFrames) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   EXPECT_EQ(file->write(*buffer({0.1F, 0.2F, 0.3F, 0.4F})), std::nullopt);
   EXPECT_EQ(file->write(*frames(512)), std::nullopt);
   EXPECT_EQ(framesInFile(), 514U);
@@ -63,7 +84,7 @@ TEST_F(MeteredFile, writesEveryBufferAsItIsAndCountsItsFrames) {
 }
 
 TEST_F(MeteredFile, measuresTheLargestMagnitude) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   EXPECT_EQ(meter_.total().peak, std::nullopt);
   file->write(*buffer({0.1F, -0.75F}));
   file->write(*buffer({0.25F, 0.0F}));
@@ -71,7 +92,7 @@ TEST_F(MeteredFile, measuresTheLargestMagnitude) {
 }
 
 TEST_F(MeteredFile, recentPeakIsOfWhatCameSinceItWasAsked) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   EXPECT_EQ(meter_.takeRecentPeak(), std::nullopt);
   file->write(*buffer({0.1F, -0.75F}));
   EXPECT_EQ(meter_.takeRecentPeak(), 0.75F);
@@ -81,7 +102,7 @@ TEST_F(MeteredFile, recentPeakIsOfWhatCameSinceItWasAsked) {
 }
 
 TEST_F(MeteredFile, isDigitalSilenceOnlyWhenEverySampleIsZero) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   EXPECT_FALSE(meter_.total().isDigitalSilence());
   file->write(*buffer({0.0F, -0.0F, 0.0F, 0.0F}));
   EXPECT_TRUE(meter_.total().isDigitalSilence());
@@ -90,54 +111,49 @@ TEST_F(MeteredFile, isDigitalSilenceOnlyWhenEverySampleIsZero) {
 }
 
 TEST_F(MeteredFile, endsExactlyAtItsLengthAndSaysSoOnce) {
-  int reached = 0;
-  const auto file = open(MeteredAudioFramework::Limit{seconds(1), [&] { ++reached; }});
+  const auto file = open(seconds(1));
   for (int i = 0; i < 93; ++i) {
     file->write(*frames(512));
   }
   EXPECT_EQ(framesInFile(), 47616U);
-  EXPECT_EQ(reached, 0);
+  EXPECT_EQ(reached_, 0);
   file->write(*frames(512));  // 384 are left
   EXPECT_EQ(framesInFile(), 48000U);
-  EXPECT_EQ(reached, 1);
+  EXPECT_EQ(reached_, 1);
   EXPECT_EQ(file->write(*frames(512)), std::nullopt);
   EXPECT_EQ(framesInFile(), 48000U);
   EXPECT_EQ(meter_.total().frames, 48000U);
-  EXPECT_EQ(reached, 1);
+  EXPECT_EQ(reached_, 1);
 }
 
 TEST_F(MeteredFile, endsAfterAPartOfASecondAndNeverBeforeOneFrame) {
-  int reached = 0;
-  const auto half =
-      open(MeteredAudioFramework::Limit{std::chrono::milliseconds(500), [&] { ++reached; }});
+  const auto half = open(std::chrono::milliseconds(500));
   half->write(*frames(48000));
   EXPECT_EQ(framesInFile(), 24000U);
-  const auto shortest =
-      open(MeteredAudioFramework::Limit{std::chrono::microseconds(1), [&] { ++reached; }});
+  const auto shortest = open(std::chrono::microseconds(1));
   shortest->write(*frames(512));
   EXPECT_EQ(framesInFile(), 1U);
-  EXPECT_EQ(reached, 2);
+  EXPECT_EQ(reached_, 2);
 }
 
 TEST_F(MeteredFile, endsWithABufferThatFitsExactly) {
-  int reached = 0;
-  const auto file = open(MeteredAudioFramework::Limit{seconds(1), [&] { ++reached; }});
+  const auto file = open(seconds(1));
   file->write(*frames(47999));
-  EXPECT_EQ(reached, 0);
+  EXPECT_EQ(reached_, 0);
   file->write(*frames(1));
-  EXPECT_EQ(reached, 1);
+  EXPECT_EQ(reached_, 1);
   EXPECT_EQ(framesInFile(), 48000U);
 }
 
 TEST_F(MeteredFile, measuresOnlyWhatIsBeforeItsEnd) {
-  const auto file = open(MeteredAudioFramework::Limit{seconds(1), [] {}});
+  const auto file = open(seconds(1));
   file->write(*frames(47999));
   file->write(*buffer({0.5F, 0.5F, 1.0F, 1.0F}));
   EXPECT_EQ(meter_.total().peak, 0.5F);
 }
 
 TEST_F(MeteredFile, passesFailedWritesOnAndRemembersTheFirst) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   file->write(*frames(10));
   audio_.writeError = NS::Error{"domain", 28, "The disk is full."};
   EXPECT_EQ(file->write(*frames(10)), audio_.writeError);
@@ -150,16 +166,15 @@ TEST_F(MeteredFile, passesFailedWritesOnAndRemembersTheFirst) {
 }
 
 TEST_F(MeteredFile, itsLengthIsReachedEvenWhenNothingCanBeWritten) {
-  int reached = 0;
-  const auto file = open(MeteredAudioFramework::Limit{seconds(1), [&] { ++reached; }});
+  const auto file = open(seconds(1));
   audio_.writeError = NS::Error{"domain", 28, "The disk is full."};
   file->write(*frames(40000));
   file->write(*frames(40000));
-  EXPECT_EQ(reached, 1);
+  EXPECT_EQ(reached_, 1);
 }
 
 TEST_F(MeteredFile, closesTheFileWithItself) {
-  auto file = open(std::nullopt);
+  auto file = open();
   EXPECT_TRUE(audio_.files.back()->isOpen);
   file.reset();
   EXPECT_FALSE(audio_.files.back()->isOpen);
@@ -167,16 +182,12 @@ TEST_F(MeteredFile, closesTheFileWithItself) {
 
 TEST_F(MeteredFile, isNotMadeWhenTheFileCannotBeOpened) {
   audio_.openError = NS::Error{"domain", 17, "It exists."};
-  MeteredAudioFramework framework(audio_, meter_, std::nullopt);
-  NS::Error error;
-  EXPECT_EQ(
-      framework.openForWriting("x.wav", {}, AV::AudioCommonFormat::pcmFormatFloat32, true, &error),
-      nullptr);
-  EXPECT_EQ(error, *audio_.openError);
+  EXPECT_EQ(open(), nullptr);
+  EXPECT_EQ(error_, *audio_.openError);
 }
 
 TEST_F(MeteredFile, isReadOnAnotherThreadWhileItIsFed) {
-  const auto file = open(std::nullopt);
+  const auto file = open();
   const auto prepared = frames(64);
   std::thread writer([&] {
     for (int i = 0; i < 1000; ++i) {
@@ -194,34 +205,28 @@ TEST_F(MeteredFile, isReadOnAnotherThreadWhileItIsFed) {
   writer.join();
 }
 
-TEST(PeakOf, takesTheLargestOfAllChannelsWhenTheyAreApart) {
-  fakes::Journal journal;
-  fakes::FakeAudio audio(journal);
-  auto description = fakes::FakeHardware::floatStereo();
+using PeakOf = MeteredTest;
+
+TEST_F(PeakOf, takesTheLargestOfAllChannelsWhenTheyAreApart) {
+  auto description = FakeHardware::floatStereo();
   description.mFormatFlags |= CA::kAudioFormatFlagIsNonInterleaved;
   description.mBytesPerFrame = sizeof(float);
-  const auto buffer = audio.makePCMBuffer(audio.makeFormat(description), 4);
-  buffer->setFrameLength(4);
-  CA::AudioBuffer* const channels = buffer->mutableAudioBufferList()->mBuffers;
+  const auto apart = make(description, 4);
+  CA::AudioBuffer* const channels = apart->mutableAudioBufferList()->mBuffers;
   static_cast<float*>(channels[0].mData)[3] = 0.25F;
   static_cast<float*>(channels[1].mData)[0] = -0.5F;
-  EXPECT_EQ(peakOf(*buffer), 0.5F);
+  EXPECT_EQ(peakOf(*apart), 0.5F);
 }
 
-TEST(PeakOf, leavesOutSamplesThatAreNoNumbers) {
-  fakes::Journal journal;
-  fakes::FakeAudio audio(journal);
-  EXPECT_EQ(peakOf(*floatBuffer(audio, {std::nanf(""), 0.25F})), 0.25F);
+TEST_F(PeakOf, leavesOutSamplesThatAreNoNumbers) {
+  EXPECT_EQ(peakOf(*buffer({std::nanf(""), 0.25F})), 0.25F);
 }
 
-TEST(PeakOf, isNothingForSamplesThatAreNoFloats) {
-  fakes::Journal journal;
-  fakes::FakeAudio audio(journal);
-  auto description = fakes::FakeHardware::floatStereo();
+TEST_F(PeakOf, isNothingForSamplesThatAreNoFloats) {
+  auto description = FakeHardware::floatStereo();
   description.mFormatFlags = CA::kAudioFormatFlagIsSignedInteger | CA::kAudioFormatFlagIsPacked;
   description.mBitsPerChannel = 16;
-  const auto buffer = audio.makePCMBuffer(audio.makeFormat(description), 4);
-  EXPECT_EQ(peakOf(*buffer), std::nullopt);
+  EXPECT_EQ(peakOf(*make(description, 4)), std::nullopt);
 }
 
 TEST(Decibels, areRelativeToFullScale) {

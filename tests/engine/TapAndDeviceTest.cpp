@@ -21,12 +21,14 @@ TEST_F(TapAndDevice, theTapOfAllSystemAudioExcludesNothingNotEvenTheRecorder) {
   ASSERT_EQ(start(), std::nullopt);
   EXPECT_EQ(world.hardware.lastTapDescription->kind, Kind::stereoGlobalTapButExcludeProcesses);
   EXPECT_THAT(world.hardware.lastTapDescription->processes, IsEmpty());
+  EXPECT_EQ(world.hardware.lastTapDescription->muteBehavior, CA::TapMuteBehavior::unmuted);
 }
 
-TEST_F(TapAndDevice, theTapOfAProcessListsThatOneProcessObject) {
+TEST_F(TapAndDevice, theTapOfAProcessListsThatOneProcessObjectAndLeavesItAudible) {
   ASSERT_EQ(start(RecordingSource::process(4'000'000'000, "Radio", "x")), std::nullopt);
   EXPECT_EQ(world.hardware.lastTapDescription->kind, Kind::stereoMixdownOfProcesses);
   EXPECT_THAT(world.hardware.lastTapDescription->processes, ElementsAre(4'000'000'000));
+  EXPECT_EQ(world.hardware.lastTapDescription->muteBehavior, CA::TapMuteBehavior::unmuted);
 }
 
 TEST_F(TapAndDevice, theOutputDeviceIsTheClockAndNoSubDevice) {
