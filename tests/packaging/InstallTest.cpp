@@ -1,17 +1,24 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <regex>
 
 #include "platform/Identity.h"
 #include "tests/packaging/InstalledTree.h"
+#include "tests/platform/linux/files/Tools.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
 namespace {
 
+namespace fs = std::filesystem;
+
+using linuxos::test::runTool;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::UnorderedElementsAreArray;
 
 class InstallTest : public testing::Test {
@@ -47,6 +54,7 @@ TEST_F(InstallTest, everythingIsWhereTheConventionsWantIt) {
     expected.push_back(std::string(AUDREL_INSTALL_PREFIX "/share/icons/hicolor/") + size + "x" +
                        size + "/apps/io.github.audrel.Audrel.png");
   }
+  expected.emplace_back(AUDREL_INSTALL_LIBDIR "/audrel/audrel-aac.so");
   EXPECT_THAT(tree.files(), UnorderedElementsAreArray(expected));
 }
 
@@ -54,6 +62,29 @@ TEST_F(InstallTest, theProgramsCanBeRun) {
   for (const char* program : {"bin/audrel", "bin/audrel-record", "libexec/audrel/audrel-alert"}) {
     EXPECT_EQ(access((tree.prefix() / program).c_str(), X_OK), 0) << program;
   }
+}
+
+std::vector<std::string> recordingTo(const fs::path& program, const fs::path& file) {
+  return {program, "--demo", "--duration", "1", "--output", file};
+}
+
+TEST_F(InstallTest, theProgramRecordsWithTheModuleThatIsInstalledWithIt) {
+  const support::TemporaryFolder folder;
+  const fs::path file = folder.path() / "melody.m4a";
+  EXPECT_EQ(runTool(recordingTo(tree.prefix() / "bin/audrel-record", file)).exitCode, 0);
+  EXPECT_GT(fs::file_size(file), 10'000U);
+}
+
+TEST_F(InstallTest, aProgramWithoutItsModuleRecordsWAVAlone) {
+  const support::TemporaryFolder folder;
+  const fs::path program = folder.path() / "audrel-record";
+  fs::copy_file(tree.prefix() / "bin/audrel-record", program);
+  const auto failed = runTool(recordingTo(program, folder.path() / "melody.m4a"));
+  EXPECT_NE(failed.exitCode, 0);
+  EXPECT_THAT(failed.errors, HasSubstr("A part of Audrel, audrel-aac.so, was not found. Install "
+                                       "Audrel again, or record WAV."));
+  EXPECT_FALSE(fs::exists(folder.path() / "melody.m4a"));
+  EXPECT_EQ(runTool(recordingTo(program, folder.path() / "melody.wav")).exitCode, 0);
 }
 
 /// The texts of the elements whose tag is `tag`, attributes included.

@@ -8,13 +8,12 @@
 #include <string>
 #include <vector>
 
-struct AVCodecContext;
-struct AVFrame;
-struct AVPacket;
+#include "platform/linux/aac/AacFunctions.h"
 
 namespace audrel::linuxos {
 
-/// libavcodec's AAC-LC encoder. One thread at a time; it logs nothing.
+/// libavcodec's AAC-LC encoder, in the module that is loaded for the first of them. One thread at a
+/// time; it logs nothing.
 class AacEncoder {
  public:
   struct Settings {
@@ -23,7 +22,8 @@ class AacEncoder {
     std::int64_t bitRate = 0;  ///< bits per second; the nearest that AAC has for rate and channels
   };
 
-  /// Null and a sentence in `problem` when AAC has no such rate or number of channels.
+  /// Null and a sentence in `problem` when AAC has no such rate or number of channels, or when the
+  /// module cannot be used.
   static std::unique_ptr<AacEncoder> open(const Settings& settings, std::string* problem);
 
   /// A packet that decodes to silence, from an encoder of its own; empty when there is no memory.
@@ -56,17 +56,16 @@ class AacEncoder {
   std::optional<std::span<const std::byte>> nextPacket(int* code);
 
  private:
-  struct Free {
-    void operator()(AVCodecContext* context) const;
-    void operator()(AVFrame* frame) const;
-    void operator()(AVPacket* packet) const;
+  struct Close {
+    const AudrelAacFunctions* functions = nullptr;
+    void operator()(AudrelAacEncoder* encoder) const { functions->close(encoder); }
   };
 
-  AacEncoder() = default;
+  AacEncoder(const AudrelAacFunctions& functions, AudrelAacEncoder* encoder)
+      : functions_(functions), encoder_(encoder, Close{&functions}) {}
 
-  std::unique_ptr<AVCodecContext, Free> context_;
-  std::unique_ptr<AVFrame, Free> frame_;
-  std::unique_ptr<AVPacket, Free> packet_;
+  const AudrelAacFunctions& functions_;
+  std::unique_ptr<AudrelAacEncoder, Close> encoder_;
 };
 
 }  // namespace audrel::linuxos

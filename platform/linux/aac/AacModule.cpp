@@ -1,0 +1,85 @@
+#include "platform/linux/aac/AacModule.h"
+
+#include <dlfcn.h>
+
+#include <atomic>
+#include <string_view>
+#include <system_error>
+
+namespace audrel::linuxos {
+
+namespace {
+
+constexpr const char* fileName = "audrel-aac.so";
+
+std::filesystem::path findModule() {
+  std::error_code error;
+  // After an upgrade the link ends in " (deleted)", and its folder is where the new one is.
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  for (const char* place : {".", AUDREL_MODULES_FROM_PROGRAM}) {
+    auto file = (folder / place / fileName).lexically_normal();
+    if (std::filesystem::exists(file, error)) {
+      return file;
+    }
+  }
+  return {};
+}
+
+/// What the dynamic linker says of a library that the module needs: "libavcodec.so.59: cannot open
+/// shared object file: ...". Empty when it says something else.
+std::string_view missingLibrary(std::string_view message, const std::filesystem::path& file) {
+  const std::string_view name = message.substr(0, message.find(": cannot open shared object"));
+  return name.size() == message.size() || name == file.native() ? "" : name;
+}
+
+/// Debian's name of the package with "libavcodec.so.59".
+std::string packageOf(std::string_view library) {
+  constexpr std::string_view middle = ".so.";
+  const auto at = library.find(middle);
+  return at == std::string_view::npos
+             ? std::string(library)
+             : std::string(library.substr(0, at)) + std::string(library.substr(at + middle.size()));
+}
+
+std::string loadingProblem(std::string_view message, const std::filesystem::path& file) {
+  const std::string_view library = missingLibrary(message, file);
+  if (library.empty()) {
+    return "The AAC encoder could not be loaded (" + std::string(message) +
+           "). Install Audrel again, or record WAV.";
+  }
+  return "M4A needs " + std::string(library) + ", which is not installed. Install its package (" +
+         packageOf(library) + " on Debian), or record WAV.";
+}
+
+}  // namespace
+
+const AudrelAacFunctions* aacFunctionsOf(const std::filesystem::path& file, std::string* problem) {
+  if (file.empty()) {
+    *problem = std::string("A part of Audrel, ") + fileName +
+               ", was not found. Install Audrel again, or record WAV.";
+    return nullptr;
+  }
+  void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) {
+    const char* message = dlerror();  // NOLINT(concurrency-mt-unsafe): each thread has its own
+    *problem = loadingProblem(message, file);
+    return nullptr;
+  }
+  const auto entry = reinterpret_cast<AudrelAacEntry>(dlsym(module, audrelAacEntryName));
+  const AudrelAacFunctions* functions = entry == nullptr ? nullptr : entry();
+  if (functions == nullptr || functions->interfaceNumber != audrelAacInterface) {
+    *problem = "Audrel was updated while it ran: quit it and start it again";
+    return nullptr;
+  }
+  return functions;
+}
+
+const AudrelAacFunctions* aacFunctions(std::string* problem) {
+  static std::atomic<const AudrelAacFunctions*> loaded = nullptr;
+  if (loaded == nullptr) {
+    loaded = aacFunctionsOf(findModule(), problem);
+  }
+  return loaded;
+}
+
+}  // namespace audrel::linuxos

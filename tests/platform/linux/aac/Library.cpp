@@ -1,0 +1,5 @@
+// Something that is no module.
+
+extern "C" int libraryFunction() {
+  return 7;
+}
