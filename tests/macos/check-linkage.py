@@ -25,7 +25,7 @@ OSStatus destroy(AudioObjectID tap) { return AudioHardwareDestroyProcessTap(tap)
 
 def compiler(sdk, frameworks):
     return ["clang++-19", "--target=arm64-apple-macos14.2", "-isysroot", sdk, "-F", frameworks,
-            "-nostdinc++", "-isystem", f"{sdk}/usr/include/c++/v1", "-std=c++20", "-fobjc-arc",
+            "-nostdinc++", "-isystem", f"{sdk}/usr/include/c++/v1", "-std=c++20", "-O2", "-fobjc-arc",
             "-fblocks", "-I", SOURCE]
 
 

@@ -24,8 +24,9 @@ FRAMEWORKS = ["AppKit", "AVFAudio", "CoreAudio", "CoreFoundation", "Foundation"]
 
 def compile_and_link(sdk, source, out):
     command = ["clang++-19", "--target=arm64-apple-macos14.2", "-isysroot", sdk, "-nostdinc++",
-               "-isystem", f"{sdk}/usr/include/c++/v1", "-std=c++20", "-Wall", "-Wextra", "-Werror",
-               "-fuse-ld=lld", "-Wl,-fatal_warnings,--error-limit=0", "-lobjc", source, "-o", out]
+               "-isystem", f"{sdk}/usr/include/c++/v1", "-std=c++20", "-O2", "-Wall", "-Wextra",
+               "-Werror", "-fuse-ld=lld", "-Wl,-fatal_warnings,--error-limit=0", "-lobjc", source, "-o",
+               out]
     if source.endswith(".mm"):
         command += ["-fobjc-arc", "-fblocks"]
     for framework in FRAMEWORKS:

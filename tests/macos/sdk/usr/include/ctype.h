@@ -5,7 +5,6 @@
 #define _CTYPE_A 0x00000100L
 #define _CTYPE_C 0x00000200L
 #define _CTYPE_D 0x00000400L
-#define _CTYPE_G 0x00000800L
 #define _CTYPE_L 0x00001000L
 #define _CTYPE_P 0x00002000L
 #define _CTYPE_S 0x00004000L
@@ -29,34 +28,21 @@ typedef struct {
 } _RuneLocale;
 
 __BEGIN_DECLS
-extern _RuneLocale _DefaultRuneLocale;
 int isalnum(int character);
-int isalnum_l(int character, locale_t locale);
 int isalpha(int character);
-int isalpha_l(int character, locale_t locale);
 int isblank(int character);
-int isblank_l(int character, locale_t locale);
 int iscntrl(int character);
-int iscntrl_l(int character, locale_t locale);
 int isdigit(int character);
 int isdigit_l(int character, locale_t locale);
 int isgraph(int character);
-int isgraph_l(int character, locale_t locale);
 int islower(int character);
-int islower_l(int character, locale_t locale);
 int isprint(int character);
-int isprint_l(int character, locale_t locale);
 int ispunct(int character);
-int ispunct_l(int character, locale_t locale);
 int isspace(int character);
-int isspace_l(int character, locale_t locale);
 int isupper(int character);
-int isupper_l(int character, locale_t locale);
 int isxdigit(int character);
 int isxdigit_l(int character, locale_t locale);
 int isascii(int character);
 int tolower(int character);
 int toupper(int character);
-int tolower_l(int character, locale_t locale);
-int toupper_l(int character, locale_t locale);
 __END_DECLS

@@ -8,6 +8,7 @@ __END_DECLS
 
 #define errno (*__error())
 
+/* All of them: for one that is missing the standard library makes up a number. */
 #define EPERM 1
 #define ENOENT 2
 #define ESRCH 3

@@ -11,14 +11,12 @@ struct option {
 
 #define no_argument 0
 #define required_argument 1
-#define optional_argument 2
 
 __BEGIN_DECLS
 extern char* optarg;
 extern int optind;
 extern int opterr;
 extern int optopt;
-extern int optreset;
 int getopt_long(int count, char* const* arguments, const char* letters,
                 const struct option* options, int* index);
 __END_DECLS

@@ -2,56 +2,9 @@
 
 #include <_locale_types.h>
 
-#define LC_ALL 0
-#define LC_COLLATE 1
-#define LC_CTYPE 2
-#define LC_MONETARY 3
-#define LC_NUMERIC 4
-#define LC_TIME 5
-#define LC_MESSAGES 6
 #define LC_COLLATE_MASK 1
 #define LC_CTYPE_MASK 2
 #define LC_MESSAGES_MASK 4
 #define LC_MONETARY_MASK 8
 #define LC_NUMERIC_MASK 16
 #define LC_TIME_MASK 32
-#define LC_ALL_MASK 63
-#define LC_GLOBAL_LOCALE ((locale_t) - 1)
-#define LC_C_LOCALE ((locale_t)0)
-
-struct lconv {
-  char* decimal_point;
-  char* thousands_sep;
-  char* grouping;
-  char* int_curr_symbol;
-  char* currency_symbol;
-  char* mon_decimal_point;
-  char* mon_thousands_sep;
-  char* mon_grouping;
-  char* positive_sign;
-  char* negative_sign;
-  char int_frac_digits;
-  char frac_digits;
-  char p_cs_precedes;
-  char p_sep_by_space;
-  char n_cs_precedes;
-  char n_sep_by_space;
-  char p_sign_posn;
-  char n_sign_posn;
-  char int_p_cs_precedes;
-  char int_n_cs_precedes;
-  char int_p_sep_by_space;
-  char int_n_sep_by_space;
-  char int_p_sign_posn;
-  char int_n_sign_posn;
-};
-
-__BEGIN_DECLS
-char* setlocale(int category, const char* name);
-struct lconv* localeconv(void);
-struct lconv* localeconv_l(locale_t locale);
-locale_t newlocale(int mask, const char* name, locale_t base);
-void freelocale(locale_t locale);
-locale_t uselocale(locale_t locale);
-locale_t duplocale(locale_t locale);
-__END_DECLS

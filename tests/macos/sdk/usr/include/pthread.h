@@ -22,10 +22,6 @@ typedef struct {
 typedef struct {
   long signature;
   char opaque[8];
-} pthread_condattr_t;
-typedef struct {
-  long signature;
-  char opaque[8];
 } pthread_once_t;
 typedef struct {
   long signature;
@@ -34,7 +30,6 @@ typedef struct {
 
 #define PTHREAD_MUTEX_INITIALIZER {0x32AAABA7, {0}}
 #define PTHREAD_COND_INITIALIZER {0x3CB0B1BB, {0}}
-#define PTHREAD_ONCE_INIT {0x30B1BCBA, {0}}
 #define PTHREAD_MUTEX_RECURSIVE 2
 
 __BEGIN_DECLS
@@ -43,7 +38,6 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
 int pthread_join(pthread_t thread, void** result);
 int pthread_detach(pthread_t thread);
 pthread_t pthread_self(void);
-int pthread_equal(pthread_t left, pthread_t right);
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes);
 int pthread_mutex_destroy(pthread_mutex_t* mutex);
 int pthread_mutex_lock(pthread_mutex_t* mutex);
@@ -52,18 +46,14 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex);
 int pthread_mutexattr_init(pthread_mutexattr_t* attributes);
 int pthread_mutexattr_settype(pthread_mutexattr_t* attributes, int type);
 int pthread_mutexattr_destroy(pthread_mutexattr_t* attributes);
-int pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes);
 int pthread_cond_destroy(pthread_cond_t* condition);
 int pthread_cond_signal(pthread_cond_t* condition);
 int pthread_cond_broadcast(pthread_cond_t* condition);
 int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex);
 int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
                            const struct timespec* until);
-int pthread_cond_timedwait_relative_np(pthread_cond_t* condition, pthread_mutex_t* mutex,
-                                       const struct timespec* time);
 int pthread_once(pthread_once_t* once, void (*run)(void));
 int pthread_key_create(pthread_key_t* key, void (*destroy)(void*));
-int pthread_key_delete(pthread_key_t key);
 void* pthread_getspecific(pthread_key_t key);
 int pthread_setspecific(pthread_key_t key, const void* value);
 __END_DECLS

@@ -18,24 +18,15 @@ struct sigaction {
 
 #define SIGHUP 1
 #define SIGINT 2
-#define SIGQUIT 3
-#define SIGILL 4
-#define SIGABRT 6
-#define SIGFPE 8
-#define SIGSEGV 11
 #define SIGPIPE 13
 #define SIGTERM 15
 #define SIGXFSZ 25
 #define SIGWINCH 28
-#define SIG_DFL ((void (*)(int))0)
 #define SIG_IGN ((void (*)(int))1)
-#define SIG_ERR ((void (*)(int)) - 1)
 #define SA_RESTART 2
 
 __BEGIN_DECLS
 void (*signal(int number, void (*handler)(int)))(int);
-int raise(int number);
-int kill(pid_t process, int number);
 int sigaction(int number, const struct sigaction* action, struct sigaction* previous);
 int sigemptyset(sigset_t* set);
 __END_DECLS

@@ -29,28 +29,8 @@ typedef unsigned long uintptr_t;
 typedef long intmax_t;
 typedef unsigned long uintmax_t;
 
-#define INT8_MAX 127
-#define INT8_MIN (-127 - 1)
-#define UINT8_MAX 255
-#define INT16_MAX 32767
-#define INT16_MIN (-32767 - 1)
-#define UINT16_MAX 65535
 #define INT32_MAX 2147483647
-#define INT32_MIN (-2147483647 - 1)
 #define UINT32_MAX 4294967295U
-#define INT64_MAX 9223372036854775807LL
-#define INT64_MIN (-9223372036854775807LL - 1)
-#define UINT64_MAX 18446744073709551615ULL
-#define INTPTR_MAX 9223372036854775807L
-#define UINTPTR_MAX 18446744073709551615UL
-#define INTMAX_MAX 9223372036854775807L
-#define INTMAX_MIN (-INTMAX_MAX - 1)
-#define UINTMAX_MAX 18446744073709551615UL
-#define SIZE_MAX UINTPTR_MAX
-#define PTRDIFF_MAX INTPTR_MAX
-#define PTRDIFF_MIN (-PTRDIFF_MAX - 1)
 
-#define INT32_C(value) value
-#define INT64_C(value) value##LL
 #define UINT32_C(value) value##U
 #define UINT64_C(value) value##ULL

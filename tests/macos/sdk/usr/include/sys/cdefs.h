@@ -1,11 +1,5 @@
 #pragma once
 
-#ifdef __cplusplus
 #define __BEGIN_DECLS extern "C" {
 #define __END_DECLS }
-#else
-#define __BEGIN_DECLS
-#define __END_DECLS
-#endif
-
 #define __dead2 __attribute__((__noreturn__))
