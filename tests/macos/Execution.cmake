@@ -63,18 +63,20 @@ function(macos_test name)
   add_dependencies(audrel_macos_checks ${name})
 endfunction()
 
-macos_test(macos_runtime_test SOURCES execution/RuntimeTest.mm)
 macos_test(macos_adapters_test
   SOURCES
     execution/AppKitTest.mm
     execution/AudioFrameworkTest.mm
     execution/AudioHardwareTest.mm
+    execution/DeclarationsTest.mm
     execution/FoundationTest.mm
     execution/OwnDefaultsTest.mm
+    execution/RuntimeTest.mm
     "${PROJECT_SOURCE_DIR}/tests/contract/OwnDefaults.mm"
-  LINKS audrel_engine audrel_fakes audrel_ui)
-macos_test(macos_io_proc_test SOURCES execution/IOProcTest.mm THREADS)
-macos_test(macos_queue_test SOURCES execution/DispatchTest.mm THREADS)
+  LINKS audrel_ui)
+# An object is gone as early as the declarations allow.
+set_source_files_properties(execution/DeclarationsTest.mm PROPERTIES COMPILE_OPTIONS -O1)
+macos_test(macos_threads_test SOURCES execution/DispatchTest.mm execution/IOProcTest.mm THREADS)
 
 # What every platform promises, in the very files that a Mac compiles.
 set(contract "${PROJECT_SOURCE_DIR}/tests/contract")
@@ -91,11 +93,6 @@ add_library(macos_contract_on_a_mac OBJECT "${contract}/RealMac.cpp")
 target_link_libraries(macos_contract_on_a_mac PRIVATE audrel_options)
 add_dependencies(audrel_macos_checks macos_contract_on_a_mac)
 
-macos_test(macos_declarations_test SOURCES execution/DeclarationsTest.mm)
-# An object is gone as early as the declarations allow.
-target_compile_options(macos_declarations_test PRIVATE -O1)
-macos_test(macos_updater_test
-  SOURCES execution/SparkleTest.mm "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm")
 macos_test(macos_program_test SOURCES execution/ProgramTest.mm LINKS audrel_app audrel_fakes THREADS)
 
 if(AUDREL_SANITIZE MATCHES "address")
@@ -112,6 +109,7 @@ macos_test(macos_transcripts_test
     "${PROJECT_SOURCE_DIR}/tests/engine/EngineStories.cpp"
     execution/EngineTranscriptTest.mm
     execution/SessionTranscriptTest.mm
+    execution/SparkleTest.mm
     "${PROJECT_SOURCE_DIR}/platform/macos/SparkleUpdater.mm"
   LINKS audrel_app audrel_fakes macos_story)
 target_compile_definitions(macos_transcripts_test PRIVATE AUDREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")

@@ -46,35 +46,16 @@ class AppKitTest : public MacTest {
     statusItem->setMenu(menu);
   }
 
+  static void choose(const std::string& title) {
+    @autoreleasepool {
+      fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, title));
+    }
+  }
+
   AppKit appKit;
   std::shared_ptr<Target> target = std::make_shared<Target>();
   std::shared_ptr<NS::StatusItem> statusItem = appKit.makeStatusItem(-1);
 };
-
-TEST_F(AppKitTest, aMenuHasItsItemsWithAllThatTheProgramSet) {
-  const auto submenu = appKit.makeMenu();
-  submenu->addItem(item("inside", "selectProcess:"));
-  const auto parent = appKit.makeMenuItem("parent", std::nullopt, "");
-  parent->setSubmenu(submenu);
-  const auto off = item("off", "quit:");
-  off->setEnabled(false);
-  const auto on = appKit.makeMenuItem("on", NS::Selector("showAbout:"), "r");
-  on->setState(NS::ControlState::on);
-  const auto menu = appKit.makeMenu();
-  menu->setAutoenablesItems(false);
-  for (const auto& each : {parent, appKit.makeSeparatorItem(), off, on}) {
-    menu->addItem(each);
-  }
-  statusItem->setMenu(menu);
-  @autoreleasepool {
-    EXPECT_EQ(fakemac::shown(fakemac::statusItem().menu), "parent\n"
-                                                          "  inside, selectProcess:, target\n"
-                                                          "---\n"
-                                                          "off, quit:, target, disabled\n"
-                                                          "on, key r, showAbout:, on\n");
-    EXPECT_FALSE(fakemac::statusItem().menu.autoenablesItems);
-  }
-}
 
 TEST_F(AppKitTest, everyActionOfTheMenuReachesTheTargetByItsOwnSelector) {
   using Action = MenuBuilder::Action;
@@ -88,9 +69,7 @@ TEST_F(AppKitTest, everyActionOfTheMenuReachesTheTargetByItsOwnSelector) {
   for (const NS::Selector& action : actions) {
     EXPECT_TRUE(objcruntime::instancesRespondTo("AudrelMenuItemContent", action.name().c_str()));
     showMenuOf(item("command", action.name()));
-    @autoreleasepool {
-      fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, "command"));
-    }
+    choose("command");
     names.push_back(action.name());
   }
   EXPECT_EQ(target->performed, names);
@@ -105,9 +84,7 @@ TEST_F(AppKitTest, anItemCarriesWhatItRepresentsToItsAction) {
   target->whenPerformed = [&](const auto& sender) {
     represented = std::any_cast<std::string>(sender->representedObject());
   };
-  @autoreleasepool {
-    fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, "process"));
-  }
+  choose("process");
   EXPECT_EQ(represented, "a process");
 }
 
@@ -121,9 +98,7 @@ TEST_F(AppKitTest, aTargetThatIsGoneIsNotCalledAndNotKept) {
   const std::weak_ptr<Target> weak = target;
   target.reset();
   EXPECT_TRUE(weak.expired());
-  @autoreleasepool {
-    fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, "command"));
-  }
+  choose("command");
 }
 
 // AppKit refers to targets weakly: the item itself has to keep what its actions go to.
@@ -147,9 +122,7 @@ TEST_F(AppKitTest, theSenderLivesWhenItsActionTakesTheMenuAway) {
     sender->setState(NS::ControlState::on);
     isDone = true;
   };
-  @autoreleasepool {
-    fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, "command"));
-  }
+  choose("command");
   EXPECT_TRUE(isDone);
 }
 
@@ -169,9 +142,8 @@ TEST_F(AppKitTest, aMenuThatWasReplacedWhileItOpensWorksOn) {
   };
   @autoreleasepool {
     NSMenu* open = fakemac::openMenu();
-    EXPECT_EQ(fakemac::shown(open),
-              "old, toggleRecording:, target\nadded, toggleRecording:, target\n");
-    EXPECT_EQ(fakemac::shown(fakemac::statusItem().menu), "new, toggleRecording:, target\n");
+    EXPECT_NE(fakemac::itemNamed(open, "added"), nil);
+    EXPECT_NE(fakemac::itemNamed(fakemac::statusItem().menu, "new"), nil);
     fakemac::choose(fakemac::itemNamed(open, "old"));
   }
   EXPECT_EQ(target->performed.size(), 1U);
@@ -191,32 +163,10 @@ TEST_F(AppKitTest, aMenuDelegateThatIsGoneIsNotCalled) {
 TEST_F(AppKitTest, anExceptionOfAnActionIsLoggedAndGoesNoFurther) {
   showMenuOf(item("command"));
   target->whenPerformed = [](const auto&) { throw std::runtime_error("a reason"); };
-  @autoreleasepool {
-    fakemac::choose(fakemac::itemNamed(fakemac::statusItem().menu, "command"));
-  }
+  choose("command");
   EXPECT_TRUE(contains(journal(),
                        "log io.github.audrel.Audrel [platform] error: toggleRecording: failed: "
                        "a reason"));
-}
-
-TEST_F(AppKitTest, theMenuBarShowsFontPositionImageAndTitle) {
-  NS::StatusBarButton* button = statusItem->button();
-  button->setFont(appKit.monospacedDigitSystemFont(12, NS::fontWeightRegular));
-  button->setImagePosition(NS::CellImagePosition::imageLeft);
-  const auto symbol = appKit.makeSystemSymbol("waveform.circle");
-  const auto configured = symbol->withSymbolConfiguration({14, NS::fontWeightRegular});
-  configured->setTemplate(true);
-  button->setImage(configured);
-  button->setTitle(" 00:07");
-  @autoreleasepool {
-    EXPECT_EQ(fakemac::shownInMenuBar(),
-              "waveform.circle at 14 pt, weight 0, template, title \" 00:07\", image position 2, "
-              "monospaced digits, 12 pt, weight 0");
-  }
-  button->setImage(nullptr);
-  @autoreleasepool {
-    EXPECT_EQ(fakemac::shownInMenuBar().find("no image"), 0U);
-  }
 }
 
 TEST_F(AppKitTest, aStatusItemMayHaveNoButtonAndLeavesTheMenuBarWithItsOwner) {
@@ -226,24 +176,13 @@ TEST_F(AppKitTest, aStatusItemMayHaveNoButtonAndLeavesTheMenuBarWithItsOwner) {
   EXPECT_EQ(appKit.makeStatusItem(-1)->button(), nullptr);
 }
 
-TEST_F(AppKitTest, anUnknownSymbolIsNone) {
-  EXPECT_EQ(appKit.makeSystemSymbol("no.such.symbol"), nullptr);
-}
-
-TEST_F(AppKitTest, aSymbolIsDrawnAndFilledInTheCurrentColour) {
-  const auto symbol = appKit.makeSystemSymbol("waveform.circle.fill");
-  const NS::Rect rect{0, 0, symbol->size()};
-  const auto image = appKit.makeImage(rect.size);
-  image->lockFocus();
-  appKit.systemOrangeColor()->set();
-  symbol->drawInRect(rect);
-  appKit.fillRect(rect, NS::CompositingOperation::sourceAtop);
-  image->unlockFocus();
-  statusItem->button()->setImage(image);
+TEST_F(AppKitTest, anUnknownSymbolIsNoneAndAButtonMayHaveNone) {
+  statusItem->button()->setImage(appKit.makeSystemSymbol("waveform.circle"));
+  const auto unknown = appKit.makeSystemSymbol("no.such.symbol");
+  EXPECT_EQ(unknown, nullptr);
+  statusItem->button()->setImage(unknown);
   @autoreleasepool {
-    EXPECT_EQ(fakemac::shownInMenuBar().find("waveform.circle.fill in 17 x 15, filled orange with "
-                                             "operation 5 in 17 x 15, title"),
-              0U);
+    EXPECT_EQ(fakemac::statusItem().button.image, nil);
   }
 }
 

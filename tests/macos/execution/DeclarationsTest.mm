@@ -92,8 +92,14 @@ bool isWeak(Set set, Get get) {
   }
 }
 
-bool isACopy(id object) {
-  return [object class] != [Original class] && strcmp([object UTF8String], "a copy") == 0;
+/// Whether `get` reads a copy of what is given to `set`.
+template <typename Set, typename Get>
+bool isACopy(Set set, Get get) {
+  @autoreleasepool {
+    set([[Original alloc] init]);
+    const id kept = get();
+    return [kept class] != [Original class] && strcmp([kept UTF8String], "a copy") == 0;
+  }
 }
 
 class DeclarationsTest : public MacTest {};
@@ -163,69 +169,32 @@ TEST_F(DeclarationsTest, aReferenceThatIsBridgedOverIsTakenOver) {
   EXPECT_TRUE(isThere && objcruntime::liveObjectsOf("NSString") == before);
 }
 
-TEST_F(DeclarationsTest, theTargetOfAnItemIsWeak) {
+TEST_F(DeclarationsTest, targetsAndDelegatesAreWeak) {
   NSMenuItem* item = [[DeclaredMenuItem alloc] init];
   EXPECT_TRUE(isWeak([=](id object) { item.target = object; }, [=] { return item.target; }));
-}
-
-TEST_F(DeclarationsTest, theDelegateOfAMenuIsWeak) {
   NSMenu* menu = [[DeclaredMenu alloc] init];
   EXPECT_TRUE(
       isWeak([=](id object) { menu.delegate = object; }, [=]() -> id { return menu.delegate; }));
-}
-
-TEST_F(DeclarationsTest, theDelegateOfTheApplicationIsWeak) {
   NSApplication* application = [[DeclaredApplication alloc] init];
   EXPECT_TRUE(isWeak([=](id object) { application.delegate = object; },
                      [=]() -> id { return application.delegate; }));
 }
 
-TEST_F(DeclarationsTest, theTitleOfAButtonIsACopy) {
-  @autoreleasepool {
-    NSButton* button = [[DeclaredButton alloc] init];
-    button.title = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(button.title));
-  }
+TEST_F(DeclarationsTest, theTextsOfButtonsAndAlertsAreCopies) {
+  NSButton* button = [[DeclaredButton alloc] init];
+  EXPECT_TRUE(isACopy([=](id text) { button.title = text; }, [=] { return button.title; }));
+  NSAlert* alert = [[DeclaredAlert alloc] init];
+  EXPECT_TRUE(
+      isACopy([=](id text) { alert.messageText = text; }, [=] { return alert.messageText; }));
+  EXPECT_TRUE(isACopy([=](id text) { alert.informativeText = text; },
+                      [=] { return alert.informativeText; }));
 }
 
-TEST_F(DeclarationsTest, theMessageOfAnAlertIsACopy) {
-  @autoreleasepool {
-    NSAlert* alert = [[DeclaredAlert alloc] init];
-    alert.messageText = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(alert.messageText));
-  }
-}
-
-TEST_F(DeclarationsTest, theInformationOfAnAlertIsACopy) {
-  @autoreleasepool {
-    NSAlert* alert = [[DeclaredAlert alloc] init];
-    alert.informativeText = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(alert.informativeText));
-  }
-}
-
-TEST_F(DeclarationsTest, theNameOfATapIsACopy) {
-  @autoreleasepool {
-    CATapDescription* tap = [[DeclaredTap alloc] init];
-    tap.name = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(tap.name));
-  }
-}
-
-TEST_F(DeclarationsTest, theUUIDOfATapIsACopy) {
-  @autoreleasepool {
-    CATapDescription* tap = [[DeclaredTap alloc] init];
-    tap.UUID = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(tap.UUID));
-  }
-}
-
-TEST_F(DeclarationsTest, theProcessesOfATapAreACopy) {
-  @autoreleasepool {
-    CATapDescription* tap = [[DeclaredTap alloc] init];
-    tap.processes = static_cast<id>([[Original alloc] init]);
-    EXPECT_TRUE(isACopy(tap.processes));
-  }
+TEST_F(DeclarationsTest, whatATapIsGivenIsACopy) {
+  CATapDescription* tap = [[DeclaredTap alloc] init];
+  EXPECT_TRUE(isACopy([=](id name) { tap.name = name; }, [=] { return tap.name; }));
+  EXPECT_TRUE(isACopy([=](id uuid) { tap.UUID = uuid; }, [=] { return tap.UUID; }));
+  EXPECT_TRUE(isACopy([=](id objects) { tap.processes = objects; }, [=] { return tap.processes; }));
 }
 
 }  // namespace

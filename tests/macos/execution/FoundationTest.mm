@@ -41,46 +41,11 @@ TEST_F(FoundationTest, theDownloadsFolderIsTheFirstOfTheUsers) {
   EXPECT_EQ(files.downloadsDirectory(), std::nullopt);
 }
 
-TEST_F(FoundationTest, aFileExistsUnderItsWholeName) {
-  mac().existing.insert("/Users/test/ü.wav");
-  FileManager files;
-  EXPECT_TRUE(files.fileExists("/Users/test/ü.wav"));
-  EXPECT_FALSE(files.fileExists("/Users/test/ü"));
-}
-
-TEST_F(FoundationTest, aNameIsTakenByAFileThatExists) {
-  mac().existing.insert("/Users/test/ü.wav");
-  FileManager files;
-  EXPECT_TRUE(files.nameIsTaken("/Users/test/ü.wav"));
-  EXPECT_FALSE(files.nameIsTaken("/Users/test/ü"));
-}
-
-TEST_F(FoundationTest, aUUIDIsTheFrameworksText) {
-  EXPECT_EQ(UUIDFactory().uuidString(), "00000000-0000-4000-8000-00000000ABCD");
-}
-
-TEST_F(FoundationTest, namesAreComparedByTheFramework) {
-  using enum NS::ComparisonResult;
-  Collation collation;
-  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("abc", "ABD"), orderedAscending);
-  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("abc", "ABC"), orderedSame);
-  EXPECT_EQ(collation.localizedCaseInsensitiveCompare("b", "A"), orderedDescending);
-}
-
 TEST_F(FoundationTest, aTextThatIsNoURLIsNone) {
   URLParser parser;
   EXPECT_EQ(parser.urlWithString("x-apple.systempreferences:a?b"),
             NS::URL{"x-apple.systempreferences:a?b"});
   EXPECT_EQ(parser.urlWithString("scheme://["), std::nullopt);
-}
-
-TEST_F(FoundationTest, userDefaultsKeepTexts) {
-  UserDefaults defaults;
-  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
-  defaults.setString("wav", "format");
-  EXPECT_EQ(defaults.stringForKey("format"), "wav");
-  defaults.removeObjectForKey("format");
-  EXPECT_EQ(defaults.stringForKey("format"), std::nullopt);
 }
 
 TEST_F(FoundationTest, aTimerFiresUntilItIsInvalidatedAndThenFreesItsBlock) {
@@ -94,18 +59,6 @@ TEST_F(FoundationTest, aTimerFiresUntilItIsInvalidatedAndThenFreesItsBlock) {
   timer->invalidate();
   EXPECT_EQ(scheduledTimers(), 0U);
   EXPECT_TRUE(weak.expired());
-}
-
-TEST_F(FoundationTest, theRunLoopKeepsATimerThatNobodyElseKeeps) {
-  int fired = 0;
-  std::shared_ptr<NS::Timer> timer;
-  timer = RunLoop().scheduleRepeatingTimer(1.0, [&] {
-    ++fired;
-    timer->invalidate();
-  });
-  fireTimers();
-  fireTimers();
-  EXPECT_EQ(fired, 1);
 }
 
 TEST_F(FoundationTest, anExceptionOfATimersBlockIsLoggedAndGoesNoFurther) {
@@ -140,15 +93,6 @@ TEST_F(FoundationTest, linesOfTheLogArePublicAndHaveTheirLevel) {
   EXPECT_EQ(journal(), (Lines{"os_log_create(\"io.example\", \"engine\")",
                               "log io.example [engine] info: 100 %s %{private}s",
                               "log io.example [engine] error: cut"}));
-}
-
-TEST_F(FoundationTest, capturePermissionIsAskedOfTheSystem) {
-  CaptureAccess access;
-  EXPECT_TRUE(access.preflightScreenCaptureAccess());
-  mac().answersRequest = false;
-  EXPECT_FALSE(access.requestScreenCaptureAccess());
-  EXPECT_EQ(journal(), (Lines{"CGPreflightScreenCaptureAccess() -> true",
-                              "CGRequestScreenCaptureAccess() -> false"}));
 }
 
 TEST_F(FoundationTest, anApplicationIsFoundByItsPidAndMayHaveNoName) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -50,33 +49,12 @@ class MacProgramTest : public MacTest {
     }
   }
 
-  static std::string menu() {
-    @autoreleasepool {
-      return fakemac::shown(fakemac::statusItem().menu);
-    }
-  }
-
-  static std::string menuBar() {
-    @autoreleasepool {
-      return fakemac::shownInMenuBar();
-    }
-  }
-
-  static NSMenuItem* item(const std::string& title) {
-    return fakemac::itemNamed(fakemac::statusItem().menu, title);
-  }
-
   static void choose(const std::string& title) {
     @autoreleasepool {
-      NSMenuItem* chosen = item(title);
+      NSMenuItem* chosen = fakemac::itemNamed(fakemac::statusItem().menu, title);
       ASSERT_NE(chosen, nil) << title;
       fakemac::choose(chosen);
     }
-  }
-
-  void tick(std::chrono::seconds after) {
-    clock.date += after;
-    fireTimers();
   }
 
   /// Names of files tell the local time.

@@ -26,7 +26,6 @@ class MacTest : public testing::Test {
     logFailedCall("nothing", "nothing");
     mac().takeJournal();
     fakemac::resetHardware();
-    fakemac::resetAppKit();
     liveBefore_ = objcruntime::liveObjects();
     withoutPoolBefore_ = objcruntime::autoreleasedWithoutPool();
   }

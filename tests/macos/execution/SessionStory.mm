@@ -74,7 +74,6 @@ std::string SessionStory::tell() {
   fakemac::mac().processes = {{70, 700, "org.example.radio"}, {71, 710, ""}};
   fakemac::mac().applications = {{700, "Web Radio"}, {710, "game"}};
   fakemac::mac().holdsQueues = true;
-  fakemac::mac().tellsAll = true;
   setTime(std::chrono::sys_days(std::chrono::year(2026) / 11 / 16) + 7h + 9min);
   firstRun();
   runUntilQuit("the second run", [this] {

@@ -25,39 +25,9 @@ NSString* const AVLinearPCMIsBigEndianKey = @"key of AVLinearPCMIsBigEndianKey";
 NSString* const AVLinearPCMIsFloatKey = @"key of AVLinearPCMIsFloatKey";
 NSString* const AVLinearPCMIsNonInterleaved = @"key of AVLinearPCMIsNonInterleaved";
 
-static NSString* made(const std::string& text) {
-  return [[NSString alloc] initWithBytes:text.data()
-                                  length:text.size()
-                                encoding:NSUTF8StringEncoding];
-}
-
-@interface MadeError : NSError {
- @public
-  Failure _failure;
-}
-@end
-
-@implementation MadeError
-
-- (NSString*)domain {
-  return made(_failure.domain);
-}
-
-- (NSInteger)code {
-  return _failure.code;
-}
-
-- (NSString*)localizedDescription {
-  return made(_failure.description);
-}
-
-@end
-
 /// Gives it, and tells of it.
 static std::string giveError(const Failure& failure, NSError* __autoreleasing* error) {
-  MadeError* made = [[MadeError alloc] init];
-  made->_failure = failure;
-  *error = made;
+  *error = audrel::fakemac::made(failure);
   return "error \"" + failure.description + "\"";
 }
 
@@ -111,11 +81,11 @@ static void raiseIfAskedTo(const std::string& call) {
   const bool isFloat = (_description.mFormatFlags & kAudioFormatFlagIsFloat) != 0;
   switch (_description.mBitsPerChannel) {
     case 16:
-      return isFloat ? AVAudioOtherFormat : AVAudioPCMFormatInt16;
+      return AVAudioPCMFormatInt16;
     case 32:
       return isFloat ? AVAudioPCMFormatFloat32 : AVAudioPCMFormatInt32;
     case 64:
-      return isFloat ? AVAudioPCMFormatFloat64 : AVAudioOtherFormat;
+      return AVAudioPCMFormatFloat64;
     default:
       return AVAudioOtherFormat;
   }
@@ -124,15 +94,6 @@ static void raiseIfAskedTo(const std::string& call) {
 @end
 
 @implementation AVAudioBuffer
-
-- (AVAudioFormat*)format {
-  return nil;
-}
-
-- (AudioBufferList*)mutableAudioBufferList {
-  return nullptr;
-}
-
 @end
 
 @implementation AVAudioPCMBuffer {
@@ -250,7 +211,7 @@ static double number(id described) {
   mac().note(call + "file");
   _index = mac().files.size();
   _isOpen = YES;
-  mac().files.push_back({path, described, format, static_cast<bool>(interleaved), {}, {}, true});
+  mac().files.push_back({path, static_cast<bool>(interleaved), {}, {}, true});
   return self;
 }
 

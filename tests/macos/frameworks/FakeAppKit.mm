@@ -33,7 +33,7 @@ static std::string whole(NSMenuItem* item);
 
 - (void)setFont:(NSFont*)font {
   _font = font;
-  mac().noteDetail("button.font = " + audrel::fakemac::nameOf(font));
+  mac().note("button.font = " + audrel::fakemac::nameOf(font));
 }
 
 @end
@@ -42,17 +42,17 @@ static std::string whole(NSMenuItem* item);
 
 - (void)setTitle:(NSString*)title {
   _title = title;
-  mac().noteDetail("button.title = " + audrel::fakemac::described(title));
+  mac().note("button.title = " + audrel::fakemac::described(title));
 }
 
 - (void)setImage:(NSImage*)image {
   _image = image;
-  mac().noteDetail("button.image = " + audrel::fakemac::nameOf(image));
+  mac().note("button.image = " + audrel::fakemac::nameOf(image));
 }
 
 - (void)setImagePosition:(NSCellImagePosition)position {
   _imagePosition = position;
-  mac().noteDetail("button.imagePosition = " + std::to_string(position));
+  mac().note("button.imagePosition = " + std::to_string(position));
 }
 
 @end
@@ -74,7 +74,7 @@ static __weak NSStatusItem* itemInMenuBar;
 
 - (void)setMenu:(NSMenu*)menu {
   _menu = menu;
-  mac().noteDetail("statusItem.menu = " + audrel::fakemac::nameOf(menu));
+  mac().note("statusItem.menu = " + audrel::fakemac::nameOf(menu));
 }
 
 @end
@@ -111,23 +111,23 @@ static __weak NSStatusItem* itemInMenuBar;
 - (instancetype)initWithTitle:(NSString*)title {
   _autoenablesItems = YES;
   _name = "menu " + std::to_string(++mac().menus);
-  mac().noteDetail("NSMenu.initWithTitle: " + audrel::fakemac::described(title) + " -> " + _name);
+  mac().note("NSMenu.initWithTitle: " + audrel::fakemac::described(title) + " -> " + _name);
   return self;
 }
 
 - (void)setAutoenablesItems:(BOOL)autoenables {
   _autoenablesItems = autoenables;
-  mac().noteDetail(_name + ".autoenablesItems = " + (autoenables ? "true" : "false"));
+  mac().note(_name + ".autoenablesItems = " + (autoenables ? "true" : "false"));
 }
 
 - (void)setDelegate:(id<NSMenuDelegate>)delegate {
   _delegate = delegate;
-  mac().noteDetail(_name + ".delegate = " + (delegate == self ? "itself" : "another object"));
+  mac().note(_name + ".delegate = " + (delegate == self ? "itself" : "another object"));
 }
 
 - (void)addItem:(NSMenuItem*)item {
   _items.push_back(item);
-  mac().noteDetail(_name + ".addItem: " + audrel::fakemac::whole(item));
+  mac().note(_name + ".addItem: " + audrel::fakemac::whole(item));
 }
 
 @end
@@ -216,7 +216,7 @@ static NSWindow* modalWindow;
 
 - (BOOL)openURL:(NSURL*)url {
   mac().note("NSWorkspace.openURL: " + text(url.absoluteString));
-  return mac().opensURLs;
+  return YES;
 }
 
 - (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)urls {
@@ -234,7 +234,7 @@ static NSWindow* modalWindow;
 }
 
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
-  mac().noteDetail("NSRunningApplication(" + std::to_string(pid) + ")");
+  mac().note("NSRunningApplication(" + std::to_string(pid) + ")");
   const auto found = mac().applications.find(pid);
   if (found == mac().applications.end()) {
     return nil;
@@ -245,10 +245,7 @@ static NSWindow* modalWindow;
 }
 
 - (NSString*)localizedName {
-  return _name.empty() ? nil
-                       : [[NSString alloc] initWithBytes:_name.data()
-                                                  length:_name.size()
-                                                encoding:NSUTF8StringEncoding];
+  return _name.empty() ? nil : audrel::fakemac::made(_name);
 }
 
 @end
@@ -267,8 +264,7 @@ static NSWindow* modalWindow;
 
 - (void)setDelegate:(id<NSApplicationDelegate>)delegate {
   _delegate = delegate;
-  mac().noteDetail(std::string("NSApplication.delegate = ") +
-                   (delegate == nil ? "nil" : "an object"));
+  mac().note(std::string("NSApplication.delegate = ") + (delegate == nil ? "nil" : "an object"));
 }
 
 - (void)run {
@@ -318,10 +314,6 @@ static std::string whole(NSMenuItem* item) {
          (item.submenu == nil ? "" : ", submenu " + nameOf(item.submenu));
 }
 
-std::vector<NSMenuItem*> itemsOf(NSMenu* menu) {
-  return menu->_items;
-}
-
 std::string titleOf(NSMenuItem* item) {
   return item->_title;
 }
@@ -338,31 +330,10 @@ NSMenuItem* itemNamed(NSMenu* menu, const std::string& title) {
   return nil;
 }
 
-static std::string shown(NSMenu* menu, const std::string& indent) {
-  std::string all;
-  for (NSMenuItem* item : menu->_items) {
-    all += indent + item->_title;
-    all += item->_key.empty() ? "" : ", key " + item->_key;
-    all += item.action == nullptr ? "" : std::string(", ") + sel_getName(item.action);
-    all += item.target == nil ? "" : ", target";
-    all += item.isEnabled ? "" : ", disabled";
-    all += item.state == NSControlStateValueOn ? ", on" : "";
-    all += "\n";
-    if (item.submenu != nil) {
-      all += shown(item.submenu, indent + "  ");
-    }
-  }
-  return all;
-}
-
-std::string shown(NSMenu* menu) {
-  return shown(menu, "");
-}
-
 NSMenu* openMenu() {
   @autoreleasepool {
     NSMenu* menu = statusItem().menu;
-    mac().noteDetail("the user opens " + nameOf(menu));
+    mac().note("the user opens " + nameOf(menu));
     [menu.delegate menuWillOpen:menu];
     return menu;
   }
@@ -379,24 +350,13 @@ void choose(NSMenuItem* item) {
       mac().note("an item without target was chosen");
       return;
     }
-    mac().noteDetail("the user chooses \"" + item->_title + "\"");
+    mac().note("the user chooses \"" + item->_title + "\"");
     reinterpret_cast<void (*)(id, SEL, id)>(&objc_msgSend)(target, item.action, item);
   }
 }
 
 NSStatusItem* statusItem() {
   return itemInMenuBar;
-}
-
-std::string shownInMenuBar() {
-  NSStatusBarButton* button = statusItem().button;
-  return shown(button.image) + ", title " + described(button.title) + ", image position " +
-         std::to_string(button.imagePosition) + ", " +
-         (button.font == nil ? "no font" : nameOf(button.font));
-}
-
-void resetAppKit() {
-  resetGraphics();
 }
 
 }  // namespace audrel::fakemac

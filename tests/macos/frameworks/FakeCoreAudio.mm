@@ -170,12 +170,10 @@ OSStatus setRunning(const std::string& call, AudioObjectID device, AudioDeviceIO
 }
 
 AudioStreamBasicDescription tapFormat() {
-  const UInt32 sample = sizeof(float);
-  const UInt32 frame = mac().isInterleaved ? sample * mac().channels : sample;
+  const UInt32 frame = mac().isInterleaved ? 8 : 4;
   const UInt32 flags = kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked |
                        (mac().isInterleaved ? 0U : kAudioFormatFlagIsNonInterleaved);
-  return {mac().sampleRate, mac().tapFormatID, flags,         frame, 1, frame,
-          mac().channels,   8 * sample,        /*reserved*/ 0};
+  return {48000, mac().tapFormatID, flags, frame, 1, frame, 2, 32, /*reserved*/ 0};
 }
 
 template <typename Value>
@@ -186,9 +184,7 @@ void give(const Value& value, UInt32* ioSize, void* out) {
 
 /// One reference, which the caller owns. Here and below: what is given, as the journal tells it.
 std::string giveText(const std::string& text, UInt32* ioSize, void* out) {
-  NSString* string = [[NSString alloc] initWithBytes:text.data()
-                                              length:text.size()
-                                            encoding:NSUTF8StringEncoding];
+  NSString* string = audrel::fakemac::made(text);
   give((__bridge_retained const void*)string, ioSize, out);
   return described(string);
 }

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "tests/macos/frameworks/FakeMac.h"
+
 /// Fires the timers that are scheduled, as the run loop would.
 void fireTimers();
 std::size_t scheduledTimers();
@@ -18,5 +20,8 @@ namespace audrel::fakemac {
 std::string described(id object);
 
 std::string text(NSString* string);
+
+NSString* made(const std::string& text);
+NSError* made(const Failure& failure);
 
 }  // namespace audrel::fakemac

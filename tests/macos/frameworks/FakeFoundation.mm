@@ -10,6 +10,7 @@
 #include "tests/macos/frameworks/FakeMac.h"
 
 using audrel::fakemac::mac;
+using audrel::fakemac::made;
 
 namespace {
 
@@ -60,10 +61,6 @@ std::string fromLatin1(const char* bytes, std::size_t size) {
   std::string _text;
 }
 
-- (instancetype)init {
-  return self;
-}
-
 - (instancetype)initWithBytes:(const void*)bytes
                        length:(NSUInteger)length
                      encoding:(NSStringEncoding)encoding {
@@ -88,16 +85,8 @@ std::string fromLatin1(const char* bytes, std::size_t size) {
   return order < 0 ? NSOrderedAscending : order > 0 ? NSOrderedDescending : NSOrderedSame;
 }
 
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
-}
-
 - (id)copy {
   return self;
-}
-
-- (BOOL)isEqual:(id)object {
-  return strcmp(self.UTF8String, [(NSString*)object UTF8String]) == 0;
 }
 
 @end
@@ -128,10 +117,6 @@ std::string fromLatin1(const char* bytes, std::size_t size) {
 @end
 
 @implementation NSValue
-
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
-}
 
 @end
 
@@ -181,16 +166,6 @@ static NSNumber* numberDescribed(const std::string& text) {
   return _objects.at(index);
 }
 
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
-}
-
-- (id)copy {
-  NSArray* array = [[NSArray alloc] init];
-  array->_objects = _objects;
-  return array;
-}
-
 @end
 
 @implementation NSMutableArray
@@ -213,17 +188,9 @@ static NSNumber* numberDescribed(const std::string& text) {
   std::map<std::string, id> _values;
 }
 
-- (NSUInteger)count {
-  return _values.size();
-}
-
 - (id)objectForKeyedSubscript:(id)key {
   const auto found = _values.find([(NSString*)key UTF8String]);
   return found == _values.end() ? nil : found->second;
-}
-
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
 }
 
 @end
@@ -240,7 +207,12 @@ static NSNumber* numberDescribed(const std::string& text) {
 
 @end
 
-@implementation NSError
+@implementation NSError {
+ @public
+  NSString* _domain;
+  NSInteger _code;
+  NSString* _localizedDescription;
+}
 @synthesize domain = _domain;
 @synthesize code = _code;
 @synthesize localizedDescription = _localizedDescription;
@@ -271,26 +243,14 @@ static NSNumber* numberDescribed(const std::string& text) {
 }
 
 - (NSString*)absoluteString {
-  return [[NSString alloc] initWithBytes:_url.data()
-                                  length:_url.size()
-                                encoding:NSUTF8StringEncoding];
+  return made(_url);
 }
 
 - (const char*)fileSystemRepresentation {
   return _url.c_str();
 }
 
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
-}
-
 @end
-
-static NSString* made(const std::string& text) {
-  return [[NSString alloc] initWithBytes:text.data()
-                                  length:text.size()
-                                encoding:NSUTF8StringEncoding];
-}
 
 @implementation NSUUID {
   NSString* _text;
@@ -307,14 +267,6 @@ static NSString* made(const std::string& text) {
 - (NSString*)UUIDString {
   mac().note("NSUUID.UUIDString -> " + audrel::fakemac::described(_text));
   return _text;
-}
-
-- (id)copyWithZone:(NSZone*)zone {
-  return self;
-}
-
-- (id)copy {
-  return self;
 }
 
 @end
@@ -343,8 +295,8 @@ static NSString* made(const std::string& text) {
       answer += (answer.empty() ? "" : ", ") + path;
     }
   }
-  mac().noteDetail("NSFileManager.URLsForDirectory: " + std::to_string(directory) +
-                   " inDomains: " + std::to_string(domains) + " -> \"" + answer + "\"");
+  mac().note("NSFileManager.URLsForDirectory: " + std::to_string(directory) +
+             " inDomains: " + std::to_string(domains) + " -> \"" + answer + "\"");
   return urls;
 }
 
@@ -354,8 +306,8 @@ static NSString* made(const std::string& text) {
   }
   const bool exists =
       mac().hasDisk ? access(path.UTF8String, F_OK) == 0 : mac().existing.contains(path.UTF8String);
-  mac().noteDetail("NSFileManager.fileExistsAtPath: " + audrel::fakemac::described(path) + " -> " +
-                   (exists ? "true" : "false"));
+  mac().note("NSFileManager.fileExistsAtPath: " + audrel::fakemac::described(path) + " -> " +
+             (exists ? "true" : "false"));
   return exists;
 }
 
@@ -374,8 +326,8 @@ static NSString* made(const std::string& text) {
 - (NSString*)stringForKey:(NSString*)key {
   const auto found = mac().defaults.find(key.UTF8String);
   NSString* value = found == mac().defaults.end() ? nil : made(found->second);
-  mac().noteDetail("NSUserDefaults " + audrel::fakemac::text(key) + " -> " +
-                   audrel::fakemac::described(value));
+  mac().note("NSUserDefaults " + audrel::fakemac::text(key) + " -> " +
+             audrel::fakemac::described(value));
   return value;
 }
 
@@ -491,31 +443,41 @@ void raise(const std::string& name, const std::optional<std::string>& reason) {
   @throw exception;
 }
 
+NSString* made(const std::string& text) {
+  return [[NSString alloc] initWithBytes:text.data()
+                                  length:text.size()
+                                encoding:NSUTF8StringEncoding];
+}
+
+NSError* made(const Failure& failure) {
+  NSError* error = [[NSError alloc] init];
+  error->_domain = made(failure.domain);
+  error->_code = failure.code;
+  error->_localizedDescription = made(failure.description);
+  return error;
+}
+
 std::string text(NSString* string) {
   const char* bytes = string.UTF8String;
   return bytes == nullptr ? "nil" : bytes;
-}
-
-static bool isA(id object, Class type) {
-  // The class and its one level of subclasses are all that there is.
-  return [object class] == type;
 }
 
 std::string described(id object) {
   if (object == nil) {
     return "nil";
   }
-  if (isA(object, [NSNumber class])) {
+  const Class type = [object class];
+  if (type == [NSNumber class]) {
     return static_cast<NSNumber*>(object)->_described;
   }
-  if (isA(object, [NSMutableArray class]) || isA(object, [NSArray class])) {
+  if (type == [NSMutableArray class]) {
     std::string all;
     for (id element : static_cast<NSArray*>(object)->_objects) {
       all += (all.empty() ? "" : ", ") + described(element);
     }
     return "[" + all + "]";
   }
-  if (isA(object, [NSMutableDictionary class])) {
+  if (type == [NSMutableDictionary class]) {
     std::string all;
     for (const auto& [key, value] : static_cast<NSDictionary*>(object)->_values) {
       all += (all.empty() ? "" : ", ") + key + ": " + described(value);

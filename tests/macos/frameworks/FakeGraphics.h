@@ -14,10 +14,4 @@ std::string number(double value);
 std::string nameOf(NSFont* font);
 std::string nameOf(NSImage* image);
 
-/// What was drawn into it, and whether it is a template.
-std::string shown(NSImage* image);
-
-/// Forgets what is being drawn.
-void resetGraphics();
-
 }  // namespace audrel::fakemac

@@ -24,24 +24,22 @@ static std::string shown(NSRect rect) {
   std::string _name;
 }
 
-/// What `set` made current.
-static std::string currentColor;
+static NSColor* madeColor(const std::string& name) {
+  NSColor* color = [[NSColor alloc] init];
+  color->_name = name;
+  return color;
+}
 
 + (NSColor*)systemRedColor {
-  NSColor* color = [[NSColor alloc] init];
-  color->_name = "red";
-  return color;
+  return madeColor("red");
 }
 
 + (NSColor*)systemOrangeColor {
-  NSColor* color = [[NSColor alloc] init];
-  color->_name = "orange";
-  return color;
+  return madeColor("orange");
 }
 
 - (void)set {
-  currentColor = _name;
-  mac().noteDetail("NSColor " + _name + " is set");
+  mac().note("NSColor " + _name + " is set");
 }
 
 @end
@@ -72,55 +70,42 @@ static std::string currentColor;
 
 @end
 
-static NSImage* focused;
-
 @implementation NSImage {
  @public
-  std::string _content;
   std::string _name;
-  NSSize _size;
   BOOL _isTemplate;
 }
-@dynamic size;
 
-static NSImage* madeImage(const std::string& content, NSSize size) {
+static NSImage* madeImage(NSSize size) {
   NSImage* image = [[NSImage alloc] init];
-  image->_content = content;
   image->_name = "image " + std::to_string(++mac().images);
-  image->_size = size;
+  image.size = size;
   return image;
 }
 
 + (instancetype)imageWithSystemSymbolName:(NSString*)name
                  accessibilityDescription:(NSString*)description {
-  if (!mac().symbols.contains(text(name))) {
+  if (text(name) != "waveform.circle" && text(name) != "waveform.circle.fill") {
     return nil;
   }
-  const std::string described = description == nil ? "" : " described as " + text(description);
-  NSImage* image = madeImage(text(name) + described, NSSize{17, 15});
-  mac().noteDetail("NSImage.imageWithSystemSymbolName: " + text(name) + " -> " + image->_name);
+  NSImage* image = madeImage(NSSize{17, 15});
+  mac().note("NSImage.imageWithSystemSymbolName: " + text(name) +
+             (description == nil ? "" : " described as " + text(description)) + " -> " +
+             image->_name);
   return image;
 }
 
 - (instancetype)initWithSize:(NSSize)size {
-  NSImage* image = madeImage("", size);
-  mac().noteDetail("NSImage.initWithSize: " + shown(size) + " -> " + image->_name);
+  NSImage* image = madeImage(size);
+  mac().note("NSImage.initWithSize: " + shown(size) + " -> " + image->_name);
   return image;
 }
 
 - (NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration {
-  NSImage* image = madeImage(_content + " at " + configuration->_name, _size);
-  mac().noteDetail(_name + ".imageWithSymbolConfiguration: " + configuration->_name + " -> " +
-                   image->_name);
+  NSImage* image = madeImage(self.size);
+  mac().note(_name + ".imageWithSymbolConfiguration: " + configuration->_name + " -> " +
+             image->_name);
   return image;
-}
-
-- (NSSize)size {
-  return _size;
-}
-
-- (void)setSize:(NSSize)size {
-  _size = size;
 }
 
 - (BOOL)isTemplate {
@@ -129,31 +114,25 @@ static NSImage* madeImage(const std::string& content, NSSize size) {
 
 - (void)setTemplate:(BOOL)isTemplate {
   _isTemplate = isTemplate;
-  mac().noteDetail(_name + ".template = " + (isTemplate ? "true" : "false"));
+  mac().note(_name + ".template = " + (isTemplate ? "true" : "false"));
 }
 
 - (void)lockFocus {
-  focused = self;
-  mac().noteDetail(_name + ".lockFocus");
+  mac().note(_name + ".lockFocus");
 }
 
 - (void)unlockFocus {
-  focused = nil;
-  mac().noteDetail(_name + ".unlockFocus");
+  mac().note(_name + ".unlockFocus");
 }
 
 - (void)drawInRect:(NSRect)rect {
-  focused->_content += _content + " in " + shown(rect.size);
-  mac().noteDetail(_name + ".drawInRect: " + shown(rect));
+  mac().note(_name + ".drawInRect: " + shown(rect));
 }
 
 @end
 
 void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
-  focused->_content += ", filled " + currentColor + " with operation " + std::to_string(operation) +
-                       " in " + shown(rect.size);
-  mac().noteDetail("NSRectFillUsingOperation(" + shown(rect) + ", " + std::to_string(operation) +
-                   ")");
+  mac().note("NSRectFillUsingOperation(" + shown(rect) + ", " + std::to_string(operation) + ")");
 }
 
 namespace audrel::fakemac {
@@ -170,15 +149,6 @@ std::string nameOf(NSFont* font) {
 
 std::string nameOf(NSImage* image) {
   return image == nil ? "nil" : image->_name;
-}
-
-std::string shown(NSImage* image) {
-  return image == nil ? "no image" : image->_content + (image.isTemplate ? ", template" : "");
-}
-
-void resetGraphics() {
-  focused = nil;
-  currentColor.clear();
 }
 
 }  // namespace audrel::fakemac

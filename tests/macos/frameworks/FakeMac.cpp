@@ -25,12 +25,6 @@ void Mac::note(const std::string& line) {
   noted.release();
 }
 
-void Mac::noteDetail(const std::string& line) {
-  if (tellsAll) {
-    note(line);
-  }
-}
-
 std::vector<std::string> Mac::takeJournal() {
   std::vector<std::string> lines;
   std::unique_ptr<Line> line(last_.exchange(nullptr, std::memory_order_acquire));

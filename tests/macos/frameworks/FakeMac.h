@@ -29,8 +29,6 @@ struct Process {
 
 struct File {
   std::string path;
-  std::string settings;  ///< sorted, each with its type
-  unsigned long commonFormat = 0;
   bool isInterleaved = false;
   std::vector<std::uint32_t> writes;  ///< frames of each
   std::vector<std::byte> bytes;       ///< of all writes, buffer by buffer
@@ -56,9 +54,6 @@ class Mac {
   /// itself leaves without order.
   void note(const std::string& line);
 
-  /// While it tells all.
-  void noteDetail(const std::string& line);
-
   /// What was noted since the last call.
   std::vector<std::string> takeJournal();
 
@@ -80,8 +75,6 @@ class Mac {
   bool mayCapture = true;
   bool answersRequest = true;
 
-  double sampleRate = 48000;
-  std::uint32_t channels = 2;
   bool isInterleaved = true;
   std::uint32_t tapFormatID = 0x6C70636D;
   std::uint32_t defaultOutput = 51;
@@ -100,10 +93,6 @@ class Mac {
   /// Queues that are made while it is set run their items when they are waited for, and not before:
   /// the order in the journal is then the same each time.
   bool holdsQueues = false;
-
-  /// Has what only shows, and what is only read, noted too: menus, images, the menu bar, user
-  /// defaults, files, applications.
-  bool tellsAll = false;
 
   /// Looks for files on this machine's disk, and writes recordings there.
   bool hasDisk = false;
@@ -125,9 +114,7 @@ class Mac {
   /// While an alert is up, before it is answered.
   std::function<void()> whileModal;
 
-  bool opensURLs = true;
   bool hasStatusButton = true;
-  std::set<std::string> symbols = {"waveform.circle", "waveform.circle.fill"};
 
   /// While the application's event loop runs, which returns afterwards.
   std::function<void()> whileRunning;

@@ -17,8 +17,6 @@
 
 using audrel::fakemac::mac;
 
-extern "C" {}
-
 namespace {
 
 struct Item {

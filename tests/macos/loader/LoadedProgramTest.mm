@@ -63,7 +63,6 @@ class LoadedProgramTest : public testing::Test {
  protected:
   LoadedProgramTest() {
     fakemac::resetHardware();
-    fakemac::resetAppKit();
   }
 
   static fakemac::Mac& mac() { return fakemac::mac(); }

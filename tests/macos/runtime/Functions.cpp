@@ -32,10 +32,6 @@ Object* objc_alloc_init(Class* type) {
   return sendForObject(objc_alloc(type), init);
 }
 
-Object* objc_opt_self(Object* object) {
-  return object;
-}
-
 Selector sel_registerName(const char* name) {
   return objc::unique(name);
 }
@@ -63,18 +59,9 @@ void objc_setProperty_atomic(Object* object, Selector, Object* value, std::ptrdi
   setRetained(object, offset, objc_retain(value));
 }
 
-void objc_setProperty_nonatomic(Object* object, Selector, Object* value, std::ptrdiff_t offset) {
-  setRetained(object, offset, objc_retain(value));
-}
-
 void objc_setProperty_atomic_copy(Object* object, Selector, Object* value, std::ptrdiff_t offset) {
   static const Selector copy = objc::unique("copy");
   setRetained(object, offset, value == nullptr ? nullptr : sendForObject(value, copy));
-}
-
-void objc_setProperty_nonatomic_copy(Object* object, Selector selector, Object* value,
-                                     std::ptrdiff_t offset) {
-  objc_setProperty_atomic_copy(object, selector, value, offset);
 }
 
 /// Between fields of structures, under a lock in the real runtime.

@@ -237,14 +237,10 @@ Object* objc_loadWeakRetained(Object** reference) {
   return nullptr;
 }
 
-void objc_copyWeak(Object** to, Object** from) {
+void objc_moveWeak(Object** to, Object** from) {
   Object* object = objc_loadWeakRetained(from);
   objc_initWeak(to, object);
   objc_release(object);
-}
-
-void objc_moveWeak(Object** to, Object** from) {
-  objc_copyWeak(to, from);
   objc_destroyWeak(from);
 }
 
