@@ -114,14 +114,31 @@ macos_test(macos_transcripts_test
   LINKS audrel_app audrel_fakes macos_story)
 target_compile_definitions(macos_transcripts_test PRIVATE AUDREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 
-# The programs as they were linked for macOS, on the same runtime and frameworks, which they find as
-# symbols of the test.
+# The programs as they were linked for macOS, on the same runtime and frameworks.
+set(app "${PROJECT_BINARY_DIR}/Audrel.app/Contents/MacOS")
+set(makeelf "${CMAKE_CURRENT_SOURCE_DIR}/loader/makeelf.py")
+set(commands)
+set(objects)
+foreach(program "audrelApp|${app}/Audrel" "audrelRecord|${app}/audrel-record"
+    "audrelWithUpdater|${CMAKE_CURRENT_BINARY_DIR}/sparkle/audrel")
+  string(REPLACE "|" ";" program "${program}")
+  list(GET program 0 name)
+  list(GET program 1 file)
+  set(made "${CMAKE_CURRENT_BINARY_DIR}/${name}")
+  list(APPEND commands COMMAND Python3::Interpreter "${makeelf}" "${file}" ${name} "${made}.s"
+    COMMAND ${CMAKE_CXX_COMPILER} -c "${made}.s" -o "${made}.o")
+  list(APPEND objects "${made}.o")
+endforeach()
+add_custom_target(macos_loaded_programs ${commands} BYPRODUCTS ${objects}
+  COMMENT "Writing the programs for macOS as objects for Linux"
+  VERBATIM)
+add_dependencies(macos_loaded_programs macos_app)
+
 audrel_test(macos_loaded_program_test
-  SOURCES loader/HostSymbols.cpp loader/Image.cpp loader/LoadedProgramTest.mm loader/Unwinding.cpp
+  SOURCES loader/HostSymbols.cpp loader/LoadedProgram.cpp loader/LoadedProgramTest.mm ${objects}
   LINKS audrel_fakes macos_frameworks macos_runtime macos_story
   LABELS macos)
-target_compile_definitions(macos_loaded_program_test PRIVATE
-  AUDREL_APP="${PROJECT_BINARY_DIR}/Audrel.app"
-  AUDREL_WITH_UPDATER="${CMAKE_CURRENT_BINARY_DIR}/sparkle/audrel")
-set_target_properties(macos_loaded_program_test PROPERTIES ENABLE_EXPORTS ON)
+# This process's own C++ library goes first.
+target_link_libraries(macos_loaded_program_test PRIVATE stdc++ -l:libc++.so.1 -l:libc++abi.so.1)
+add_dependencies(macos_loaded_program_test macos_loaded_programs)
 add_dependencies(audrel_macos_checks macos_loaded_program_test)

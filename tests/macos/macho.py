@@ -6,11 +6,14 @@ FAT = 0xCAFEBABE
 THIN = 0xFEEDFACF
 CPU_TYPES = {0x01000007: "x86_64", 0x0100000C: "arm64"}
 
+LC_SYMTAB = 0x02
 LC_LOAD_DYLIB = 0x0C
 LC_SEGMENT_64 = 0x19
 LC_CODE_SIGNATURE = 0x1D
 LC_BUILD_VERSION = 0x32
 LC_RPATH = 0x8000001C
+LC_MAIN = 0x80000028
+LC_DYLD_CHAINED_FIXUPS = 0x80000034
 
 SUPER_BLOB = 0xFADE0CC0
 CODE_DIRECTORY = 0xFADE0C02
@@ -46,7 +49,10 @@ class Image:
         self.minimum_system = None
         self.dylibs = []
         self.rpaths = []
+        self.segments = []  # name, address, size, offset in the file, size there
+        self.places = {}  # of sections: address, size
         self.sections = {}
+        self.commands = {}  # where each begins; the last of a kind
         self._signature = None
         offset = 32
         for _ in range(struct.unpack_from("<I", data, 16)[0]):
@@ -56,6 +62,7 @@ class Image:
 
     def _read(self, command, offset, size):
         data = self.data
+        self.commands[command] = offset
         if command == LC_BUILD_VERSION:
             platform, version = struct.unpack_from("<II", data, offset + 8)
             self.minimum_system = (platform, f"{version >> 16}.{version >> 8 & 0xFF}")
@@ -65,10 +72,13 @@ class Image:
         elif command == LC_CODE_SIGNATURE:
             self._signature = struct.unpack_from("<II", data, offset + 8)
         elif command == LC_SEGMENT_64:
+            name, *place = struct.unpack_from("<16sQQQQ", data, offset + 8)
+            self.segments.append((name.rstrip(b"\0").decode(), *place))
             for index in range(struct.unpack_from("<I", data, offset + 64)[0]):
                 at = offset + 72 + 80 * index
                 name = data[at : at + 16].rstrip(b"\0").decode()
-                length, start = struct.unpack_from("<QI", data, at + 40)
+                address, length, start = struct.unpack_from("<QQI", data, at + 32)
+                self.places[name] = (address, length)
                 self.sections[name] = data[start : start + length]
 
     def strings(self, section):
