@@ -245,24 +245,39 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
             "APP"])
         self.assertEqual(self.made_calls()[-1][:3], ["codesign", "--verify", "--strict"])
 
-    def test_a_developer_id_signs_for_notarisation(self):
-        self.keychain(DEVELOPER, others=["Audrel Development"])
-        self.call("sign", self.application)
-        self.assertEqual(self.made_calls()[-2], [
-            "codesign", "--force", "--sign", hash_of(DEVELOPER), "--timestamp", "--options", "runtime",
-            "APP"])
+    def signing_words(self, *options):
+        """How the application itself is signed."""
+        result = self.call("sign", *options, self.application)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        command, force, sign, *words, application = self.made_calls()[-2]
+        self.assertEqual([command, force, sign, application], ["codesign", "--force", "--sign", "APP"])
+        return words
 
-    def test_a_certificate_for_development_signs_without_a_timestamp(self):
-        self.keychain(others=["Audrel Development"])
-        self.call("sign", self.application)
-        self.assertEqual(self.made_calls()[-2], [
-            "codesign", "--force", "--sign", hash_of("Audrel Development"), "--timestamp=none", "APP"])
+    def test_an_identity_is_known_by_its_hash_or_name_and_signs_as_its_kind_needs(self):
+        development, old = "Audrel Development", "Developer ID Application: A. Nother (expired)"
+        as_release = [hash_of(DEVELOPER), "--timestamp", "--options", "runtime"]
+        as_development = [hash_of(development), "--timestamp=none"]
+        for identity, valid, others, words in (
+                (None, [DEVELOPER], [development], as_release),
+                (None, [], [development], as_development),
+                (hash_of(DEVELOPER), [DEVELOPER], [development], as_release),
+                (hash_of(DEVELOPER).lower(), [DEVELOPER], [development], as_release),
+                (hash_of(development), [DEVELOPER], [development], as_development),
+                ("A. Nother", [DEVELOPER], [development], as_release),
+                ("(ABCDE12345)", [DEVELOPER], [development], as_release),
+                ("Developer ID Application", [DEVELOPER], [development], as_release),
+                # A whole name goes before names that hold it, and what is valid before what is not.
+                (development, [], [development, f"{development} of old"], as_development),
+                ("A. Nother", [DEVELOPER], [old], as_release)):
+            with self.subTest(identity=identity, others=others):
+                self.keychain(*valid, others=others)
+                options = [] if identity is None else ["--identity", identity]
+                self.assertEqual(self.signing_words(*options), words)
 
     def test_a_certificate_is_found_among_more_than_a_pipe_holds(self):
         self.keychain(others=["Audrel Development", *(f"Somebody else {i}" for i in range(3000))])
-        result = self.call("sign", self.application)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.sign_with(hash_of("Audrel Development"))
+        self.signing_words()
+        self.signing_words("--identity", hash_of("Audrel Development"))
 
     def test_nothing_is_signed_without_an_identity(self):
         self.keychain(others=["Somebody else"])
@@ -279,38 +294,6 @@ print(plistlib.load(open(sys.argv[2], "rb"))[sys.argv[1]])' "$2" "$6" """)
         self.assertEqual(self.made_calls(), [])
         self.call("sign", "--identity", "Developer ID Application: B (X)", self.application)
         self.assertIn(hash_of("Developer ID Application: B (X)"), self.made_calls()[-2])
-
-    def sign_with(self, identity):
-        """How the application itself is signed then."""
-        result = self.call("sign", "--identity", identity, self.application)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return self.made_calls()[-2][3:-1]
-
-    def test_a_developer_id_is_known_by_its_hash(self):
-        self.keychain(DEVELOPER, others=["Audrel Development"])
-        for text in (hash_of(DEVELOPER), hash_of(DEVELOPER).lower()):
-            self.assertEqual(self.sign_with(text),
-                             [hash_of(DEVELOPER), "--timestamp", "--options", "runtime"])
-
-    def test_a_developer_id_is_known_by_a_part_of_its_name(self):
-        self.keychain(DEVELOPER, others=["Audrel Development"])
-        for part in ("A. Nother", "(ABCDE12345)", "Developer ID Application"):
-            self.assertEqual(self.sign_with(part),
-                             [hash_of(DEVELOPER), "--timestamp", "--options", "runtime"])
-
-    def test_a_certificate_for_development_is_known_by_its_hash_too(self):
-        self.keychain(DEVELOPER, others=["Audrel Development"])
-        development = hash_of("Audrel Development")
-        self.assertEqual(self.sign_with(development), [development, "--timestamp=none"])
-
-    def test_a_whole_name_goes_before_names_that_hold_it(self):
-        self.keychain(others=["Audrel Development", "Audrel Development of old"])
-        self.assertEqual(self.sign_with("Audrel Development"),
-                         [hash_of("Audrel Development"), "--timestamp=none"])
-
-    def test_a_valid_identity_goes_before_one_that_is_not(self):
-        self.keychain(DEVELOPER, others=["Developer ID Application: A. Nother (expired)"])
-        self.assertEqual(self.sign_with("A. Nother")[0], hash_of(DEVELOPER))
 
     def test_an_identity_that_may_be_several_is_refused(self):
         other = "Developer ID Application: A. Nother (FGHIJ67890)"
@@ -329,7 +312,7 @@ done""")
         self.assertEqual(result.returncode, 1)
         self.assertIn(f"{'A' * 40} {DEVELOPER}\n{'B' * 40} {DEVELOPER}\n", result.stderr)
         self.assertEqual(self.made_calls(), [])
-        self.assertEqual(self.sign_with("B" * 40),
+        self.assertEqual(self.signing_words("--identity", "B" * 40),
                          ["B" * 40, "--timestamp", "--options", "runtime"])
 
     def test_an_identity_that_is_not_there_is_refused(self):
@@ -343,8 +326,7 @@ done""")
     def test_ad_hoc_asks_no_keychain(self):
         self.tool("security", "exit 1")
         for words in (["--ad-hoc"], ["--identity", "-"]):
-            self.assertEqual(self.call("sign", *words, self.application).returncode, 0)
-            self.assertEqual(self.made_calls()[-2][3:-1], ["-", "--timestamp=none"])
+            self.assertEqual(self.signing_words(*words), ["-", "--timestamp=none"])
 
     def test_a_folder_that_is_no_application_is_left_alone(self):
         self.assertIn("no application", self.call("sign", self.tools).stderr)
