@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "platform/CoreGraphics.h"
 #include "tests/app/AppDelegateTest.h"
 
 namespace audrel {
@@ -60,27 +59,14 @@ TEST_F(Alerts, aboutTheProgramAskForThePermissionAtThatMomentAndNeverRequestIt) 
                                                      "CGPreflightScreenCaptureAccess() -> false"));
 }
 
-/// Granted at the first look, and taken away before the second.
-class RevokedAccess final : public CG::CaptureAccess {
- public:
-  bool preflightScreenCaptureAccess() override { return ++looks_ == 1; }
-  bool requestScreenCaptureAccess() override { return false; }
-
- private:
-  int looks_ = 0;
-};
-
-TEST(PermissionThatTheEngineMisses, isAFailureAndNotThePermissionAlert) {
-  fakes::DesktopWorld world;
-  RevokedAccess access;
-  const Platform whole = world.platform();
-  const Platform platform{
-      whole.audioHardware, whole.audioFramework,      access,      whole.clock,    whole.collation,
-      whole.fileManager,   whole.runningApplications, whole.uuids, whole.dispatch, whole.log,
-      whole.diagnostics};
-  const auto app = AppDelegate::make(platform, world.desktop());
-  app->applicationDidFinishLaunching();
-  app->toggleRecording(nullptr);
+TEST_F(Alerts, aPermissionThatTheEngineMissesIsAFailureAndNotThePermissionAlert) {
+  // Between the controller's look at the permission and the engine's.
+  world.journal.whenAdded = [this](const std::string& line) {
+    if (line.starts_with("downloadsDirectory")) {
+      world.captureAccess.isGranted = false;
+    }
+  };
+  start();
   ASSERT_EQ(world.appKit.alerts.size(), 1U);
   EXPECT_EQ(world.appKit.alerts.front()->messageText, "Recording failed");
   EXPECT_EQ(world.appKit.alerts.front()->informativeText,

@@ -56,14 +56,6 @@ TEST_F(AppOddities, theWarningSurvivesAStartThatFailsAndIsResetByOneThatSucceeds
   EXPECT_FALSE(Inspector::warningFired(*app));
 }
 
-TEST_F(AppOddities, theWarningIsLoggedAsDisplayedOneTickBeforeItIs) {
-  start();
-  tickAt(3600);
-  EXPECT_THAT(button().image(), testing::HasSubstr("systemRedColor"));
-  tickAt(3601);
-  EXPECT_THAT(button().image(), testing::HasSubstr("systemOrangeColor"));
-}
-
 TEST_F(AppOddities, theMenuReadsTheClockForAnElapsedTimeThatItDoesNotShow) {
   start();
   journal();

@@ -37,13 +37,15 @@ TEST_F(Tick, justUnderAnHourGivesNoWarning) {
   EXPECT_THAT(warnings(), IsEmpty());
 }
 
-TEST_F(Tick, exactlyAnHourGivesTheWarningAndLogsItOnce) {
+TEST_F(Tick, theWarningIsLoggedAtAnHourAndShowsFromTheFollowingTickOn) {
   start();
   tickAt(3600);
   EXPECT_TRUE(Inspector::warningFired(*app));
   EXPECT_THAT(warnings(), SizeIs(1));
+  EXPECT_FALSE(isOrange());
+  tickAt(3601);
+  EXPECT_TRUE(isOrange());
   EXPECT_TRUE(isRecording());
-  tickAt(7200);
   EXPECT_THAT(warnings(), SizeIs(1));
 }
 

@@ -47,13 +47,7 @@ TYPED_TEST_P(CollationContract, namesStandInTheOrderOfTheAlphabetWhateverTheirCa
   EXPECT_EQ(this->compare("", "a"), orderedAscending);
 }
 
-TYPED_TEST_P(CollationContract, everyTextIsTheSameAsItself) {
-  for (const std::string& name : this->names) {
-    EXPECT_EQ(this->compare(name, name), NS::ComparisonResult::orderedSame) << name;
-  }
-}
-
-TYPED_TEST_P(CollationContract, theOtherWayRoundIsTheReverse) {
+TYPED_TEST_P(CollationContract, theOtherWayRoundIsTheReverseAndEveryTextTheSameAsItself) {
   for (const std::string& left : this->names) {
     for (const std::string& right : this->names) {
       EXPECT_EQ(static_cast<std::int64_t>(this->compare(left, right)),
@@ -78,7 +72,7 @@ TYPED_TEST_P(CollationContract, namesCanBeSorted) {
 
 REGISTER_TYPED_TEST_SUITE_P(CollationContract, caseMakesNoDifference,
                             namesStandInTheOrderOfTheAlphabetWhateverTheirCase,
-                            everyTextIsTheSameAsItself, theOtherWayRoundIsTheReverse,
+                            theOtherWayRoundIsTheReverseAndEveryTextTheSameAsItself,
                             namesCanBeSorted);
 
 }  // namespace audrel::contract

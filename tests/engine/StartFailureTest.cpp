@@ -104,22 +104,6 @@ TEST_P(StartFailure, throwsLogsAndLeavesBehindExactlyThis) {
   EXPECT_EQ(engine->source(), radio());
 }
 
-TEST_P(StartFailure, isFollowedByAStartThatSucceedsAndCleansUpItsOwnOnly) {
-  GetParam().cause(world);
-  ASSERT_NE(start(), std::nullopt);
-  const auto left = world.hardware.taps();
-  world.hardware.restore();
-  world.audio.makesNoFormat = false;
-  world.audio.openError = std::nullopt;
-
-  EXPECT_EQ(start(), std::nullopt);
-  EXPECT_TRUE(engine->isRecording());
-  engine->stop();
-  EXPECT_EQ(world.hardware.taps(), left);
-  EXPECT_THAT(world.hardware.aggregateDevices(), IsEmpty());
-  EXPECT_EQ(world.hardware.installedIOProcs(), 0U);
-}
-
 INSTANTIATE_TEST_SUITE_P(Engine, StartFailure, testing::ValuesIn(failures),
                          [](const auto& test) { return test.param.name; });
 

@@ -49,8 +49,6 @@ struct AlertRecord {
   NS::AlertStyle style = NS::AlertStyle::warning;
   std::vector<std::string> buttons;
   int timesRun = 0;
-
-  bool operator==(const AlertRecord&) const = default;
 };
 
 /// The user who answers alerts.
