@@ -41,6 +41,13 @@ TEST_F(FoundationTest, theDownloadsFolderIsTheFirstOfTheUsers) {
   EXPECT_EQ(files.downloadsDirectory(), std::nullopt);
 }
 
+TEST_F(FoundationTest, aNameIsTakenByAFileThatExists) {
+  mac().existing.insert("/Users/test/ü.wav");
+  FileManager files;
+  EXPECT_TRUE(files.nameIsTaken("/Users/test/ü.wav"));
+  EXPECT_FALSE(files.nameIsTaken("/Users/test/ü"));
+}
+
 TEST_F(FoundationTest, aTextThatIsNoURLIsNone) {
   URLParser parser;
   EXPECT_EQ(parser.urlWithString("x-apple.systempreferences:a?b"),
