@@ -253,12 +253,12 @@ TEST_F(ExactCapture, aQuantumThatIsForcedLosesNothingThatIsNotCounted) {
   EXPECT_EQ(report.shortestQuantum, 256U);
   EXPECT_EQ(report.longestQuantum, 2048U);
   std::string problem;
-  const auto track = onlyTrack(recorder.samples().audio(), &problem);
+  const auto track = onlyTrack(recorder.samples().audio(), report.stretches, &problem);
   ASSERT_TRUE(track) << problem;
   EXPECT_EQ(track->first, (StampPosition{1, 0}));
   EXPECT_EQ(track->begin, 0U);
   EXPECT_EQ(track->end, framesIn(end - begin));
-  EXPECT_EQ(track->silent, recorder.lostFrames()) << problem;
+  EXPECT_TRUE(isExactButFor(*track, recorder.lostFrames())) << problem;
   // Since 1.x a tap is let into no cycle while its stream is stopped and started.
   if (std::string_view(pw_get_library_version()).starts_with("0.")) {
     EXPECT_EQ(recorder.lostFrames(), 0U);

@@ -110,11 +110,11 @@ std::int64_t Driver::stampCycle(std::int64_t nsec) {
   if (!isRunning_ || clock == nullptr) {
     return 0;
   }
-  const std::uint64_t lastDuration = clock->duration;
   takeTarget(*clock);
   clock->nsec = static_cast<std::uint64_t>(nsec);
   clock->next_nsec = clock->nsec;
-  clock->position += lastDuration;
+  // The server may have written another duration since the last cycle.
+  clock->position += std::exchange(lastDuration_, clock->duration);
   clock->rate_diff = 1;
   return static_cast<std::int64_t>(clock->duration * second / std::max(clock->rate.denom, 1U));
 }

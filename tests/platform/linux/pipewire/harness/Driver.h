@@ -52,6 +52,7 @@ class Driver {
   spa_hook_list listeners_{};
   spa_callbacks callbacks_{};
   std::atomic<spa_io_clock*> clock_ = nullptr;
+  std::uint64_t lastDuration_ = 0;  ///< of the last cycle, in frames
   std::atomic<bool> isRunning_ = false;
   pw_impl_node* graphNode_ = nullptr;
 };
