@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -51,12 +52,12 @@ TEST(JournalLogger, sendsOneEntryALineWithItsFields) {
                           "CATEGORY=engine", "SYSLOG_IDENTIFIER=linux_system_test"));
 }
 
-/// What `write` put on a descriptor.
-template <typename Write>
-std::string written(Write write) {
+/// What `write` has such a log put on its descriptor.
+std::string written(LogLevel minimum,
+                    const std::function<void(std::shared_ptr<StandardErrorLog>)>& write) {
   std::array<int, 2> ends{};
   EXPECT_EQ(pipe(ends.data()), 0);
-  write(ends[1]);
+  write(std::make_shared<StandardErrorLog>(ends[1], minimum));
   close(ends[1]);
   std::string text;
   std::array<char, 4096> part{};
@@ -67,56 +68,45 @@ std::string written(Write write) {
   return text;
 }
 
-TEST(StandardErrorLog, saysCategoryLevelAndText) {
-  EXPECT_EQ(written([](int descriptor) {
-              const auto log = std::make_shared<StandardErrorLog>(descriptor, LogLevel::info);
-              log->makeLogger("engine")->info("Recording started");
-              log->makeLogger("discovery")->error("failed: -50");
-            }),
+TEST(StandardErrorLog, saysCategoryLevelAndTextOfWhatIsNotBelowItsMinimum) {
+  const auto write = [](const std::shared_ptr<StandardErrorLog>& log) {
+    log->makeLogger("engine")->info("Recording started");
+    log->makeLogger("discovery")->error("failed: -50");
+  };
+  EXPECT_EQ(written(LogLevel::info, write),
             "[engine] info: Recording started\n[discovery] error: failed: -50\n");
-}
-
-TEST(StandardErrorLog, dropsWhatIsBelowItsMinimum) {
-  EXPECT_EQ(written([](int descriptor) {
-              const auto log = std::make_shared<StandardErrorLog>(descriptor, LogLevel::error);
-              const auto logger = log->makeLogger("engine");
-              logger->info("Recording started");
-              logger->error("disk full");
-            }),
-            "[engine] error: disk full\n");
+  EXPECT_EQ(written(LogLevel::error, write), "[discovery] error: failed: -50\n");
 }
 
 TEST(StandardErrorLog, countsALineThatComesAgain) {
-  EXPECT_EQ(written([](int descriptor) {
-              const auto log = std::make_shared<StandardErrorLog>(descriptor, LogLevel::info);
-              const auto logger = log->makeLogger("engine");
-              logger->error("disk full");
-              logger->error("disk full");
-              logger->error("disk full");
-              logger->info("Recording stopped");
-              logger->error("disk full");
-              logger->error("disk full");
-            }),
+  EXPECT_EQ(written(LogLevel::info,
+                    [](const std::shared_ptr<StandardErrorLog>& log) {
+                      const auto logger = log->makeLogger("engine");
+                      for (int i = 0; i < 3; ++i) {
+                        logger->error("disk full");
+                      }
+                      logger->info("Recording stopped");
+                      logger->error("disk full");
+                      logger->error("disk full");
+                    }),
             "[engine] error: disk full\n(the last line came 2 more times)\n"
             "[engine] info: Recording stopped\n"
             "[engine] error: disk full\n(the last line came 1 more times)\n");
 }
 
 TEST(StandardErrorLog, showsNamesAsTheTerminalDoes) {
-  EXPECT_EQ(written([](int descriptor) {
-              const auto log = std::make_shared<StandardErrorLog>(descriptor, LogLevel::info);
-              log->makeLogger("engine")->info("a\x1b[31mb\nc\x7f \u009b \xff \u202egpj é");
-            }),
+  EXPECT_EQ(written(LogLevel::info,
+                    [](const std::shared_ptr<StandardErrorLog>& log) {
+                      log->makeLogger("engine")->info("a\x1b[31mb\nc\x7f \u009b \xff \u202egpj é");
+                    }),
             "[engine] info: a\\x1b[31mb\\x0ac\\x7f \\x9b \\xff \\u202egpj é\n");
 }
 
 TEST(StandardErrorLog, itsLoggersMayOutliveItAndShareItBetweenThreads) {
-  const auto text = written([](int descriptor) {
-    std::vector<std::shared_ptr<os::Logger>> loggers;
-    {
-      const auto log = std::make_shared<StandardErrorLog>(descriptor, LogLevel::info);
-      loggers = {log->makeLogger("one"), log->makeLogger("two")};
-    }
+  const auto text = written(LogLevel::info, [](std::shared_ptr<StandardErrorLog> log) {
+    const std::vector<std::shared_ptr<os::Logger>> loggers = {log->makeLogger("one"),
+                                                              log->makeLogger("two")};
+    log.reset();
     std::vector<std::thread> threads;
     threads.reserve(loggers.size());
     for (const auto& logger : loggers) {
