@@ -20,7 +20,7 @@
 #include "platform/linux/tray/Symbols.h"
 #include "tests/packaging/InstalledTree.h"
 #include "tests/packaging/KeyFile.h"
-#include "tests/platform/linux/files/Tools.h"
+#include "tests/support/RunTool.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
@@ -168,9 +168,9 @@ std::vector<std::uint8_t> rendered(const fs::path& drawing, int side) {
   const support::TemporaryFolder folder;
   const std::string png = folder.path() / "icon.png";
   const std::string dots = std::to_string(side);
-  linuxos::test::runTool(
+  support::runTool(
       {"rsvg-convert", "--width", dots, "--height", dots, "--output", png, drawing.string()});
-  const auto result = linuxos::test::runTool(
+  const auto result = support::runTool(
       {"ffmpeg", "-v", "error", "-i", png, "-f", "rawvideo", "-pix_fmt", "argb", "-"});
   return {result.output.begin(), result.output.end()};
 }

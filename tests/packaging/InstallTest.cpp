@@ -8,7 +8,7 @@
 
 #include "platform/Identity.h"
 #include "tests/packaging/InstalledTree.h"
-#include "tests/platform/linux/files/Tools.h"
+#include "tests/support/RunTool.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::packaging {
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using linuxos::test::runTool;
+using support::runTool;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAreArray;

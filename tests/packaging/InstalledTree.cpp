@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "tests/platform/linux/files/Tools.h"
+#include "tests/support/RunTool.h"
 
 namespace audrel::packaging {
 
@@ -14,10 +14,9 @@ const InstalledTree& InstalledTree::shared() {
 }
 
 InstalledTree::InstalledTree() {
-  isInstalled_ =
-      linuxos::test::runTool({AUDREL_CMAKE, "-E", "env", "DESTDIR=" + root_.path().string(),
-                              AUDREL_CMAKE, "--install", AUDREL_BINARY_DIR})
-          .exitCode == 0;
+  isInstalled_ = support::runTool({AUDREL_CMAKE, "-E", "env", "DESTDIR=" + root_.path().string(),
+                                   AUDREL_CMAKE, "--install", AUDREL_BINARY_DIR})
+                     .exitCode == 0;
 }
 
 fs::path InstalledTree::here(const fs::path& path) const {

@@ -12,6 +12,7 @@
 
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/KeptLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
@@ -42,7 +43,7 @@ std::string problemOf(const std::filesystem::path& file) {
 
 TEST(AacModule, isLoadedForTheFirstM4AAndStays) {
   const support::TemporaryFolder folder;
-  test::LogBook log;
+  support::KeptLog log;
   AudioFramework framework(log);
   const test::Audio audio = test::noise(1);
   test::openFile(framework, folder.path() / "a.wav", test::wavSettings(audio));

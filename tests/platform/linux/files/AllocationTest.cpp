@@ -1,8 +1,6 @@
 // What is allocated, and what happens when nothing can be. A program of its own, since it replaces
 // the allocation functions.
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -10,7 +8,6 @@
 
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -44,83 +41,76 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 namespace audrel::linuxos::test {
 namespace {
 
-TEST(Allocation, aBufferIsOneAllocation) {
-  LogBook log;
-  AudioFramework framework(log);
-  const auto format = framework.makeFormat(floatDescription(48000, 2));
+class Allocation : public FileTest {
+ protected:
+  std::unique_ptr<AV::PCMBuffer> makeBuffer(std::uint32_t frames) {
+    return framework_.makePCMBuffer(format_, frames);
+  }
+
+  /// `count` writes of the same 480 frames.
+  std::vector<NS::Error> writeOften(AV::AudioFile& file, int count, bool memoryIsFullMeanwhile) {
+    const Audio audio = noise(480);
+    const auto buffer = makeBuffer(480);
+    buffer->setFrameLength(480);
+    std::memcpy(buffer->mutableAudioBufferList()->mBuffers[0].mData, audio.samples.data(), 480 * 8);
+    std::vector<NS::Error> errors;
+    for (int i = 0; i < count; ++i) {
+      memoryIsFull = memoryIsFullMeanwhile;
+      auto error = file.write(*buffer);
+      memoryIsFull = false;
+      if (error) {
+        errors.push_back(*error);
+      }
+    }
+    return errors;
+  }
+
+  const std::shared_ptr<const AV::AudioFormat> format_ =
+      framework_.makeFormat(floatDescription(48000, 2));
+};
+
+TEST_F(Allocation, aBufferIsOneAllocation) {
   const std::size_t before = allocations;
-  const auto buffer = framework.makePCMBuffer(format, 512);
+  const auto buffer = makeBuffer(512);
   EXPECT_EQ(allocations - before, 1U);
   ASSERT_TRUE(buffer);
 }
 
-TEST(Allocation, withoutMemoryThereIsNoBuffer) {
-  LogBook log;
-  AudioFramework framework(log);
-  const auto format = framework.makeFormat(floatDescription(48000, 2));
+TEST_F(Allocation, withoutMemoryThereIsNoBuffer) {
   memoryIsFull = true;
-  const auto buffer = framework.makePCMBuffer(format, 512);
+  const auto buffer = makeBuffer(512);
   memoryIsFull = false;
   EXPECT_FALSE(buffer);
 }
 
-/// `count` writes of the same 480 frames.
-std::vector<NS::Error> writeOften(AudioFramework& framework, AV::AudioFile& file, int count,
-                                  bool memoryIsFullMeanwhile) {
-  const Audio audio = noise(480);
-  const auto format = framework.makeFormat(floatDescription(48000, 2));
-  const auto buffer = framework.makePCMBuffer(format, 480);
-  buffer->setFrameLength(480);
-  std::memcpy(buffer->mutableAudioBufferList()->mBuffers[0].mData, audio.samples.data(), 480 * 8);
-  std::vector<NS::Error> errors;
-  for (int i = 0; i < count; ++i) {
-    memoryIsFull = memoryIsFullMeanwhile;
-    auto error = file.write(*buffer);
-    memoryIsFull = false;
-    if (error) {
-      errors.push_back(*error);
-    }
-  }
-  return errors;
-}
-
-TEST(Allocation, aWavIsWrittenWithoutAny) {
-  LogBook log;
-  AudioFramework framework(log);
-  const support::TemporaryFolder folder;
+TEST_F(Allocation, aWavIsWrittenWithoutAny) {
   {
-    const auto file = openFile(framework, folder / "a.wav", wavSettings(noise(1)));
-    EXPECT_TRUE(writeOften(framework, *file, 120, true).empty());
+    const auto file = openFile(framework_, folder_ / "a.wav", wavSettings(noise(1)));
+    EXPECT_TRUE(writeOften(*file, 120, true).empty());
   }
-  EXPECT_TRUE(log.errors.empty());
-  EXPECT_EQ(readWav(folder / "a.wav").samples.size(), 120U * 480 * 2);
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_EQ(readWav(folder_ / "a.wav").samples.size(), 120U * 480 * 2);
 }
 
-TEST(Allocation, anM4aAllocatesLittleOfItsOwn) {
-  LogBook log;
-  AudioFramework framework(log);
-  const support::TemporaryFolder folder;
-  const auto file = openFile(framework, folder / "a.m4a", m4aSettings(noise(1)));
-  writeOften(framework, *file, 100, false);
+TEST_F(Allocation, anM4aAllocatesLittleOfItsOwn) {
+  const auto file = openFile(framework_, folder_ / "a.m4a", m4aSettings(noise(1)));
+  writeOften(*file, 100, false);
   const std::size_t before = allocations;
-  writeOften(framework, *file, 1000, false);
+  writeOften(*file, 1000, false);
   EXPECT_LE(allocations - before, 20U) << "for ten seconds: a growing index and a few fixed ones";
 }
 
-TEST(Allocation, anM4aFragmentWithoutMemoryForItsIndexBecomesSilence) {
-  LogBook log;
-  AudioFramework framework(log);
-  const support::TemporaryFolder folder;
+TEST_F(Allocation, anM4aFragmentWithoutMemoryForItsIndexBecomesSilence) {
   {
-    const auto file = openFile(framework, folder / "a.m4a", m4aSettings(noise(1)));
-    EXPECT_TRUE(writeOften(framework, *file, 300, false).empty());
-    const auto errors = writeOften(framework, *file, 700, true);
+    const auto file = openFile(framework_, folder_ / "a.m4a", m4aSettings(noise(1)));
+    EXPECT_TRUE(writeOften(*file, 300, false).empty());
+    const auto errors = writeOften(*file, 700, true);
     ASSERT_FALSE(errors.empty());
     EXPECT_EQ(errors.front().code, ENOMEM);
-    EXPECT_TRUE(writeOften(framework, *file, 300, false).empty());
+    EXPECT_TRUE(writeOften(*file, 300, false).empty());
   }
-  EXPECT_TRUE(log.errors.empty());
-  EXPECT_EQ(probe(folder / "a.m4a").duration, 1300 * 480);
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_EQ(probe(folder_ / "a.m4a").duration, 1300 * 480);
 }
 
 }  // namespace

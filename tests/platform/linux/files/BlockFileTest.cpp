@@ -48,7 +48,7 @@ TEST_F(BlockFiles, interruptedAndShortWritesAreContinued) {
 }
 
 TEST_F(BlockFiles, aWriteThatMakesNoProgressIsAnErrorAndNoEndlessLoop) {
-  disk_->plan = [](std::size_t, std::uint64_t, std::size_t) { return FakeDisk::Outcome{0, 0}; };
+  disk_->plan = [](std::size_t, std::size_t) { return FakeDisk::Outcome{0, 0}; };
   EXPECT_EQ(append("one"), (Failure{EIO, false}));
 }
 

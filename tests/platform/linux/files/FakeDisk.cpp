@@ -32,7 +32,7 @@ class FakeFile final : public RawFile {
   ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept override {
     const auto at = static_cast<std::uint64_t>(offset);
     const std::size_t number = ++disk_->writes;
-    const auto outcome = disk_->plan ? disk_->plan(number, at, size) : std::nullopt;
+    const auto outcome = disk_->plan ? disk_->plan(number, size) : std::nullopt;
     if (outcome && outcome->code != 0) {
       errno = outcome->code;
       return -1;
@@ -105,42 +105,32 @@ void FakeDisk::save(const std::filesystem::path& path) const {
 
 namespace plans {
 
+using Outcome = FakeDisk::Outcome;
+
 FakeDisk::Plan failOnce(std::size_t number, int code) {
-  return [=](std::size_t n, std::uint64_t, std::size_t) -> std::optional<FakeDisk::Outcome> {
-    if (n == number) {
-      return FakeDisk::Outcome{0, code};
-    }
-    return std::nullopt;
+  return [=](std::size_t n, auto /*size*/) {
+    return n == number ? std::optional(Outcome{0, code}) : std::nullopt;
   };
 }
 
 FakeDisk::Plan failPartWay(std::size_t number, int code) {
-  return [=](std::size_t n, std::uint64_t, std::size_t size) -> std::optional<FakeDisk::Outcome> {
+  return [=](std::size_t n, std::size_t size) -> std::optional<Outcome> {
     if (n == number && size >= 4) {
-      return FakeDisk::Outcome{size / 4, 0};
+      return Outcome{size / 4, 0};
     }
-    if (n == number + 1) {
-      return FakeDisk::Outcome{0, code};
-    }
-    return std::nullopt;
+    return n == number + 1 ? std::optional(Outcome{0, code}) : std::nullopt;
   };
 }
 
 FakeDisk::Plan failFrom(std::size_t number, int code) {
-  return [=](std::size_t n, std::uint64_t, std::size_t) -> std::optional<FakeDisk::Outcome> {
-    if (n >= number) {
-      return FakeDisk::Outcome{0, code};
-    }
-    return std::nullopt;
+  return [=](std::size_t n, auto /*size*/) {
+    return n >= number ? std::optional(Outcome{0, code}) : std::nullopt;
   };
 }
 
 FakeDisk::Plan interruptedAndShort(std::size_t most) {
-  return [=](std::size_t n, std::uint64_t, std::size_t size) -> std::optional<FakeDisk::Outcome> {
-    if (n % 2 == 1) {
-      return FakeDisk::Outcome{0, EINTR};
-    }
-    return FakeDisk::Outcome{std::min(size, most), 0};
+  return [=](std::size_t n, std::size_t size) {
+    return n % 2 == 1 ? Outcome{0, EINTR} : Outcome{std::min(size, most), 0};
   };
 }
 

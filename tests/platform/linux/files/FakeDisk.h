@@ -32,9 +32,8 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
     int code = 0;
   };
 
-  /// Asked for each pwrite (numbered from 1) of `size` bytes at `offset`; nothing lets it pass.
-  using Plan = std::function<std::optional<Outcome>(std::size_t number, std::uint64_t offset,
-                                                    std::size_t size)>;
+  /// Asked for each pwrite (numbered from 1) of `size` bytes; nothing lets it pass.
+  using Plan = std::function<std::optional<Outcome>(std::size_t number, std::size_t size)>;
 
   std::unique_ptr<RawFile> open();
 

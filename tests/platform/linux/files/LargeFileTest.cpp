@@ -3,16 +3,18 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
+#include <stdexcept>
+#include <utility>
 
 #include "platform/linux/aac/AacEncoder.h"
 #include "platform/linux/files/M4aFrameWriter.h"
 #include "platform/linux/files/M4aWriter.h"
+#include "platform/linux/files/RawFile.h"
 #include "platform/linux/files/WavWriter.h"
 #include "tests/platform/linux/files/Recordings.h"
-#include "tests/platform/linux/files/SparseFile.h"
 #include "tests/platform/linux/files/Tools.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -20,6 +22,50 @@ namespace audrel::linuxos::test {
 namespace {
 
 constexpr std::uint64_t fourGiB = std::uint64_t{1} << 32U;
+
+/// A real file in which runs of zeros become holes, so that a large one takes little time and
+/// space.
+class SparseFile final : public RawFile {
+ public:
+  static constexpr std::size_t pieceSize = 4096;
+
+  explicit SparseFile(std::unique_ptr<RawFile> file) : file_(std::move(file)) {}
+
+  ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept override {
+    static constexpr std::array<std::byte, pieceSize> zeros{};
+    for (std::size_t done = 0; done < size; done += pieceSize) {
+      const std::size_t count = std::min(pieceSize, size - done);
+      const off_t at = offset + static_cast<off_t>(done);
+      if (std::memcmp(data + done, zeros.data(), count) != 0 &&
+          file_->pwrite(data + done, count, at) != static_cast<ssize_t>(count)) {
+        return -1;
+      }
+    }
+    size_ = std::max(size_, offset + static_cast<off_t>(size));
+    return file_->ftruncate(size_) == 0 ? static_cast<ssize_t>(size) : -1;
+  }
+
+  int ftruncate(off_t size) noexcept override {
+    size_ = size;
+    return file_->ftruncate(size);
+  }
+
+  void remove() noexcept override { file_->remove(); }
+  int close() noexcept override { return file_->close(); }
+
+ private:
+  std::unique_ptr<RawFile> file_;
+  off_t size_ = 0;
+};
+
+std::unique_ptr<RawFile> createSparse(const std::filesystem::path& path) {
+  int code = 0;
+  auto file = createExclusively(path, &code);
+  if (!file) {
+    throw std::runtime_error("no sparse file");
+  }
+  return std::make_unique<SparseFile>(std::move(file));
+}
 
 /// The frames of a WAV file by its header, and the samples that end it, by libsndfile.
 std::pair<std::uint64_t, std::vector<std::int16_t>> endOfWav(const std::filesystem::path& path,

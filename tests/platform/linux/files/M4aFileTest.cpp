@@ -1,29 +1,20 @@
 // M4A files as others read them.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
 
-class M4aFiles : public testing::Test {
+class M4aFiles : public FileTest {
  protected:
   std::filesystem::path record(const Audio& audio, std::int64_t bitRate = 256'000) {
-    const auto path = folder_ / ("recording" + std::to_string(++count_) + ".m4a");
-    const auto file = openFile(framework_, path, m4aSettings(audio, bitRate));
-    EXPECT_TRUE(deliver(framework_, *file, audio).empty());
-    return path;
+    return FileTest::record(std::to_string(++count_) + ".m4a", audio, m4aSettings(audio, bitRate));
   }
 
-  support::TemporaryFolder folder_;
-  LogBook log_;
-  AudioFramework framework_ = AudioFramework(log_);
   int count_ = 0;
 };
 
@@ -37,9 +28,7 @@ TEST_F(M4aFiles, areTheSameWhateverTheQualityKeySays) {
   for (const std::int64_t quality : {std::int64_t{0}, AV::AVAudioQualityHigh}) {
     auto settings = m4aSettings(audio);
     settings[AV::AVEncoderAudioQualityKey] = quality;
-    const auto path = folder_ / (std::to_string(quality) + ".m4a");
-    EXPECT_TRUE(deliver(framework_, *openFile(framework_, path, settings), audio).empty());
-    decoded.push_back(decode(path));
+    decoded.push_back(decode(FileTest::record(std::to_string(quality), audio, settings)));
   }
   ASSERT_GE(decoded[0].size(), audio.samples.size());
   EXPECT_EQ(decoded[0], decoded[1]);
@@ -69,7 +58,7 @@ TEST_F(M4aFiles, areExactToTheFrameWhateverTheirLength) {
       EXPECT_EQ(lag(audio, decoded), 0);
     }
   }
-  EXPECT_TRUE(log_.errors.empty());
+  EXPECT_TRUE(log_.lines().empty());
 }
 
 TEST_F(M4aFiles, endWithTheRecordingEvenForThoseWhoIgnoreTheEditList) {
@@ -169,26 +158,6 @@ TEST_F(M4aFiles, writeNothingToStandardError) {
   record(noise(30'000));
   record(noise(30'000, 8000, 1), 10'000'000);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(M4aFiles, takeBuffersWithOneChannelEach) {
-  const Audio audio = noise(20'000);
-  auto description = floatDescription(48000, 2);
-  description.mFormatFlags |= CA::kAudioFormatFlagIsNonInterleaved;
-  description.mBytesPerFrame = description.mBytesPerPacket = 4;
-  const auto buffer = framework_.makePCMBuffer(framework_.makeFormat(description), 20'000);
-  buffer->setFrameLength(20'000);
-  for (std::size_t i = 0; i < audio.samples.size(); ++i) {
-    static_cast<float*>(buffer->mutableAudioBufferList()->mBuffers[i % 2].mData)[i / 2] =
-        audio.samples[i];
-  }
-  NS::Error error;
-  auto file = framework_.openForWriting(folder_ / "planar.m4a", m4aSettings(audio),
-                                        AV::AudioCommonFormat::pcmFormatFloat32, false, &error);
-  ASSERT_TRUE(file);
-  EXPECT_EQ(file->write(*buffer), std::nullopt);
-  file.reset();
-  EXPECT_LT(errorRatio(audio, decode(folder_ / "planar.m4a")), 0.1);
 }
 
 }  // namespace

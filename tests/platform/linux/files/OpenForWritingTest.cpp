@@ -1,20 +1,16 @@
 // What opening a file refuses, and how it says so.
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <cmath>
 #include <fstream>
 
 #include "platform/linux/files/FileSettings.h"
 #include "tests/platform/linux/files/Recordings.h"
-#include "tests/platform/linux/files/Tools.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
 
-class OpenForWriting : public testing::Test {
+class OpenForWriting : public FileTest {
  protected:
   NS::Error refusal(const std::filesystem::path& path, const AV::Settings& settings,
                     AV::AudioCommonFormat format = AV::AudioCommonFormat::pcmFormatFloat32) {
@@ -37,9 +33,6 @@ class OpenForWriting : public testing::Test {
         << error.localizedDescription;
   }
 
-  support::TemporaryFolder folder_;
-  LogBook log_;
-  AudioFramework framework_ = AudioFramework(log_);
   AV::Settings wav_ = wavSettings(noise(1));
   AV::Settings m4a_ = m4aSettings(noise(1));
 };

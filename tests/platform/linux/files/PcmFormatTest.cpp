@@ -1,10 +1,13 @@
+// What formats are here beyond every platform's (tests/contract/AudioFormatContract.h).
+
 #include "platform/linux/files/PcmFormat.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <functional>
-#include <limits>
+#include <map>
+#include <string>
 
 #include "tests/platform/linux/files/Recordings.h"
 
@@ -25,35 +28,9 @@ Description integerDescription(std::uint32_t bits, std::uint32_t bytes) {
   return description;
 }
 
-TEST(PcmFormat, tellsWhatItsDescriptionSays) {
-  const auto format = PcmFormat::make(floatDescription(44100, 2));
-  ASSERT_TRUE(format);
-  EXPECT_EQ(format->streamDescription(), floatDescription(44100, 2));
-  EXPECT_EQ(format->sampleRate(), 44100);
-  EXPECT_EQ(format->channelCount(), 2U);
-  EXPECT_TRUE(format->isInterleaved());
-  EXPECT_EQ(format->commonFormat(), pcmFormatFloat32);
-}
-
-TEST(PcmFormat, nonInterleavedSizesAreOfOneChannel) {
-  Description description = floatDescription(48000, 2);
-  description.mFormatFlags |= CA::kAudioFormatFlagIsNonInterleaved;
-  EXPECT_FALSE(PcmFormat::make(description)) << "8 bytes for a packed sample of 4";
-
-  description.mBytesPerFrame = description.mBytesPerPacket = 4;
-  const auto format = PcmFormat::make(description);
-  ASSERT_TRUE(format);
-  EXPECT_FALSE(format->isInterleaved());
-  EXPECT_EQ(format->commonFormat(), pcmFormatFloat32);
-}
-
-TEST(PcmFormat, knowsTheCommonFormats) {
-  Description doubles = floatDescription(48000, 2);
-  doubles.mBitsPerChannel = 64;
-  doubles.mBytesPerFrame = doubles.mBytesPerPacket = 16;
-  EXPECT_EQ(PcmFormat::make(doubles)->commonFormat(), pcmFormatFloat64);
-  EXPECT_EQ(PcmFormat::make(integerDescription(16, 2))->commonFormat(), pcmFormatInt16);
-  EXPECT_EQ(PcmFormat::make(integerDescription(32, 4))->commonFormat(), pcmFormatInt32);
+TEST(PcmFormat, keepsItsDescription) {
+  EXPECT_EQ(PcmFormat::make(floatDescription(44100, 2))->streamDescription(),
+            floatDescription(44100, 2));
 }
 
 TEST(PcmFormat, otherPcmIsAFormatButNoCommonOne) {
@@ -79,49 +56,38 @@ TEST(PcmFormat, sampleSizesAreThoseOfTheCommonFormats) {
   EXPECT_EQ(sampleSize(otherFormat), 0U);
 }
 
-struct Contradiction {
-  const char* name;
-  std::function<void(Description&)> change;
-};
-
-class Contradictory : public testing::TestWithParam<Contradiction> {};
-
-TEST_P(Contradictory, descriptionsMakeNoFormat) {
-  Description description = floatDescription(48000, 2);
-  GetParam().change(description);
-  EXPECT_FALSE(PcmFormat::make(description));
+TEST(PcmFormat, isMadeOfNoDescriptionThatContradictsItself) {
+  const std::map<std::string, std::function<void(Description&)>> contradictions = {
+      {"nothing", [](auto& d) { d = Description(); }},
+      {"no rate", [](auto& d) { d.mSampleRate = 0; }},
+      {"negative rate", [](auto& d) { d.mSampleRate = -1; }},
+      {"rate that is no number", [](auto& d) { d.mSampleRate = std::nan(""); }},
+      {"infinite rate", [](auto& d) { d.mSampleRate = HUGE_VAL; }},
+      {"not PCM", [](auto& d) { d.mFormatID = CA::kAudioFormatMPEG4AAC; }},
+      {"no channels", [](auto& d) { d.mChannelsPerFrame = 0; }},
+      {"packet of two frames", [](auto& d) { d.mFramesPerPacket = 2; }},
+      {"no frame size", [](auto& d) { d.mBytesPerFrame = d.mBytesPerPacket = 0; }},
+      {"packet larger than its frame", [](auto& d) { d.mBytesPerPacket = 16; }},
+      {"frame that channels do not divide",
+       [](auto& d) { d.mBytesPerFrame = d.mBytesPerPacket = 9; }},
+      {"frame of all channels for one of its own",
+       [](auto& d) { d.mFormatFlags |= CA::kAudioFormatFlagIsNonInterleaved; }},
+      {"no bits", [](auto& d) { d.mBitsPerChannel = 0; }},
+      {"more bits than bytes", [](auto& d) { d.mBitsPerChannel = 33; }},
+      {"packed with spare bits", [](auto& d) { d.mBitsPerChannel = 24; }},
+      {"float of 24 bits",
+       [](auto& d) {
+         d.mBitsPerChannel = 24;
+         d.mFormatFlags = CA::kAudioFormatFlagIsFloat;
+       }},
+      {"float and integer", [](auto& d) { d.mFormatFlags |= CA::kAudioFormatFlagIsSignedInteger; }},
+  };
+  for (const auto& [name, change] : contradictions) {
+    Description description = floatDescription(48000, 2);
+    change(description);
+    EXPECT_FALSE(PcmFormat::make(description)) << name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    PcmFormat, Contradictory,
-    testing::Values(
-        Contradiction{"nothing", [](Description& d) { d = Description(); }},
-        Contradiction{"noRate", [](Description& d) { d.mSampleRate = 0; }},
-        Contradiction{"negativeRate", [](Description& d) { d.mSampleRate = -1; }},
-        Contradiction{"rateThatIsNoNumber", [](Description& d) { d.mSampleRate = std::nan(""); }},
-        Contradiction{
-            "infiniteRate",
-            [](Description& d) { d.mSampleRate = std::numeric_limits<double>::infinity(); }},
-        Contradiction{"notPcm", [](Description& d) { d.mFormatID = CA::kAudioFormatMPEG4AAC; }},
-        Contradiction{"noChannels", [](Description& d) { d.mChannelsPerFrame = 0; }},
-        Contradiction{"packetOfTwoFrames", [](Description& d) { d.mFramesPerPacket = 2; }},
-        Contradiction{"noFrameSize",
-                      [](Description& d) { d.mBytesPerFrame = d.mBytesPerPacket = 0; }},
-        Contradiction{"packetLargerThanItsFrame", [](Description& d) { d.mBytesPerPacket = 16; }},
-        Contradiction{"frameThatChannelsDoNotDivide",
-                      [](Description& d) { d.mBytesPerFrame = d.mBytesPerPacket = 9; }},
-        Contradiction{"noBits", [](Description& d) { d.mBitsPerChannel = 0; }},
-        Contradiction{"moreBitsThanBytes", [](Description& d) { d.mBitsPerChannel = 33; }},
-        Contradiction{"packedWithSpareBits", [](Description& d) { d.mBitsPerChannel = 24; }},
-        Contradiction{"floatOf24Bits",
-                      [](Description& d) {
-                        d.mBitsPerChannel = 24;
-                        d.mFormatFlags = CA::kAudioFormatFlagIsFloat;
-                      }},
-        Contradiction{
-            "floatAndInteger",
-            [](Description& d) { d.mFormatFlags |= CA::kAudioFormatFlagIsSignedInteger; }}),
-    [](const auto& parameter) { return parameter.param.name; });
 
 }  // namespace
 }  // namespace audrel::linuxos::test

@@ -1,6 +1,5 @@
 #include "tests/platform/linux/files/Recordings.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -10,29 +9,6 @@
 #include <stdexcept>
 
 namespace audrel::linuxos::test {
-namespace {
-
-class LogBookLogger final : public os::Logger {
- public:
-  explicit LogBookLogger(LogBook& book) : book_(book) {}
-  void log(os::LogLevel level, std::string_view line) noexcept override {
-    if (level == os::LogLevel::error) {
-      book_.errors.emplace_back(line);
-    }
-  }
-
- private:
-  LogBook& book_;
-};
-
-}  // namespace
-
-std::shared_ptr<os::Logger> LogBook::makeLogger(const std::string&,
-                                                const std::string& loggerCategory) {
-  category = loggerCategory;
-  return std::make_shared<LogBookLogger>(*this);
-}
-
 Audio noise(std::size_t frames, std::uint32_t sampleRate, std::uint32_t channels) {
   Audio audio{sampleRate, channels, std::vector<float>(frames * channels)};
   std::minstd_rand random(channels + sampleRate);
@@ -175,6 +151,14 @@ double errorRatio(const Audio& original, std::span<const float> decoded) {
     energy += sample * sample;
   }
   return energy > 0 ? difference / energy : 0;
+}
+
+std::filesystem::path FileTest::record(const std::string& name, const Audio& audio,
+                                       const AV::Settings& settings) {
+  const auto path = folder_ / name;
+  const auto file = openFile(framework_, path, settings);
+  EXPECT_TRUE(deliver(framework_, *file, audio).empty());
+  return path;
 }
 
 }  // namespace audrel::linuxos::test

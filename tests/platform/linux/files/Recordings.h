@@ -1,31 +1,23 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "platform/AVFAudio.h"
-#include "platform/Log.h"
 #include "platform/linux/files/AudioFramework.h"
+#include "tests/support/KeptLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 /// What the tests of files share: signals, ways to record them, and ways to compare.
 namespace audrel::linuxos::test {
-
-/// Keeps the lines of errors.
-class LogBook final : public os::Log {
- public:
-  std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
-                                         const std::string& category) override;
-
-  std::vector<std::string> errors;
-  std::string category;
-};
 
 /// Audio, channels interleaved.
 struct Audio {
@@ -75,5 +67,17 @@ int lag(const Audio& original, std::span<const float> decoded);
 
 /// The energy of the difference over that of the original, over what both have.
 double errorRatio(const Audio& original, std::span<const float> decoded);
+
+/// A folder for recordings, and the framework that makes them.
+class FileTest : public testing::Test {
+ protected:
+  /// The file of a recording of `audio`, which has to succeed.
+  std::filesystem::path record(const std::string& name, const Audio& audio,
+                               const AV::Settings& settings);
+
+  support::TemporaryFolder folder_;
+  support::KeptLog log_;
+  AudioFramework framework_ = AudioFramework(log_);
+};
 
 }  // namespace audrel::linuxos::test

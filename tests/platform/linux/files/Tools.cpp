@@ -1,72 +1,16 @@
 #include "tests/platform/linux/files/Tools.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
 #include <charconv>
 #include <cstring>
 #include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 
-#include "tests/platform/linux/files/Recordings.h"
 #include "tests/support/TemporaryFolder.h"
-
-extern char** environ;
 
 namespace audrel::linuxos::test {
 namespace {
-
-struct Pipe {
-  Pipe() {
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-      throw std::runtime_error("no pipe");
-    }
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-  ~Pipe() {
-    close(ends[0]);
-    closeWriteEnd();
-  }
-  void closeWriteEnd() {
-    if (ends[1] >= 0) {
-      close(ends[1]);
-      ends[1] = -1;
-    }
-  }
-
-  std::array<int, 2> ends{};
-};
-
-void readAll(const Pipe& output, std::string* outputText, const Pipe& errors,
-             std::string* errorText) {
-  std::array<pollfd, 2> waits = {pollfd{output.ends[0], POLLIN, 0},
-                                 pollfd{errors.ends[0], POLLIN, 0}};
-  const std::array<std::string*, 2> texts = {outputText, errorText};
-  std::vector<char> buffer(1U << 16U);
-  int open = 2;
-  while (open > 0 && poll(waits.data(), waits.size(), -1) >= 0) {
-    for (std::size_t i = 0; i < waits.size(); ++i) {
-      if (waits.at(i).revents == 0) {
-        continue;
-      }
-      const ssize_t count = read(waits.at(i).fd, buffer.data(), buffer.size());
-      if (count > 0) {
-        texts.at(i)->append(buffer.data(), static_cast<std::size_t>(count));
-      } else {
-        waits.at(i).fd = -1;
-        --open;
-      }
-    }
-  }
-}
 
 std::map<std::string, std::string> keysAndValues(const std::string& lines) {
   std::map<std::string, std::string> values;
@@ -108,22 +52,17 @@ ToolResult runFfmpeg(const std::filesystem::path& file, double seekTo) {
   return runTool(arguments);
 }
 
-/// What FFmpeg warns of in right files: that there is nothing in them, and that WAV names no
-/// layout.
-bool isHarmless(std::string_view line) {
-  // Newer versions begin each line with the part that has something to say: "[af#0:0 @ 0x55bb0bc8]
-  // ".
-  if (const auto end = line.find("] "); line.starts_with('[') && end != line.npos) {
-    line.remove_prefix(end + 2);
-  }
-  return line.starts_with("Output file is empty") || line.starts_with("No filtered frames") ||
-         line.starts_with("Guessed Channel Layout");
-}
-
+/// Whether FFmpeg warns of nothing but what right files have: that there is nothing in them, and
+/// that a WAV names no layout.
 bool areHarmless(const std::string& lines) {
   std::istringstream stream(lines);
   for (std::string line; std::getline(stream, line);) {
-    if (!isHarmless(line)) {
+    // Newer versions begin each line with the part that has something to say: "[af#0:0 @ 0x55] ".
+    if (const auto end = line.find("] "); line.starts_with('[') && end != std::string::npos) {
+      line.erase(0, end + 2);
+    }
+    if (!line.starts_with("Output file is empty") && !line.starts_with("No filtered frames") &&
+        !line.starts_with("Guessed Channel Layout")) {
       return false;
     }
   }
@@ -139,39 +78,6 @@ std::vector<float> floats(const std::string& bytes) {
 }
 
 }  // namespace
-
-ToolResult runTool(const std::vector<std::string>& arguments) {
-  std::vector<std::string> copies = arguments;
-  std::vector<char*> pointers;
-  for (std::string& argument : copies) {
-    pointers.push_back(argument.data());
-  }
-  pointers.push_back(nullptr);
-
-  Pipe output;
-  Pipe errors;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, output.ends[1], 1);
-  posix_spawn_file_actions_adddup2(&actions, errors.ends[1], 2);
-  pid_t child = 0;
-  const int spawned =
-      posix_spawnp(&child, pointers[0], &actions, nullptr, pointers.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (spawned != 0) {
-    throw std::system_error(spawned, std::generic_category(), arguments[0]);
-  }
-  output.closeWriteEnd();
-  errors.closeWriteEnd();
-
-  ToolResult result;
-  readAll(output, &result.output, errors, &result.errors);
-  int status = 0;
-  waitpid(child, &status, 0);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return result;
-}
 
 Probe probe(const std::filesystem::path& file) {
   const ToolResult result = runTool({"ffprobe", "-v", "error", "-show_entries",

@@ -7,17 +7,13 @@
 #include <string>
 #include <vector>
 
-/// Programs that read files independently of ours. A program that is missing throws.
+#include "tests/support/RunTool.h"
+
+/// Programs that read files independently of ours.
 namespace audrel::linuxos::test {
 
-struct ToolResult {
-  int exitCode = -1;
-  std::string output;
-  std::string errors;
-};
-
-/// Runs a program found in PATH with these arguments, no shell between, and waits for its end.
-ToolResult runTool(const std::vector<std::string>& arguments);
+using support::runTool;
+using support::ToolResult;
 
 /// What ffprobe says of the first stream; times in units of the sample rate.
 struct Probe {

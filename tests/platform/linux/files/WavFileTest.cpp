@@ -1,30 +1,17 @@
 // WAV files as others read them.
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <numeric>
-
-#include "platform/linux/files/PcmFormat.h"
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
 
-class WavFiles : public testing::Test {
+class WavFiles : public FileTest {
  protected:
   std::filesystem::path record(const Audio& audio) {
-    const auto path = folder_ / ("recording" + std::to_string(++count_) + ".wav");
-    const auto file = openFile(framework_, path, wavSettings(audio));
-    EXPECT_TRUE(deliver(framework_, *file, audio).empty());
-    return path;
+    return FileTest::record(std::to_string(++count_) + ".wav", audio, wavSettings(audio));
   }
 
-  support::TemporaryFolder folder_;
-  LogBook log_;
-  AudioFramework framework_ = AudioFramework(log_);
   int count_ = 0;
 };
 
@@ -36,7 +23,7 @@ TEST_F(WavFiles, areSampleExactWhateverTheirLength) {
     EXPECT_EQ(contents.channels, 2);
     EXPECT_EQ(contents.samples, asSixteenBit(audio.samples)) << frames;
   }
-  EXPECT_TRUE(log_.errors.empty());
+  EXPECT_TRUE(log_.lines().empty());
 }
 
 TEST_F(WavFiles, haveAnyRateAndNumberOfChannels) {

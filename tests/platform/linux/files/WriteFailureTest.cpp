@@ -1,6 +1,5 @@
-// Disks that fail: for a moment, at any one write, for a while, or for good.
-
-#include <gtest/gtest.h>
+// Disks that fail: for a moment, at any one write, for a while, or for good; and the end of the
+// program at any one write.
 
 #include <algorithm>
 #include <cerrno>
@@ -11,32 +10,25 @@
 #include "tests/platform/linux/files/FakeDisk.h"
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos::test {
 namespace {
 
-enum class Kind { m4a, wav };
-
-AV::Settings settingsFor(Kind kind, const Audio& audio) {
-  return kind == Kind::m4a ? m4aSettings(audio) : wavSettings(audio);
-}
-
 /// A recording on a disk with a plan, and all that it reported.
 struct Recording {
-  Recording(Kind kind, const Audio& audio, FakeDisk::Plan plan,
+  Recording(const AV::Settings& settings, const Audio& audio, FakeDisk::Plan plan,
             const std::function<void(FakeDisk&, std::size_t)>& beforeEach = {}) {
     disk->plan = std::move(plan);
     AudioFramework framework(log, disk->creator());
     NS::Error error;
-    const auto file =
-        framework.openForWriting("recording", settingsFor(kind, audio),
-                                 AV::AudioCommonFormat::pcmFormatFloat32, true, &error);
+    const auto file = framework.openForWriting(
+        "/music/recording", settings, AV::AudioCommonFormat::pcmFormatFloat32, true, &error);
     if (!file) {
       openError = error;
       return;
     }
     writeErrors = deliver(framework, *file, audio, [&](std::size_t frames) {
+      disk->delivered = frames;
       if (beforeEach) {
         beforeEach(*disk, frames);
       }
@@ -44,34 +36,49 @@ struct Recording {
   }
 
   std::shared_ptr<FakeDisk> disk = std::make_shared<FakeDisk>();
-  LogBook log;
+  support::KeptLog log;
   std::optional<NS::Error> openError;
   std::vector<NS::Error> writeErrors;
 };
 
-class WriteFailures : public testing::TestWithParam<Kind> {
+enum class Kind { m4a, wav };
+
+/// How a file ends: with a whole block, or perhaps in the middle of one.
+enum class Ending { whole, torn };
+
+class WriteFailures : public FileTest, public testing::WithParamInterface<Kind> {
  protected:
-  /// How many of the recorded frames other programs play; those have to be the right ones.
-  std::size_t playableFrames(const FakeDisk& disk, const Audio& audio) {
-    const auto path = folder_ / "check";
-    disk.save(path);
-    std::size_t frames = 0;
+  Recording record(FakeDisk::Plan plan,
+                   const std::function<void(FakeDisk&, std::size_t)>& beforeEach = {}) const {
+    const auto settings = GetParam() == Kind::m4a ? m4aSettings(audio_) : wavSettings(audio_);
+    return {settings, audio_, std::move(plan), beforeEach};
+  }
+
+  /// How many of the recorded frames other programs play of `check_`, from the first one on. They
+  /// have to be the right ones.
+  std::size_t playableFrames(Ending ending) const {
     if (GetParam() == Kind::wav) {
-      auto samples = readWav(path).samples;
-      auto expected = asSixteenBit(audio.samples);
+      const auto samples = readWav(check_).samples;
+      auto expected = asSixteenBit(audio_.samples);
       expected.resize(std::min(expected.size(), samples.size()));
       EXPECT_EQ(samples, expected);
-      frames = samples.size() / 2;
-    } else {
-      const auto decoded = decode(path);
-      EXPECT_LT(errorRatio(audio, decoded), 0.1);
-      frames = std::min(decoded.size() / 2, audio.frames());
+      return samples.size() / audio_.channels;
     }
-    return frames;
+    const auto decoded = ending == Ending::torn ? decodeTorn(check_) : decode(check_);
+    EXPECT_LT(errorRatio(audio_, decoded), 0.1);
+    if (decoded.size() > 20'000) {
+      EXPECT_EQ(lag(audio_, decoded), 0);
+    }
+    return std::min(decoded.size() / audio_.channels, audio_.frames());
+  }
+
+  std::size_t playableFrames(const FakeDisk& disk) const {
+    disk.save(check_);
+    return playableFrames(Ending::whole);
   }
 
   const Audio audio_ = noise(120'000);
-  support::TemporaryFolder folder_;
+  const std::filesystem::path check_ = folder_ / "check";
 };
 
 INSTANTIATE_TEST_SUITE_P(Files, WriteFailures, testing::Values(Kind::m4a, Kind::wav),
@@ -80,22 +87,21 @@ INSTANTIATE_TEST_SUITE_P(Files, WriteFailures, testing::Values(Kind::m4a, Kind::
                          });
 
 TEST_P(WriteFailures, interruptedAndShortWritesChangeNothing) {
-  const Recording undisturbed(GetParam(), audio_, {});
-  const Recording disturbed(GetParam(), audio_, plans::interruptedAndShort(3000));
+  const Recording undisturbed = record({});
+  const Recording disturbed = record(plans::interruptedAndShort(3000));
   EXPECT_TRUE(disturbed.writeErrors.empty());
-  EXPECT_TRUE(disturbed.log.errors.empty());
+  EXPECT_TRUE(disturbed.log.lines().empty());
   EXPECT_EQ(disturbed.disk->contents, undisturbed.disk->contents);
 }
 
 TEST_P(WriteFailures, anyOneFailedWriteIsReportedAndMadeUpFor) {
-  const Recording undisturbed(GetParam(), audio_, {});
+  const Recording undisturbed = record({});
   const std::size_t writes = undisturbed.disk->writes;
   ASSERT_GE(writes, 8U);
   for (std::size_t number = 1; number <= writes; ++number) {
     for (const bool torn : {false, true}) {
-      const Recording recording(
-          GetParam(), audio_,
-          torn ? plans::failPartWay(number, ENOSPC) : plans::failOnce(number, ENOSPC));
+      const Recording recording =
+          record(torn ? plans::failPartWay(number, ENOSPC) : plans::failOnce(number, ENOSPC));
       SCOPED_TRACE(testing::Message() << "write " << number << (torn ? " torn" : ""));
       if (number == 1) {
         ASSERT_TRUE(recording.openError);
@@ -109,24 +115,24 @@ TEST_P(WriteFailures, anyOneFailedWriteIsReportedAndMadeUpFor) {
       }
       EXPECT_LE(recording.writeErrors.size(), 1U);
       if (recording.disk->contents == undisturbed.disk->contents) {
-        EXPECT_TRUE(recording.log.errors.empty());
+        EXPECT_TRUE(recording.log.lines().empty());
       } else {
         EXPECT_GE(number, writes - 1) << "only the steps of finishing are not repeated";
-        EXPECT_EQ(recording.log.errors.size(), 1U);
-        EXPECT_EQ(playableFrames(*recording.disk, audio_), audio_.frames());
+        EXPECT_EQ(recording.log.lines().size(), 1U);
+        EXPECT_EQ(playableFrames(*recording.disk), audio_.frames());
       }
     }
   }
 }
 
 TEST_P(WriteFailures, aDiskThatIsFullForAWhileLosesNothing) {
-  const Recording undisturbed(GetParam(), audio_, {});
-  const Recording recording(GetParam(), audio_, {}, [](FakeDisk& disk, std::size_t frames) {
+  const Recording undisturbed = record({});
+  const Recording recording = record({}, [](FakeDisk& disk, std::size_t frames) {
     const bool full = frames > 30'000 && frames < 80'000;
     disk.plan = full ? plans::failFrom(1, ENOSPC) : FakeDisk::Plan();
   });
   EXPECT_EQ(recording.disk->contents, undisturbed.disk->contents);
-  EXPECT_TRUE(recording.log.errors.empty());
+  EXPECT_TRUE(recording.log.lines().empty());
   ASSERT_EQ(recording.writeErrors.size(), 2U) << "one for each block that failed";
   EXPECT_EQ(recording.writeErrors.front().code, ENOSPC);
   EXPECT_NE(recording.writeErrors.front().localizedDescription.find("kept in memory"),
@@ -135,15 +141,15 @@ TEST_P(WriteFailures, aDiskThatIsFullForAWhileLosesNothing) {
 }
 
 TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
-  const std::size_t writes = Recording(GetParam(), audio_, {}).disk->writes;
+  const std::size_t writes = record({}).disk->writes;
   for (std::size_t number = 2; number <= writes; ++number) {
     SCOPED_TRACE(number);
-    const Recording recording(GetParam(), audio_, plans::failFrom(number, EFBIG));
-    ASSERT_EQ(recording.log.errors.size(), 1U);
-    const std::string& line = recording.log.errors.front();
+    const Recording recording = record(plans::failFrom(number, EFBIG));
+    ASSERT_EQ(recording.log.lines().size(), 1U);
+    const std::string line = recording.log.lines().front();
     EXPECT_NE(line.find("largest size"), std::string::npos) << line;
 
-    const std::size_t playable = playableFrames(*recording.disk, audio_);
+    const std::size_t playable = playableFrames(*recording.disk);
     const std::size_t blocks = GetParam() == Kind::wav ? (number - 2) / 2 : number - 2;
     const std::size_t framesPerBlock = GetParam() == Kind::wav ? 24'000 : 23 * 1024;
     EXPECT_GE(playable + 1024, std::min(blocks * framesPerBlock, audio_.frames()));
@@ -152,10 +158,9 @@ TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
 }
 
 TEST_P(WriteFailures, aFailedCloseIsLogged) {
-  Recording recording(GetParam(), audio_, {},
-                      [](FakeDisk& disk, std::size_t) { disk.closeCode = EIO; });
-  ASSERT_EQ(recording.log.errors.size(), 1U);
-  EXPECT_NE(recording.log.errors.front().find("reports a fault"), std::string::npos);
+  const Recording recording = record({}, [](FakeDisk& disk, std::size_t) { disk.closeCode = EIO; });
+  ASSERT_EQ(recording.log.lines().size(), 1U);
+  EXPECT_NE(recording.log.lines().front().find("reports a fault"), std::string::npos);
   EXPECT_EQ(recording.log.category, "file");
   EXPECT_EQ(recording.disk->closes, 1);
 }
@@ -198,10 +203,9 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   EXPECT_EQ(writer->finish(), std::nullopt);
   EXPECT_TRUE(lossWasTold);
 
-  const auto path = folder_ / "gap";
-  disk->save(path);
-  EXPECT_EQ(probe(path).duration, 480'000);
-  const auto decoded = decode(path);
+  disk->save(check_);
+  EXPECT_EQ(probe(check_).duration, 480'000);
+  const auto decoded = decode(check_);
   ASSERT_GE(decoded.size(), 960'000U);
   const auto part = [&](std::size_t from, std::size_t to) {
     return std::span(decoded).subspan(2 * from, 2 * (to - from));
@@ -215,17 +219,55 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
 }
 
 TEST_P(WriteFailures, aFileThatCannotBeStartedIsRemoved) {
-  LogBook log;
-  const auto disk = std::make_shared<FakeDisk>();
-  disk->plan = plans::failFrom(1, ENOSPC);
-  const auto path = folder_ / "recording";
-  AudioFramework framework(log, disk->creator());
-  NS::Error error;
-  EXPECT_FALSE(framework.openForWriting(path, settingsFor(GetParam(), audio_),
-                                        AV::AudioCommonFormat::pcmFormatFloat32, true, &error));
-  EXPECT_EQ(error.code, ENOSPC);
-  EXPECT_NE(error.localizedDescription.find(folder_.path().string()), std::string::npos);
-  EXPECT_TRUE(disk->isRemoved);
+  const Recording recording = record(plans::failFrom(1, ENOSPC));
+  ASSERT_TRUE(recording.openError);
+  EXPECT_EQ(recording.openError->code, ENOSPC);
+  EXPECT_NE(recording.openError->localizedDescription.find("\"/music\""), std::string::npos);
+  EXPECT_TRUE(recording.disk->isRemoved);
+}
+
+/// What lengthens a file can be caught half done; what is changed in place is a few bytes of one
+/// page.
+bool lengthens(const FakeDisk::Call& call) {
+  return call.offset > 0 && call.bytes.size() > 16;
+}
+
+TEST_P(WriteFailures, aKillBetweenAnyTwoWritesOrInOneCostsAtMostASecond) {
+  const Recording recording = record({});
+  const FakeDisk& disk = *recording.disk;
+  const auto expectAllButASecond = [&](std::size_t calls, std::size_t part, Ending ending) {
+    SCOPED_TRACE(testing::Message() << "after " << calls << " of " << disk.journal.size()
+                                    << " writes and " << part << " bytes of the next");
+    const std::size_t delivered =
+        calls == disk.journal.size() ? audio_.frames() : disk.journal[calls].delivered;
+    disk.replay(calls, part, check_);
+    EXPECT_GE(playableFrames(ending) + audio_.sampleRate, delivered);
+  };
+  ASSERT_GE(disk.journal.size(), 7U);
+  for (std::size_t calls = 1; calls <= disk.journal.size(); ++calls) {
+    expectAllButASecond(calls, 0, Ending::whole);
+    if (calls < disk.journal.size() && lengthens(disk.journal[calls])) {
+      expectAllButASecond(calls, 4, Ending::torn);
+      expectAllButASecond(calls, disk.journal[calls].bytes.size() / 2, Ending::torn);
+    }
+  }
+}
+
+TEST_P(WriteFailures, writesInPlaceStayWithinOnePage) {
+  const Recording recording = record({});
+  std::uint64_t end = 0;
+  std::size_t inPlace = 0;
+  for (const FakeDisk::Call& call : recording.disk->journal) {
+    ASSERT_EQ(call.kind, FakeDisk::Call::Kind::write);
+    if (call.offset < end) {
+      EXPECT_LE(call.offset + call.bytes.size(), 512U);
+      ++inPlace;
+    } else {
+      EXPECT_EQ(call.offset, end) << "no gaps";
+    }
+    end = std::max<std::uint64_t>(end, call.offset + call.bytes.size());
+  }
+  EXPECT_EQ(inPlace, GetParam() == Kind::m4a ? 1U : 5U);
 }
 
 }  // namespace
