@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using linuxos::ApplicationService;
-using sessiontest::runLoopUntil;
+using support::runLoopUntil;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
@@ -99,10 +99,7 @@ TEST_F(LauncherActionTest, reachesTheProgramThatRuns) {
 /// and no display.
 class ServiceTest : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(InstalledTree::shared().isInstalled());
-    ASSERT_TRUE(privateBus.isRunning());
-  }
+  void SetUp() override { ASSERT_TRUE(InstalledTree::shared().isInstalled()); }
 
   void TearDown() override { run("gapplication action io.github.audrel.Audrel quit"); }
 
@@ -150,9 +147,8 @@ TEST_F(ServiceTest, startsTheProgramThatIsToQuitAndItDoes) {
 
 TEST_F(ServiceTest, startsTheProgramWhichDoesNotCallThatASecondStart) {
   sessiontest::TestService notifications(
-      privateBus.address(), "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+      privateBus.address(), "org.freedesktop.Notifications", {"/org/freedesktop/Notifications"},
       {{"GetCapabilities", "(@as [],)"}, {"Notify", "(uint32 1,)"}});
-  ASSERT_TRUE(notifications.isRunning());
   EXPECT_EQ(run("gapplication launch io.github.audrel.Audrel"), "0");
   EXPECT_TRUE(isNameOwned());
   EXPECT_THAT(notifications.furtherCalls(), ElementsAre());

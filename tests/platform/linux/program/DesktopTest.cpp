@@ -24,7 +24,6 @@ using Desktop = Session;
 
 TEST_F(Desktop, withoutADisplayGetsAboutAsANotification) {
   auto shown = notifications();
-  ASSERT_TRUE(shown.isRunning());
   startProgram();
   choose("About Audrel…");
   EXPECT_THAT(nextCall(shown, "Notify"),
@@ -36,7 +35,6 @@ TEST_F(Desktop, withoutADisplayGetsAboutAsANotification) {
 
 TEST_F(Desktop, withoutASoftwareCenterIsToldWhereUpdatesComeFrom) {
   auto shown = notifications();
-  ASSERT_TRUE(shown.isRunning());
   startProgram();
   choose("Check for Updates in Software Center…");
   EXPECT_THAT(nextCall(shown, "Notify"),
@@ -45,7 +43,6 @@ TEST_F(Desktop, withoutASoftwareCenterIsToldWhereUpdatesComeFrom) {
 
 TEST_F(Desktop, withoutAnAudioServerIsToldWhyNothingIsRecorded) {
   auto shown = notifications();
-  ASSERT_TRUE(shown.isRunning());
   environment["PIPEWIRE_REMOTE"] = (home.path() / "nobody").string();
   startProgram();
   choose("Start Recording");
@@ -60,13 +57,13 @@ TEST_F(Desktop, withoutAnAudioServerIsToldWhyNothingIsRecorded) {
 
 TEST_F(Desktop, isToldWhenTheProgramRunsAlready) {
   auto shown = notifications();
-  ASSERT_TRUE(shown.isRunning());
   startProgram();
   startRecording();
   const auto second = startAgain();
   ASSERT_NE(second, nullptr);
   EXPECT_EQ(second->waitForEnd(), 1);
   EXPECT_THAT(nextCall(shown, "Notify"), HasSubstr("'Audrel is already running'"));
+  EXPECT_THAT(shown.furtherCalls(), IsEmpty()) << "one says it";
   EXPECT_EQ(panel->registrations().size(), 1U);
   stopRecording();
 }
@@ -115,7 +112,6 @@ class Alert : public Session {
  protected:
   void SetUp() override {
     Session::SetUp();
-    ASSERT_TRUE(xServer.isRunning());
     environment.erase("DISPLAY");
     environment.erase("XDG_DATA_DIRS");  // the window system's icons
     startProgram();

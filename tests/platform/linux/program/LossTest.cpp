@@ -17,8 +17,8 @@
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/pipewire/harness/Track.h"
 #include "tests/platform/linux/program/harness/WavRecording.h"
+#include "tests/platform/linux/session/harness/DesktopSessionManager.h"
 #include "tests/platform/linux/session/harness/XServer.h"
-#include "tests/platform/linux/tray/harness/DesktopSessionManager.h"
 
 namespace audrel::programtest {
 namespace {
@@ -49,7 +49,6 @@ TEST_F(Loss, ofTheBusCostsNothingAndTheItemComesBack) {
   bus.crash();
   ASSERT_TRUE(hearASecond());
   bus.restart();
-  ASSERT_TRUE(bus.isRunning());
   panel = std::make_unique<traytest::Panel>(bus.address());
   panel->startWatcher();
   ASSERT_TRUE(panel->findItem());
@@ -100,35 +99,34 @@ TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
 }
 
 /// How a desktop tells its programs that the user logs out.
-class Logout : public Loss,
-               public testing::WithParamInterface<traytest::DesktopSessionManager::Desktop> {
+class Logout : public Loss, public testing::WithParamInterface<sessiontest::SessionManagerKind> {
  protected:
   void SetUp() override {
-    manager = std::make_unique<traytest::DesktopSessionManager>(bus.address(), GetParam());
     Loss::SetUp();
-    ASSERT_TRUE(panel->runUntil([this] { return !manager->calls().empty(); }));
+    ASSERT_TRUE(manager.nextCall());
   }
 
-  std::unique_ptr<traytest::DesktopSessionManager> manager;
+  sessiontest::DesktopSessionManager manager{bus.address(), GetParam()};
 };
 
 TEST_P(Logout, costsNothing) {
   const std::uint64_t frame = played();
-  manager->tell(traytest::DesktopSessionManager::clientPath, "EndSession");
-  panel->runFor(50ms);  // the bus has it
+  manager.tell(sessiontest::DesktopSessionManager::clientPath, "EndSession");
   EXPECT_EQ(waitForEnd(), 0);
   expectRecordedUntil(frame - onTheWay);
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktops, Logout,
-                         testing::Values(traytest::DesktopSessionManager::Desktop::gnome,
-                                         traytest::DesktopSessionManager::Desktop::xfce));
+                         testing::Values(sessiontest::gnomeSessionManager,
+                                         sessiontest::xfceSessionManager),
+                         [](const auto& desktop) {
+                           return std::string(desktop.param.clientInterface).substr(4, 4);
+                         });
 
 /// On a desktop with a display.
 class DisplayLoss : public Loss {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(xServer.isRunning());
     environment.erase("DISPLAY");
     Loss::SetUp();
   }

@@ -9,8 +9,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using Claim = ApplicationService::Claim;
-using sessiontest::runLoopUntil;
 using sessiontest::TestService;
+using support::runLoopUntil;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -77,37 +77,30 @@ class ApplicationServiceTest : public sessiontest::SessionTest {
   std::shared_ptr<Program> program = std::make_shared<Program>();
 };
 
+/// Of the first start.
+class FirstStart : public ApplicationServiceTest {
+ protected:
+  void SetUp() override { ASSERT_EQ(service.claim(), Claim::first); }
+};
+
 TEST_F(ApplicationServiceTest, theFirstStartHasTheName) {
   EXPECT_NE(ownerOfName(), "");
   EXPECT_EQ(service.claim(), Claim::first);
   EXPECT_EQ(ownerOfName(), "");
 }
 
-TEST_F(ApplicationServiceTest, aSecondStartMakesTheFirstSayThatItRuns) {
-  auto desktopsNotifications = notifications();
-  ASSERT_TRUE(desktopsNotifications.isRunning());
-  ASSERT_EQ(service.claim(), Claim::first);
-  SecondStart second(log);
-  EXPECT_EQ(second.service.claim(), Claim::runsAlready);
-  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
-  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty()) << "one says it";
-}
-
 TEST_F(ApplicationServiceTest, aSecondStartSaysSoItselfWhenTheFirstFails) {
   auto desktopsNotifications = notifications();
-  ASSERT_TRUE(desktopsNotifications.isRunning());
-  const TestService broken(privateBus.address(), name, path, {});
-  ASSERT_TRUE(broken.isRunning());
+  const TestService broken(privateBus.address(), name, {path}, {});
   EXPECT_EQ(service.claim(), Claim::runsAlready);
   EXPECT_FALSE(notifier.isBusy()) << "it was told before the process may end";
   EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
 }
 
 TEST_F(ApplicationServiceTest, aSecondStartSaysSoItselfWhenTheFirstHangs) {
-  const TestService hanging(privateBus.address(), name, path, {{"Activate", "-"}});
-  ASSERT_TRUE(hanging.isRunning());
+  const TestService hanging(privateBus.address(), name, {path}, {{"Activate", "-"}});
   EXPECT_EQ(service.claim(), Claim::runsAlready);
-  EXPECT_THAT(log->lines, ElementsAre(HasSubstr("error: Audrel is already running: ")));
+  EXPECT_THAT(log->lines(), ElementsAre(HasSubstr("error: Audrel is already running: ")));
 }
 
 TEST_F(ApplicationServiceTest, withoutABusEveryStartIsTheFirst) {
@@ -121,26 +114,14 @@ TEST_F(ApplicationServiceTest, withABusThatIsGoneEveryStartIsTheFirst) {
   EXPECT_EQ(service.claim(), Claim::first);
 }
 
-TEST_F(ApplicationServiceTest, theDesktopsActionsArePerformedInOrder) {
-  ASSERT_EQ(service.claim(), Claim::first);
-  service.setCommands(program);
-  for (const char* action : {"start-recording", "stop-recording", "quit"}) {
-    EXPECT_EQ(callAction(action), "");
-  }
-  settle();
-  EXPECT_THAT(program->calls, ElementsAre("start", "stop", "quit"));
-}
-
-TEST_F(ApplicationServiceTest, anUnknownActionIsRefused) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, anUnknownActionIsRefused) {
   service.setCommands(program);
   EXPECT_EQ(callAction("explode"), "There is no such action");
   settle();
   EXPECT_THAT(program->calls, IsEmpty());
 }
 
-TEST_F(ApplicationServiceTest, actionsBeforeTheLaunchWaitForIt) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, actionsBeforeTheLaunchWaitForIt) {
   EXPECT_EQ(callAction("start-recording"), "");
   settle();
   service.setCommands(program);
@@ -149,15 +130,13 @@ TEST_F(ApplicationServiceTest, actionsBeforeTheLaunchWaitForIt) {
   EXPECT_THAT(program->calls, ElementsAre("start"));
 }
 
-TEST_F(ApplicationServiceTest, actionsAreAnsweredBeforeTheyArePerformed) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, actionsAreAnsweredBeforeTheyArePerformed) {
   service.setCommands(program);
   EXPECT_TRUE(service.activateAction("start-recording"));
   EXPECT_THAT(program->calls, IsEmpty());
 }
 
-TEST_F(ApplicationServiceTest, onlyQuitIsHonouredWhileAnAlertIsUp) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, onlyQuitIsHonouredWhileAnAlertIsUp) {
   service.setCommands(program);
   {
     const ModalSession alert(application);
@@ -170,85 +149,61 @@ TEST_F(ApplicationServiceTest, onlyQuitIsHonouredWhileAnAlertIsUp) {
   EXPECT_THAT(program->calls, ElementsAre("quit"));
 }
 
-TEST_F(ApplicationServiceTest, aCommandThatWaitsInAnAlertDelaysNoQuit) {
-  struct Asking final : ApplicationCommands {
-    Asking(Application& owner, ApplicationService& called) : application(owner), service(called) {}
-    void startRecording() override {
-      ModalSession session(application);
-      alert = &session;
-      service.activateAction("quit");
-      session.wait();
-      isAnswered = true;
+/// Its start waits in an alert until the program quits.
+struct AskingProgram final : ApplicationCommands {
+  explicit AskingProgram(Application& owner) : application(owner) {}
+  void startRecording() override {
+    calls.emplace_back("start");
+    LoopSource tooLate([this] { application.terminate(); });
+    tooLate.callAfter(10s);
+    ModalSession session(application);
+    if (whileAsking) {
+      whileAsking();
     }
-    void stopRecording() override {}
-    void quit() override { alert->finish(); }
+    isAnswered = session.wait();
+  }
+  void stopRecording() override { calls.emplace_back("stop"); }
+  void quit() override {
+    calls.emplace_back("quit");
+    application.terminate();
+  }
 
-    Application& application;
-    ApplicationService& service;
-    ModalSession* alert = nullptr;
-    bool isAnswered = false;
-  };
-  ASSERT_EQ(service.claim(), Claim::first);
-  const auto asking = std::make_shared<Asking>(application, service);
+  Application& application;
+  std::function<void()> whileAsking;
+  std::vector<std::string> calls;
+  bool isAnswered = false;
+};
+
+TEST_F(FirstStart, aCommandThatWaitsInAnAlertDelaysNoQuit) {
+  const auto asking = std::make_shared<AskingProgram>(application);
+  asking->whileAsking = [this] { service.activateAction("quit"); };
   service.setCommands(asking);
-  LoopSource tooLate([this] { application.terminate(); });
-  tooLate.callAfter(10s);
   EXPECT_EQ(callAction("start-recording"), "");
-  EXPECT_TRUE(runLoopUntil([&] { return asking->isAnswered; }));
-  EXPECT_FALSE(application.isTerminating()) << "nobody quit";
+  EXPECT_TRUE(runLoopUntil([this] { return application.isTerminating(); }));
+  EXPECT_THAT(asking->calls, ElementsAre("start", "quit"));
+  EXPECT_FALSE(asking->isAnswered);
 }
 
-TEST_F(ApplicationServiceTest, aCommandThatWaitsInAnAlertDelaysNoQuitThatCameWithIt) {
-  struct Asking final : ApplicationCommands {
-    explicit Asking(Application& owner) : application(owner) {}
-    void startRecording() override {
-      calls.emplace_back("start");
-      ModalSession session(application);
-      isAnswered = session.wait();
-    }
-    void stopRecording() override { calls.emplace_back("stop"); }
-    void quit() override {
-      calls.emplace_back("quit");
-      application.terminate();
-    }
-
-    Application& application;
-    std::vector<std::string> calls;
-    bool isAnswered = false;
-  };
-  ASSERT_EQ(service.claim(), Claim::first);
-  const auto asking = std::make_shared<Asking>(application);
+TEST_F(FirstStart, aCommandThatWaitsInAnAlertDelaysNoQuitThatCameWithIt) {
+  const auto asking = std::make_shared<AskingProgram>(application);
   for (const char* action : {"start-recording", "stop-recording", "quit"}) {
     EXPECT_TRUE(service.activateAction(action));
   }
-  LoopSource tooLate([this] { application.terminate(); });
-  tooLate.callAfter(10s);
   service.setCommands(asking);
   EXPECT_TRUE(runLoopUntil([this] { return application.isTerminating(); }));
   EXPECT_THAT(asking->calls, ElementsAre("start", "quit"));
   EXPECT_FALSE(asking->isAnswered);
 }
 
-TEST_F(ApplicationServiceTest, commandsOfAProgramThatHasGoneAreDropped) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, commandsOfAProgramThatHasGoneAreDropped) {
   service.setCommands(program);
   program.reset();
   EXPECT_EQ(callAction("quit"), "");
   settle();
 }
 
-TEST_F(ApplicationServiceTest, beingActivatedSaysThatItRuns) {
+TEST_F(FirstStart, activationsShowOneNotificationHoweverManyCome) {
   auto desktopsNotifications = notifications();
-  ASSERT_TRUE(desktopsNotifications.isRunning());
-  ASSERT_EQ(service.claim(), Claim::first);
-  EXPECT_EQ(activate(), "");
-  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
-}
-
-TEST_F(ApplicationServiceTest, activationsShowOneNotificationHoweverManyCome) {
-  auto desktopsNotifications = notifications();
-  ASSERT_TRUE(desktopsNotifications.isRunning());
-  ASSERT_EQ(service.claim(), Claim::first);
   for (int i = 0; i < 100; ++i) {
     service.activate();
   }
@@ -265,7 +220,6 @@ TEST_F(ApplicationServiceTest, activationsShowOneNotificationHoweverManyCome) {
 TEST_F(ApplicationServiceTest, theActivationThatStartedItIsNoSecondStart) {
   const fakes::ScopedVariable startedByBus("DBUS_STARTER_ADDRESS", privateBus.address().c_str());
   auto desktopsNotifications = notifications();
-  ASSERT_TRUE(desktopsNotifications.isRunning());
   SecondStart started(log);
   ASSERT_EQ(started.service.claim(), Claim::first);
   EXPECT_EQ(activate(), "");
@@ -274,8 +228,7 @@ TEST_F(ApplicationServiceTest, theActivationThatStartedItIsNoSecondStart) {
   EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
 }
 
-TEST_F(ApplicationServiceTest, theNameIsThereAgainAfterTheBusWasRestarted) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, theNameIsThereAgainAfterTheBusWasRestarted) {
   service.setCommands(program);
   privateBus.crash();
   settle();
@@ -286,15 +239,14 @@ TEST_F(ApplicationServiceTest, theNameIsThereAgainAfterTheBusWasRestarted) {
   EXPECT_THAT(program->calls, ElementsAre("stop"));
 }
 
-TEST_F(ApplicationServiceTest, aRecordingGoesOnWhenAnotherStartedWhileTheBusWasAway) {
-  ASSERT_EQ(service.claim(), Claim::first);
+TEST_F(FirstStart, aRecordingGoesOnWhenAnotherStartedWhileTheBusWasAway) {
   privateBus.crash();
   settle();
   privateBus.restart();
-  const TestService other(privateBus.address(), name, path, {});
-  ASSERT_TRUE(other.isRunning());
-  EXPECT_TRUE(runLoopUntil([this] { return !log->lines.empty(); }));
-  EXPECT_THAT(log->lines, ElementsAre("Another Audrel was started while the session bus was away"));
+  const TestService other(privateBus.address(), name, {path}, {});
+  EXPECT_TRUE(runLoopUntil([this] { return !log->lines().empty(); }));
+  EXPECT_THAT(log->lines(),
+              ElementsAre("Another Audrel was started while the session bus was away"));
 }
 
 }  // namespace

@@ -24,8 +24,8 @@
 
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/pipewire/harness/Client.h"
-#include "tests/platform/linux/session/harness/MemoryLogger.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/KeptLog.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Waiting.h"
 
@@ -145,14 +145,6 @@ const pw_registry_events Manager::registryEvents = {
     .global_remove = nullptr,
 };
 
-struct SharedLog final : os::Log {
-  std::shared_ptr<sessiontest::MemoryLogger> logger = std::make_shared<sessiontest::MemoryLogger>();
-
-  std::shared_ptr<os::Logger> makeLogger(const std::string&, const std::string&) override {
-    return logger;
-  }
-};
-
 class LinuxCaptureAccess : public testing::Test {
  protected:
   /// The name by which the server's lists know this process.
@@ -199,13 +191,13 @@ class LinuxCaptureAccess : public testing::Test {
 
   void expectRefusal(const std::string& reason) {
     EXPECT_FALSE(access_.preflightScreenCaptureAccess());
-    EXPECT_THAT(log.logger->lines,
+    EXPECT_THAT(log.lines(),
                 ElementsAre("error: The audio server refuses to be captured — " + reason));
   }
 
   support::TemporaryFolder folder;
   std::unique_ptr<support::ChildProcess> server;
-  SharedLog log;
+  support::KeptLog log;
   Connection connection_;
   CaptureAccess access_{connection_, log};
 };
@@ -214,7 +206,7 @@ TEST_F(LinuxCaptureAccess, isGrantedByAServerThatLetsThisProgramLink) {
   startServer("", linkFactory);
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
   EXPECT_TRUE(access_.requestScreenCaptureAccess());
-  EXPECT_THAT(log.logger->lines, IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(LinuxCaptureAccess, isGrantedWhereThereIsNoServer) {
@@ -236,7 +228,7 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerDiesAfterItsGreeting) {
   std::this_thread::sleep_for(300ms);
   server->end(SIGKILL);
   EXPECT_TRUE(granted.get()) << "nobody can give a permission any more";
-  EXPECT_THAT(log.logger->lines, IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(LinuxCaptureAccess, isGrantedWhereTheLibraryLacksItsConfiguration) {
@@ -313,7 +305,7 @@ TEST_F(LinuxCaptureAccess, isRefusedOnceThePermissionToLinkIsTakenBack) {
   ASSERT_TRUE(support::waitFor([&] { return programs == 2; }));
   manager.hide(factory, lastProgram);
   EXPECT_TRUE(support::waitFor([&] { return !access_.preflightScreenCaptureAccess(); }));
-  EXPECT_THAT(log.logger->lines,
+  EXPECT_THAT(log.lines(),
               ElementsAre("error: The audio server refuses to be captured — it does not let this "
                           "program link to streams"));
 }

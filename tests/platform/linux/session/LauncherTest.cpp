@@ -15,7 +15,6 @@ namespace {
 
 TEST(Launcher, givesUpOnABusThatHangsWhileTheMainLoopGoesOn) {
   const sessiontest::MuteBus bus;
-  ASSERT_TRUE(bus.isListening());
   const fakes::ScopedVariable address("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str());
   int ticks = 0;
   LoopSource timer([&] {

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/linux/session/PrivacySettings.h"
 #include "platform/linux/session/SoftwareUpdates.h"
+#include "platform/linux/session/URLParser.h"
 #include "tests/platform/linux/session/harness/Applications.h"
 #include "tests/platform/linux/session/harness/SessionTest.h"
 #include "tests/support/TemporaryFolder.h"
@@ -29,15 +31,12 @@ sessiontest::Applications& applications() {
 
 class WorkspaceTest : public sessiontest::SessionTest {
  protected:
-  void SetUp() override {
-    SessionTest::SetUp();
-    applications();
-  }
+  WorkspaceTest() { applications(); }
 
   sessiontest::TestService fileManager(const std::string& answer) const {
     return {privateBus.address(),
             "org.freedesktop.FileManager1",
-            "/org/freedesktop/FileManager1",
+            {"/org/freedesktop/FileManager1"},
             {{"ShowItems", answer}}};
   }
 
@@ -46,7 +45,6 @@ class WorkspaceTest : public sessiontest::SessionTest {
 
 TEST_F(WorkspaceTest, selectsTheFilesInTheFileManager) {
   auto files = fileManager("()");
-  ASSERT_TRUE(files.isRunning());
   workspace.activateFileViewerSelecting({"/home/ann/Down loads/50% #1 é.wav", "/tmp/caf\xE9?.m4a"});
   EXPECT_EQ(files.nextCall(),
             "ShowItems (['file:///home/ann/Down%20loads/50%25%20%231%20%C3%A9.wav', "
@@ -56,28 +54,21 @@ TEST_F(WorkspaceTest, selectsTheFilesInTheFileManager) {
 
 TEST_F(WorkspaceTest, asksForNothingWithoutFiles) {
   auto files = fileManager("()");
-  ASSERT_TRUE(files.isRunning());
   workspace.activateFileViewerSelecting({});
   EXPECT_THAT(files.furtherCalls(), IsEmpty());
 }
 
-TEST_F(WorkspaceTest, opensTheFolderWhereTheFileManagerCannotSelect) {
+TEST_F(WorkspaceTest, opensTheFolderWhereTheFileManagerCannotSelectOrRefuses) {
   const support::TemporaryFolder folder;
   workspace.activateFileViewerSelecting({folder.path() / "a.wav"});
   EXPECT_THAT(applications().takeStarted(), ElementsAre("files " + folder.path().string()));
-}
-
-TEST_F(WorkspaceTest, opensTheFolderWhereTheFileManagerRefuses) {
-  const support::TemporaryFolder folder;
   auto files = fileManager("!org.freedesktop.DBus.Error.AccessDenied");
-  ASSERT_TRUE(files.isRunning());
   workspace.activateFileViewerSelecting({folder.path() / "a.wav"});
   EXPECT_THAT(applications().takeStarted(), ElementsAre("files " + folder.path().string()));
 }
 
 TEST_F(WorkspaceTest, saysWhereTheFileIsWhenNeitherWorks) {
   auto service = notifications();
-  ASSERT_TRUE(service.isRunning());
   workspace.activateFileViewerSelecting({"/nonexistent/audrel/a.wav"});
   EXPECT_THAT(nextNotification(service),
               HasSubstr("'No file manager was found', 'The file: /nonexistent/audrel/a.wav'"));
@@ -96,16 +87,15 @@ TEST_F(WorkspaceTest, survivesTheEndOfTheBusAfterSomethingWasOpened) {
   bus.withConnection(
       [](GDBusConnection* connection, const std::string&) { EXPECT_NE(connection, nullptr); });
   notifier.notify({.summary = "", .body = ""});
-  ASSERT_TRUE(sessiontest::runLoopUntil([&] { return !notifier.isBusy(); }));
+  ASSERT_TRUE(support::runLoopUntil([&] { return !notifier.isBusy(); }));
   privateBus.crash();
-  ASSERT_TRUE(sessiontest::runLoopUntil([&] { return isLost; }));
+  ASSERT_TRUE(support::runLoopUntil([&] { return isLost; }));
   // A process that ends with its bus does so on GIO's own thread, about now.
-  EXPECT_FALSE(sessiontest::runLoopUntil([] { return false; }, std::chrono::milliseconds(100)));
+  EXPECT_FALSE(support::runLoopUntil([] { return false; }, std::chrono::milliseconds(100)));
 }
 
 TEST_F(WorkspaceTest, saysThatALinkHasNoProgram) {
   auto service = notifications();
-  ASSERT_TRUE(service.isRunning());
   EXPECT_FALSE(workspace.openURL({"gopher://example.org/"}));
   EXPECT_THAT(nextNotification(service),
               HasSubstr("'The link could not be opened', 'gopher://example.org/\\n"));
@@ -124,7 +114,6 @@ TEST_F(WorkspaceTest, opensTheDesktopsOwnPrivacySettingsForTheProgramsLink) {
 
 TEST_F(WorkspaceTest, saysWhereToLookWhereThereAreNoPrivacySettings) {
   auto service = notifications();
-  ASSERT_TRUE(service.isRunning());
   const fakes::ScopedVariable desktop("XDG_CURRENT_DESKTOP", "XFCE");
   EXPECT_FALSE(workspace.openURL({privacyPane}));
   EXPECT_THAT(nextNotification(service), HasSubstr("session manager"));
@@ -138,6 +127,34 @@ TEST_F(WorkspaceTest, checkingForUpdatesOpensTheProgramsPageInTheSoftwareCenter)
   updates.makeStandardUpdaterController(true)->checkForUpdates();
   EXPECT_THAT(applications().takeStarted(),
               ElementsAre("software appstream://io.github.audrel.Audrel"));
+}
+
+TEST(PrivacySettings, areThoseOfTheDesktopNewestFirstAndWholeSettingsLast) {
+  EXPECT_THAT(privacySettingsEntries("GNOME"),
+              ElementsAre("gnome-privacy-panel.desktop", "gnome-microphone-panel.desktop",
+                          "org.gnome.Settings.desktop"));
+}
+
+TEST(PrivacySettings, areThoseOfEachDesktopThatTheSessionNames) {
+  EXPECT_THAT(privacySettingsEntries("Budgie:Unity7::XFCE"),
+              ElementsAre("budgie-microphone-panel.desktop", "budgie-control-center.desktop",
+                          "xfce-settings-manager.desktop"));
+}
+
+TEST(PrivacySettings, areNoneWhereTheDesktopIsNotKnown) {
+  for (const char* desktop : {"", "sway", "GNOMETRIX"}) {
+    EXPECT_THAT(privacySettingsEntries(desktop), IsEmpty());
+  }
+}
+
+TEST(LinuxURLParser, takesNothingButURLs) {
+  for (const char* text : {"appstream://io.github.audrel.Audrel", "file:///home/ann"}) {
+    EXPECT_EQ(URLParser().urlWithString(text), NS::URL{text}) << text;
+  }
+  for (const char* text : {"", "relative/path", "/absolute/path", "://example.org", "1a://b",
+                           "https://[::1", "https://a/%zz"}) {
+    EXPECT_EQ(URLParser().urlWithString(text), std::nullopt) << text;
+  }
 }
 
 }  // namespace

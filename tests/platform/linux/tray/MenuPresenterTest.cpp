@@ -11,9 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/MainLoop.h"
+
 namespace audrel::linuxos {
 namespace {
 
+using namespace std::chrono_literals;
+using support::drainLoop;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -61,11 +65,6 @@ class MenuPresenterTest : public testing::Test {
 
   std::int32_t idOf(std::size_t index) { return presenter->tree().root().children.at(index).id; }
 
-  static void runLoop() {
-    while (g_main_context_iteration(nullptr, FALSE) == TRUE) {
-    }
-  }
-
   bool opens() { return presenter->opens(":1.1", MenuOpening::Notice::aboutToShow); }
 
   std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
@@ -77,7 +76,7 @@ TEST_F(MenuPresenterTest, actionsNeverRunInsideTheClick) {
   presenter->setMenu(menu({item("Start", "toggle:")}));
   EXPECT_TRUE(presenter->click(idOf(0)));
   EXPECT_THAT(recorder->calls, IsEmpty());
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
 }
 
@@ -86,7 +85,7 @@ TEST_F(MenuPresenterTest, clicksKeepTheirOrder) {
   for (const std::size_t index : {2U, 0U, 1U}) {
     presenter->click(idOf(index));
   }
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, ElementsAre("c:", "a:", "b:"));
 }
 
@@ -95,7 +94,7 @@ TEST_F(MenuPresenterTest, aClickThatWaitsGivesWayToAnEqualOne) {
   for (const std::size_t index : {0U, 1U, 0U, 0U}) {
     EXPECT_TRUE(presenter->click(idOf(index)));
   }
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, ElementsAre("b:", "a:"));
 }
 
@@ -108,7 +107,7 @@ TEST_F(MenuPresenterTest, ofAFloodOfClicksTheFirstSixteenArePerformed) {
   for (std::size_t index = 0; index < items.size(); ++index) {
     EXPECT_TRUE(presenter->click(idOf(index)));
   }
-  runLoop();
+  drainLoop();
   ASSERT_EQ(recorder->calls.size(), 16U);
   EXPECT_EQ(recorder->calls.back(), "a15:");
 }
@@ -121,7 +120,7 @@ TEST_F(MenuPresenterTest, whatIsChosenForTheUserIsPerformedAtOnce) {
   EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
   presenter->choose(NS::Selector("disabled:"));
   presenter->choose(NS::Selector("unknown:"));
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
 }
 
@@ -148,7 +147,7 @@ TEST_F(MenuPresenterTest, anActionMayDropEverythingThatCalledIt) {
   recorder->onPerform = [this] { presenter.reset(); };
   presenter->click(idOf(0));
   presenter->click(idOf(1));
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, ElementsAre("toggle:"));
 }
 
@@ -166,7 +165,7 @@ TEST_F(MenuPresenterTest, aTargetThatHasGoneGetsNoAction) {
   presenter->setMenu(menu({item("Start", "toggle:")}));
   presenter->click(idOf(0));
   recorder.reset();
-  runLoop();
+  drainLoop();
   EXPECT_FALSE(opens());
 }
 
@@ -205,7 +204,7 @@ TEST_F(MenuPresenterTest, aClickCountsOnlyWhileTheMenuMeansTheSame) {
     const std::int32_t id = idOf(0);
     presenter->setMenu(menu({each.now}));
     EXPECT_TRUE(presenter->click(id));
-    runLoop();
+    drainLoop();
     EXPECT_EQ(!recorder->calls.empty(), each.isPerformed) << each.now->title();
   }
 }
@@ -241,7 +240,7 @@ TEST_F(MenuPresenterTest, aTerminatingApplicationHonoursNothing) {
   presenter->click(idOf(0));
   application.terminate();
   presenter->click(idOf(0));
-  runLoop();
+  drainLoop();
   EXPECT_THAT(recorder->calls, IsEmpty());
 }
 
@@ -255,6 +254,33 @@ TEST(MenuTree, idsStartAgainAfterTheLargest) {
   EXPECT_EQ(tree.root().children[0].id, std::numeric_limits<std::int32_t>::max());
   EXPECT_EQ(tree.root().children[1].id, 1);
   EXPECT_EQ(nextId, 2);
+}
+
+using Notice = MenuOpening::Notice;
+
+TEST(MenuOpening, everyNoticeOfOneKindIsAnOpening) {
+  MenuOpening opening;
+  for (const Notice notice : {Notice::aboutToShow, Notice::opened}) {
+    EXPECT_TRUE(opening.begins(":1.1", notice, 10s));
+    EXPECT_TRUE(opening.begins(":1.1", notice, 10s));
+    opening = MenuOpening();
+  }
+}
+
+TEST(MenuOpening, theOtherNoticeBelongsToTheSameOpeningForASecond) {
+  MenuOpening opening;
+  EXPECT_TRUE(opening.begins(":1.1", Notice::aboutToShow, 10s));
+  EXPECT_FALSE(opening.begins(":1.1", Notice::opened, 10s + 999ms));
+  EXPECT_TRUE(opening.begins(":1.1", Notice::opened, 11s));
+  EXPECT_FALSE(opening.begins(":1.1", Notice::aboutToShow, 11s));
+  EXPECT_TRUE(opening.begins(":1.1", Notice::opened, 12s));
+  EXPECT_TRUE(opening.begins(":1.1", Notice::aboutToShow, 13s));
+}
+
+TEST(MenuOpening, panelsOpenForThemselves) {
+  MenuOpening opening;
+  EXPECT_TRUE(opening.begins(":1.1", Notice::aboutToShow, 10s));
+  EXPECT_TRUE(opening.begins(":1.2", Notice::opened, 10s));
 }
 
 }  // namespace

@@ -10,22 +10,14 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/linux/bus/SessionBus.h"
-#include "platform/linux/system/Log.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
 #include "platform/linux/tray/Pixmap.h"
-#include "platform/linux/tray/TrayAppKit.h"
+#include "tests/platform/linux/tray/TrayProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::linuxos {
 namespace {
-
-class NoWorkspace final : public NS::Workspace {
- public:
-  bool openURL(const NS::URL& /*url*/) override { return false; }
-  void activateFileViewerSelecting(const std::vector<std::filesystem::path>& /*files*/) override {}
-};
 
 class PictureTest : public testing::Test {
  protected:
@@ -38,31 +30,15 @@ class PictureTest : public testing::Test {
   /// What the program does for a coloured symbol.
   std::shared_ptr<NS::Image> tinted(const std::string& name,
                                     const std::shared_ptr<NS::Color>& color) {
-    const auto drawn = symbol(name, false);
-    auto image = appKit.makeImage(drawn->size());
-    const NS::Rect whole{0, 0, drawn->size()};
-    image->lockFocus();
-    color->set();
-    drawn->drawInRect(whole);
-    appKit.fillRect(whole, NS::CompositingOperation::sourceAtop);
-    image->unlockFocus();
-    return image;
+    return trayProgram->tinted(name, color);
   }
 
   static const Picture& pictureOf(const std::shared_ptr<NS::Image>& image) {
     return static_cast<const Image&>(*image).picture();
   }
 
-  Log log{os::LogLevel::error};
-  NoWorkspace workspace;
-  Application application;
-  SessionBus bus;
-  TrayAppKit appKit{{.application = application,
-                     .bus = bus,
-                     .workspace = workspace,
-                     .makeAlert = [] { return nullptr; },
-                     .icons = IconTheme(std::filesystem::path()),
-                     .log = log}};
+  const std::shared_ptr<traytest::TrayProgram> trayProgram = traytest::TrayProgram::start();
+  NS::AppKit& appKit = trayProgram->appKit();
 };
 
 /// A dot's alpha, red, green and blue.

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <memory>
 #include <string>
 
+#include "tests/fakes/ScopedVariable.h"
+#include "tests/platform/linux/tray/TrayProgram.h"
 #include "tests/platform/linux/tray/harness/Panel.h"
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
-#include "tests/platform/linux/tray/harness/TrayProgram.h"
 
 namespace audrel::traytest {
 
@@ -15,21 +17,8 @@ namespace audrel::traytest {
 class TrayTest : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(bus.isRunning());
     panel.startWatcher();
-    ASSERT_TRUE(program.waitFor("launched"));
     ASSERT_TRUE(panel.findItem());
-    ASSERT_TRUE(program.settle());
-    program.takeJournal();
-  }
-
-  /// A program that goes on has to end as it should: the sanitizers have their say there.
-  void TearDown() override {
-    if (program.isRunning()) {
-      kill(program.process().pid(), SIGTERM);
-      EXPECT_TRUE(program.waitFor("ended"));
-      EXPECT_EQ(program.process().waitForEnd(), 0);
-    }
   }
 
   int idOf(const std::string& label) {
@@ -45,8 +34,9 @@ class TrayTest : public testing::Test {
   Answer click(const std::string& label) { return sendEvent(idOf(label), "clicked"); }
 
   PrivateBus bus;
+  fakes::ScopedVariable address{"DBUS_SESSION_BUS_ADDRESS", bus.address().c_str()};
   Panel panel{bus.address()};
-  TrayProgram program{bus.address()};
+  std::shared_ptr<TrayProgram> program = TrayProgram::start();
 };
 
 }  // namespace audrel::traytest

@@ -6,12 +6,10 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "tests/platform/linux/tray/harness/Panel.h"
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
+#include "tests/support/KeptLog.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -21,43 +19,24 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class KeepingLogger final : public os::Logger {
- public:
-  void log(os::LogLevel /*level*/, std::string_view line) noexcept override {
-    lines.emplace_back(line);
-  }
-
-  std::vector<std::string> lines;
-};
-
 /// Of the registration, with a panel that answers in a fraction of it.
 constexpr std::chrono::milliseconds patience = 500ms;
 
 class WatcherRegistrationTest : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(bus.isRunning());
-    constexpr int flags = G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
-    connection.reset(g_dbus_connection_new_for_address_sync(
-        bus.address().c_str(), static_cast<GDBusConnectionFlags>(flags), nullptr, nullptr,
-        nullptr));
-    ASSERT_NE(connection, nullptr);
-  }
-
   void startRegistration() { registration.emplace(connection.get(), logger, patience); }
 
   traytest::PrivateBus bus;
   traytest::Panel panel{bus.address()};
-  ConnectionHandle connection;
-  std::shared_ptr<KeepingLogger> logger = std::make_shared<KeepingLogger>();
+  ConnectionHandle connection{traytest::connectTo(bus.address())};
+  std::shared_ptr<support::KeptLogger> logger = std::make_shared<support::KeptLogger>();
   std::optional<WatcherRegistration> registration;
 };
 
 TEST_F(WatcherRegistrationTest, tellsOnceOfADesktopWithoutAWatcher) {
   startRegistration();
   panel.runFor(3 * patience);
-  EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
+  EXPECT_THAT(logger->lines(), ElementsAre(HasSubstr("No panel of this desktop")));
 }
 
 TEST_F(WatcherRegistrationTest, tellsOfAWatcherWithoutAPanel) {
@@ -65,14 +44,14 @@ TEST_F(WatcherRegistrationTest, tellsOfAWatcherWithoutAPanel) {
   startRegistration();
   panel.runFor(2 * patience);
   EXPECT_THAT(panel.registrations(), testing::SizeIs(1));
-  EXPECT_THAT(logger->lines, ElementsAre(HasSubstr("No panel of this desktop")));
+  EXPECT_THAT(logger->lines(), ElementsAre(HasSubstr("No panel of this desktop")));
 }
 
 TEST_F(WatcherRegistrationTest, tellsNothingWhereThereIsAPanel) {
   panel.startWatcher();
   startRegistration();
   panel.runFor(2 * patience);
-  EXPECT_THAT(logger->lines, IsEmpty());
+  EXPECT_THAT(logger->lines(), IsEmpty());
 }
 
 TEST_F(WatcherRegistrationTest, waitsForAPanelThatComesLater) {
@@ -81,7 +60,7 @@ TEST_F(WatcherRegistrationTest, waitsForAPanelThatComesLater) {
   ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
   panel.addHost();
   panel.runFor(2 * patience);
-  EXPECT_THAT(logger->lines, IsEmpty());
+  EXPECT_THAT(logger->lines(), IsEmpty());
 }
 
 TEST_F(WatcherRegistrationTest, mayGoWhileAnAnswerIsOnItsWay) {
@@ -90,7 +69,7 @@ TEST_F(WatcherRegistrationTest, mayGoWhileAnAnswerIsOnItsWay) {
   ASSERT_TRUE(panel.runUntil([this] { return !panel.registrations().empty(); }));
   registration.reset();
   panel.runFor(2 * patience);
-  EXPECT_THAT(logger->lines, IsEmpty());
+  EXPECT_THAT(logger->lines(), IsEmpty());
 }
 
 }  // namespace

@@ -69,7 +69,6 @@ Session::Session(pwtest::ServerOptions options) : server(std::move(options)) {
 }
 
 void Session::SetUp() {
-  ASSERT_TRUE(bus.isRunning());
   ASSERT_TRUE(server.isRunning());
   ASSERT_TRUE(player.isReady());
   ASSERT_TRUE(player.open("music", 1));
@@ -187,10 +186,9 @@ fs::path Session::recording() const {
   return files.empty() ? fs::path() : files.front();
 }
 
-sessiontest::TestService Session::service(
-    const std::string& name, const std::string& path,
-    const std::vector<sessiontest::TestService::Answer>& answers) const {
-  return {bus.address(), name, path, answers};
+sessiontest::TestService Session::service(const std::string& name, const std::string& path,
+                                          const sessiontest::TestService::Answers& answers) const {
+  return {bus.address(), name, {path}, answers};
 }
 
 sessiontest::TestService Session::notifications() const {

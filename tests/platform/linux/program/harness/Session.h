@@ -83,9 +83,8 @@ class Session : public testing::Test {
   std::filesystem::path recording() const;
 
   /// A program of the desktop's.
-  sessiontest::TestService service(
-      const std::string& name, const std::string& path,
-      const std::vector<sessiontest::TestService::Answer>& answers) const;
+  sessiontest::TestService service(const std::string& name, const std::string& path,
+                                   const sessiontest::TestService::Answers& answers) const;
 
   /// The desktop's notifications.
   sessiontest::TestService notifications() const;

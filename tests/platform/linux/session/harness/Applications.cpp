@@ -4,14 +4,13 @@
 #include <fstream>
 #include <system_error>
 
-#include "tests/platform/linux/session/harness/TestService.h"
+#include "tests/support/MainLoop.h"
 
 namespace audrel::sessiontest {
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 
 /// Appends its arguments to a file, in one write.
 constexpr const char* script = "#!/bin/sh\nfile=$1\nshift\necho \"$*\" >>\"$file\"\n";
@@ -58,7 +57,7 @@ void Applications::install(const Application& application) const {
 }
 
 std::vector<std::string> Applications::takeStarted() {
-  runLoopUntil([this] { return !linesOf(log_).empty(); });
+  support::runLoopUntil([this] { return !linesOf(log_).empty(); });
   auto lines = linesOf(log_);
   std::error_code error;
   fs::remove(log_, error);

@@ -1,47 +1,60 @@
 #pragma once
 
+#include <gio/gio.h>
+
 #include <chrono>
-#include <functional>
-#include <memory>
+#include <deque>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
-
 namespace audrel::sessiontest {
 
-/// A program on a bus that tells how it is called, in a process of its own.
+/// A program on a bus that tells how it is called. Calls are answered on a thread of the bus
+/// library's, so that whoever calls may block this one.
 class TestService {
  public:
-  struct Answer {
-    std::string member;
+  /// By the member that is called, or by interface, "." and member: a tuple in GVariant's text
+  /// form, "!" and the name of an error,
+  /// "-" for no answer at all, or "fd" for a descriptor. Other members do not exist.
+  using Answers = std::map<std::string, std::string>;
 
-    /// A tuple in GVariant's text form, "!" and an error's name, "-" for none at all, or "fd".
-    std::string value;
-  };
+  /// Owns `name` on the bus, and has objects at those paths. Throws `std::runtime_error` when it
+  /// cannot.
+  TestService(const std::string& busAddress, const std::string& name,
+              const std::vector<std::string>& paths, Answers answers);
+  ~TestService();
+  TestService(const TestService&) = delete;
+  TestService& operator=(const TestService&) = delete;
 
-  /// Waits until it owns `name` on the bus.
-  TestService(const std::string& busAddress, const std::string& name, const std::string& path,
-              const std::vector<Answer>& answers);
-
-  /// The first thing that a test asserts.
-  bool isRunning() const { return isReady_; }
-
-  /// The next call, as "Member (arguments)", or "released"; nothing when none comes. The main
-  /// loop of this thread runs meanwhile.
+  /// The next call, as "Member (arguments)", or "released" once every copy of a descriptor is
+  /// closed; nothing when none comes. The main loop of this thread runs meanwhile.
   std::optional<std::string> nextCall(std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
   /// What it was called with and has not been asked for yet, within a moment.
   std::vector<std::string> furtherCalls();
 
- private:
-  std::unique_ptr<support::ChildProcess> program_;
-  bool isReady_ = false;
-};
+  /// `arguments` is consumed if floating; null for none.
+  void emitSignal(const std::string& path, const std::string& interface, const std::string& signal,
+                  GVariant* arguments);
 
-/// Runs this thread's main loop until `condition` holds; whether it does, in time.
-bool runLoopUntil(const std::function<bool()>& condition,
-                  std::chrono::milliseconds timeout = std::chrono::seconds(10));
+ private:
+  static GDBusMessage* onMessage(GDBusConnection* connection, GDBusMessage* message,
+                                 gboolean incoming, gpointer self);
+  std::string answerFor(GDBusMessage* call) const;
+  GDBusMessage* replyTo(GDBusMessage* call, const std::string& answer);
+  GDBusMessage* answerWithDescriptor(GDBusMessage* call);
+  std::optional<std::string> takeCall();
+
+  const std::vector<std::string> paths_;
+  const Answers answers_;
+  GDBusConnection* connection_;
+  guint filter_ = 0;
+  std::mutex mutex_;
+  std::deque<std::string> calls_;
+  std::vector<int> givenOut_;  ///< of descriptors, the ends that stayed
+};
 
 }  // namespace audrel::sessiontest

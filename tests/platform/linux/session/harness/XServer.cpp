@@ -3,6 +3,7 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 namespace audrel::sessiontest {
@@ -16,10 +17,11 @@ XServer::XServer()
                                         .environment = {},
                                         .showsErrors = false})) {
   const auto number = server_ == nullptr ? std::nullopt : server_->readLine(20s);
-  if (number) {
-    number_ = *number;
-    display_.emplace("DISPLAY", (":" + *number).c_str());
+  if (!number) {
+    throw std::runtime_error("There is no Xvfb, or it does not start");
   }
+  number_ = *number;
+  display_.emplace("DISPLAY", (":" + number_).c_str());
 }
 
 void XServer::crash() {

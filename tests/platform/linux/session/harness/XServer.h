@@ -14,10 +14,8 @@ namespace audrel::sessiontest {
 /// what the test has.
 class XServer {
  public:
+  /// Throws `std::runtime_error` when it does not start.
   XServer();
-
-  /// The first thing that a test asserts.
-  bool isRunning() const { return display_.has_value(); }
 
   /// Ends it without notice.
   void crash();

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <string_view>
-#include <thread>
 #include <utility>
+
+#include "tests/platform/linux/tray/harness/PrivateBus.h"
 
 namespace audrel::traytest {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
@@ -41,34 +40,31 @@ GVariant* parsed(const std::string& text) {
   return g_variant_new_parsed(text.c_str());
 }
 
+Variant part(const Variant& whole, gsize index) {
+  return Variant(g_variant_get_child_value(whole.get(), index));
+}
+
 std::map<std::string, std::string> textsOf(GVariant* dictionary) {
   std::map<std::string, std::string> result;
   GVariantIter entries;
   g_variant_iter_init(&entries, dictionary);
   const char* name = nullptr;
   GVariant* value = nullptr;
-  while (g_variant_iter_next(&entries, "{&sv}", &name, &value) == TRUE) {
+  while (g_variant_iter_loop(&entries, "{&sv}", &name, &value) == TRUE) {
     result[name] = textOf(value);
-    g_variant_unref(value);
   }
   return result;
 }
 
 /// `node` is an `(ia{sv}av)`.
-ItemInMenu itemOf(GVariant* node) {
+ItemInMenu itemOf(const Variant& node) {
   ItemInMenu item;
-  GVariant* properties = nullptr;
-  GVariant* children = nullptr;
-  g_variant_get(node, "(i@a{sv}@av)", &item.id, &properties, &children);
-  item.properties = textsOf(properties);
-  for (gsize i = 0; i < g_variant_n_children(children); ++i) {
-    GVariant* child = nullptr;
-    g_variant_get_child(children, i, "v", &child);
-    item.children.push_back(itemOf(child));
-    g_variant_unref(child);
+  g_variant_get_child(node.get(), 0, "i", &item.id);
+  item.properties = textsOf(part(node, 1).get());
+  const Variant children = part(node, 2);
+  for (gsize i = 0; i < g_variant_n_children(children.get()); ++i) {
+    item.children.push_back(itemOf(Variant(g_variant_get_variant(part(children, i).get()))));
   }
-  g_variant_unref(properties);
-  g_variant_unref(children);
   return item;
 }
 
@@ -100,38 +96,18 @@ std::optional<int> find(const ItemInMenu& item, const std::string& quotedLabel) 
   return std::nullopt;
 }
 
-constexpr GDBusConnectionFlags clientFlags = static_cast<GDBusConnectionFlags>(
-    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-
 }  // namespace
 
-struct Panel::Reply {
-  bool hasCome = false;
-  GVariant* value = nullptr;
-  std::string error;
-
-  ~Reply() {
-    if (value != nullptr) {
-      g_variant_unref(value);
-    }
-  }
-};
-
-Panel::Panel(const std::string& busAddress)
-    : connection_(g_dbus_connection_new_for_address_sync(busAddress.c_str(), clientFlags, nullptr,
-                                                         nullptr, nullptr)) {}
+Panel::Panel(const std::string& busAddress) : connection_(connectTo(busAddress)) {}
 
 Panel::~Panel() {
   stopWatcher();
   if (itemSignals_ != 0) {
     g_dbus_connection_signal_unsubscribe(connection_, itemSignals_);
   }
-  if (connection_ != nullptr) {
-    g_dbus_connection_close_sync(connection_, nullptr, nullptr);
-    g_object_unref(connection_);
-  }
-  while (g_main_context_iteration(nullptr, FALSE) == TRUE) {
-  }
+  g_dbus_connection_close_sync(connection_, nullptr, nullptr);
+  g_object_unref(connection_);
+  support::drainLoop();
 }
 
 void Panel::startWatcher(bool hasHost, int registrationErrors) {
@@ -174,49 +150,31 @@ bool Panel::findItem() {
   return true;
 }
 
-bool Panel::runUntil(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + 10s;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    if (g_main_context_iteration(nullptr, FALSE) == FALSE) {
-      std::this_thread::sleep_for(100us);
-    }
-  }
-  return true;
-}
-
-void Panel::runFor(std::chrono::milliseconds duration) {
-  const auto end = std::chrono::steady_clock::now() + duration;
-  runUntil([end] { return std::chrono::steady_clock::now() >= end; });
-}
-
-std::unique_ptr<Panel::Reply> Panel::request(const std::string& program, const std::string& path,
-                                             const std::string& interface,
-                                             const std::string& method,
-                                             const std::string& arguments) {
-  auto reply = std::make_unique<Reply>();
+Panel::Reply Panel::request(const std::string& program, const std::string& path,
+                            const std::string& interface, const std::string& method,
+                            const std::string& arguments) {
+  GAsyncResult* result = nullptr;
   g_dbus_connection_call(
       connection_, program.c_str(), path.c_str(), interface.c_str(), method.c_str(),
       parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, 10'000, nullptr,
-      [](GObject* source, GAsyncResult* result, gpointer data) {
-        auto* answered = static_cast<Reply*>(data);
-        GError* error = nullptr;
-        answered->value = g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source),
-                                                        result, &error);
-        if (error != nullptr) {
-          char* name = g_dbus_error_get_remote_error(error);
-          answered->error = name == nullptr ? error->message : name;
-          g_free(name);
-          g_error_free(error);
-        }
-        answered->hasCome = true;
+      [](GObject*, GAsyncResult* come, gpointer place) {
+        g_object_ref(come);
+        *static_cast<GAsyncResult**>(place) = come;
       },
-      reply.get());
+      &result);
   // The bus library answers a call for certain, at the latest when its time is up.
-  while (!reply->hasCome) {
+  while (result == nullptr) {
     g_main_context_iteration(nullptr, TRUE);
+  }
+  GError* error = nullptr;
+  Reply reply;
+  reply.value.reset(g_dbus_connection_call_finish(connection_, result, &error));
+  g_object_unref(result);
+  if (error != nullptr) {
+    char* name = g_dbus_error_get_remote_error(error);
+    reply.error = name == nullptr ? error->message : name;
+    g_free(name);
+    g_error_free(error);
   }
   return reply;
 }
@@ -230,7 +188,7 @@ Answer Panel::callTo(const std::string& program, const std::string& path,
                      const std::string& interface, const std::string& method,
                      const std::string& arguments) {
   const auto reply = request(program, path, interface, method, arguments);
-  return {reply->value == nullptr ? "" : textOf(reply->value), reply->error};
+  return {reply.value == nullptr ? "" : textOf(reply.value.get()), reply.error};
 }
 
 Answer Panel::callMenu(const std::string& method, const std::string& arguments) {
@@ -248,13 +206,8 @@ std::map<std::string, std::string> Panel::properties(const std::string& path,
                                                      const std::string& interface) {
   const auto reply =
       request(item_, path, "org.freedesktop.DBus.Properties", "GetAll", "('" + interface + "',)");
-  if (reply->value == nullptr) {
-    return {};
-  }
-  GVariant* dictionary = g_variant_get_child_value(reply->value, 0);
-  auto result = textsOf(dictionary);
-  g_variant_unref(dictionary);
-  return result;
+  return reply.value == nullptr ? std::map<std::string, std::string>()
+                                : textsOf(part(reply.value, 0).get());
 }
 
 std::optional<std::string> Panel::itemProperty(const std::string& name) {
@@ -266,13 +219,7 @@ std::optional<std::string> Panel::itemProperty(const std::string& name) {
 ItemInMenu Panel::layout() {
   const auto reply =
       request(item_, "/MenuBar", "com.canonical.dbusmenu", "GetLayout", "(0, -1, @as [])");
-  if (reply->value == nullptr) {
-    return {};
-  }
-  GVariant* root = g_variant_get_child_value(reply->value, 1);
-  ItemInMenu result = itemOf(root);
-  g_variant_unref(root);
-  return result;
+  return reply.value == nullptr ? ItemInMenu() : itemOf(part(reply.value, 1));
 }
 
 std::string Panel::menuText() {
@@ -286,7 +233,8 @@ std::optional<int> Panel::idOf(const std::string& label) {
 }
 
 std::vector<std::string> Panel::takeSignals() {
-  // What was sent before an answer is here once the answer is.
+  // What a program of this process has still to send, then what was sent before an answer.
+  support::drainLoop();
   call("/", "org.freedesktop.DBus.Peer", "Ping", "");
   return std::exchange(signals_, {});
 }

@@ -10,7 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/MainLoop.h"
+
 namespace audrel::traytest {
+
+struct VariantRelease {
+  void operator()(GVariant* value) const { g_variant_unref(value); }
+};
+using Variant = std::unique_ptr<GVariant, VariantRelease>;
 
 /// What a bus call came back with.
 struct Answer {
@@ -51,8 +58,8 @@ class Panel {
   bool findItem();
 
   /// Runs the panel until `condition` holds. False when it does not in ten seconds.
-  bool runUntil(const std::function<bool()>& condition);
-  void runFor(std::chrono::milliseconds duration);
+  bool runUntil(const std::function<bool()>& condition) { return support::runLoopUntil(condition); }
+  void runFor(std::chrono::milliseconds duration) { support::runLoopFor(duration); }
 
   /// The item's unique name.
   const std::string& item() const { return item_; }
@@ -91,10 +98,12 @@ class Panel {
   std::vector<std::string> takeSignals();
 
  private:
-  struct Reply;
-  std::unique_ptr<Reply> request(const std::string& program, const std::string& path,
-                                 const std::string& interface, const std::string& method,
-                                 const std::string& arguments);
+  struct Reply {
+    Variant value;
+    std::string error;
+  };
+  Reply request(const std::string& program, const std::string& path, const std::string& interface,
+                const std::string& method, const std::string& arguments);
   void registerItem(GDBusMethodInvocation* invocation, const std::string& name);
   void emitFromWatcher(const char* signal, const std::string& argument);
 

@@ -3,15 +3,23 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <stdexcept>
 #include <system_error>
 
 namespace audrel::traytest {
 
-namespace {
-
 using namespace std::chrono_literals;
 
-}  // namespace
+GDBusConnection* connectTo(const std::string& busAddress) {
+  constexpr int flags = G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+  GDBusConnection* connection = g_dbus_connection_new_for_address_sync(
+      busAddress.c_str(), static_cast<GDBusConnectionFlags>(flags), nullptr, nullptr, nullptr);
+  if (connection == nullptr) {
+    throw std::runtime_error("Nobody answers at " + busAddress);
+  }
+  return connection;
+}
 
 PrivateBus::PrivateBus(const std::filesystem::path& services) {
   const std::string serviceFolder =
@@ -27,7 +35,6 @@ PrivateBus::PrivateBus(const std::filesystem::path& services) {
 void PrivateBus::crash() {
   daemon_->end(SIGKILL);
   daemon_.reset();
-  isListening_ = false;
   std::error_code error;
   std::filesystem::remove(socket(), error);
 }
@@ -39,7 +46,9 @@ void PrivateBus::restart() {
        .environment = {},
        .showsErrors = false});
   // It tells its address once it listens.
-  isListening_ = daemon_ != nullptr && daemon_->readLine(10s).has_value();
+  if (daemon_ == nullptr || !daemon_->readLine(10s)) {
+    throw std::runtime_error("There is no dbus-daemon, or it does not start");
+  }
 }
 
 }  // namespace audrel::traytest

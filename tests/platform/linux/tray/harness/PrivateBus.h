@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gio/gio.h>
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -9,14 +11,15 @@
 
 namespace audrel::traytest {
 
-/// A session bus of the test's own. Made and used on the main thread.
+/// A connection of its own to the bus at that address. Throws `std::runtime_error` without one.
+GDBusConnection* connectTo(const std::string& busAddress);
+
+/// A session bus of the test's own. Made and used on the main thread. Throws `std::runtime_error`
+/// when no bus can be started.
 class PrivateBus {
  public:
   /// A bus that starts no services, or those of a folder.
   explicit PrivateBus(const std::filesystem::path& services = {});
-
-  /// Whether the bus listens; the first thing that a test asserts.
-  bool isRunning() const { return isListening_; }
 
   std::string address() const { return "unix:path=" + socket().string(); }
 
@@ -31,7 +34,6 @@ class PrivateBus {
 
   support::TemporaryFolder folder_;
   std::unique_ptr<support::ChildProcess> daemon_;
-  bool isListening_ = false;
 };
 
 }  // namespace audrel::traytest
