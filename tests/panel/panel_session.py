@@ -105,9 +105,9 @@ class PanelSession:
         names = re.findall(r"'(:[\d.]+)[@/']", answer)
         return names[0] if len(names) == 1 else None
 
-    def item_property(self, name, item=None):
-        """A property, as text, of the only item or of the one with that bus name."""
-        return self.call(item or self.item(), "/StatusNotifierItem",
+    def item_property(self, name):
+        """A property, as text, of the only item."""
+        return self.call(self.item(), "/StatusNotifierItem",
                          "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierItem", name)
 
     def menu_layout(self):
@@ -136,19 +136,14 @@ class PanelSession:
         self.wait_until((runtime / "bus").exists, "the session bus")
         self._choice.configure(self)
         for command in self._choice.commands:
-            self._panel = self.start(*command, stderr=subprocess.DEVNULL)
+            self.start(*command, stderr=subprocess.DEVNULL)
         self.wait_until(self._has_host, "the panel")
 
-    def kill_display(self):
-        """With the display goes the panel."""
-        self._display.kill()
-        self._panel.wait()
-
     def _start_display(self):
-        self._display = self.start("Xvfb", "-displayfd", "1", "-screen", "0",
-                                   f"{self.width}x{self.height}x24", "-nolisten", "tcp",
-                                   "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        with self._display.stdout as answer:
+        display = self.start("Xvfb", "-displayfd", "1", "-screen", "0",
+                             f"{self.width}x{self.height}x24", "-nolisten", "tcp", "-noreset",
+                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        with display.stdout as answer:
             number = answer.readline().decode().strip()
         if not number:
             raise RuntimeError("The display did not start.")
