@@ -54,6 +54,12 @@ bool GraphClock::isSilenced(const GraphCycle& cycle) const {
   return isTorn || (last_ == Last::silence && cycle.nsec >= silentSince_);
 }
 
+/// What is resampled may come in several pieces a cycle, and is never taken for repeated.
+bool GraphClock::isRepeated(const GraphCycle& cycle) const {
+  return cycle.rate == rate_ && last_ == Last::cycle && cycle.clockId == cycle_.clockId &&
+         cycle.position == cycle_.position && cycle.nsec == cycle_.nsec;
+}
+
 bool GraphClock::isOfSameDriver(const GraphCycle& cycle) const {
   return cycle.clockId == cycle_.clockId && cycle.rate == cycle_.rate && cycle.rate > 0 &&
          cycle.position > cycle_.position;
@@ -99,6 +105,9 @@ std::uint64_t GraphClock::missedBefore(const GraphCycle& cycle) {
 GraphClock::Step GraphClock::advance(const GraphCycle& cycle) {
   if (isSilenced(cycle)) {
     return {.takesCycle = false};
+  }
+  if (isRepeated(cycle)) {
+    return {.takesCycle = false, .isRepeated = true};
   }
   const std::uint64_t played = last_ == Last::cycle ? framesIn(cycle.unheard) : 0;
   const std::uint64_t missing = missedBefore(cycle);

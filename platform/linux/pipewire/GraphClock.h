@@ -40,6 +40,7 @@ class GraphClock {
     std::uint64_t missing = 0;  ///< frames before it, at the recording's rate
     std::uint64_t unheard = 0;  ///< frames besides that were played, but no time has gone by for
     bool takesCycle = true;     ///< whether its own frames come next
+    bool isRepeated = false;    ///< whether it is the last one again
   };
 
   /// `rate` of the recording, in frames per second.
@@ -49,7 +50,8 @@ class GraphClock {
   void start(std::uint64_t nsec);
 
   /// Time goes to the cycle's end. A cycle is left out that began when not everything was linked,
-  /// or in a silence that already stands for it, or before which more is missing than a step.
+  /// or in a silence that already stands for it, or before which more is missing than a step, or
+  /// that came before.
   Step advance(const GraphCycle& cycle);
 
   /// The frames of silence from where time is to `nsec`, none if that is past, a step at most. Time
@@ -64,6 +66,7 @@ class GraphClock {
   std::uint64_t framesIn(std::uint64_t nanoseconds) const;
   std::uint64_t framesTo(std::uint64_t nsec) const;
   bool isSilenced(const GraphCycle& cycle) const;
+  bool isRepeated(const GraphCycle& cycle) const;
   bool isOfSameDriver(const GraphCycle& cycle) const;
   std::uint64_t missedBySameDriver(const GraphCycle& cycle);
   std::uint64_t missedByAnotherDriver(const GraphCycle& cycle) const;

@@ -51,24 +51,61 @@ void Timeline::feedCycle(const GraphCycle& cycle, const TapAudio& audio) noexcep
     return;
   }
   const auto step = clock_.advance(cycle);
-  lostFrames_.fetch_add(step.unheard, std::memory_order_relaxed);
-  deliverSilence(step.missing);
-  if (step.takesCycle) {
-    deliverAudio(audio);
+  if (step.isRepeated) {
+    takeAgain(audio);
+  } else {
+    take(step, audio);
   }
   leave();
+}
+
+void Timeline::take(const GraphClock::Step& step, const TapAudio& audio) noexcept {
+  deliverKept();
+  lostFrames_.fetch_add(step.unheard, std::memory_order_relaxed);
+  deliverSilence(step.missing);
+  if (!step.takesCycle) {
+    return;
+  }
+  if (step.missing > 0 && audio.frames <= audioBlock) {
+    keep(audio);
+  } else {
+    deliverAudio(audio);
+  }
+}
+
+/// Where the first reading is delivered already, it may have been torn.
+void Timeline::takeAgain(const TapAudio& audio) noexcept {
+  if (keptFrames_ > 0) {
+    keep(audio);
+  } else {
+    lostFrames_.fetch_add(audio.frames, std::memory_order_relaxed);
+  }
+}
+
+void Timeline::keep(const TapAudio& audio) noexcept {
+  keptFrames_ = std::min(audio.frames, audioBlock);
+  readStereo(audio, 0, keptFrames_, stereo_.data());
+}
+
+void Timeline::deliverKept() noexcept {
+  if (keptFrames_ > 0) {
+    deliver(stereo_.data(), keptFrames_);
+    keptFrames_ = 0;
+  }
 }
 
 void Timeline::feedSilenceUntil(std::uint64_t nsec) noexcept {
   if (!enter(Feeder::silence)) {
     return;
   }
+  deliverKept();
   deliverSilence(clock_.advanceTo(nsec));
   leave();
 }
 
 void Timeline::finish(std::uint64_t nsec) {
   feedFrom(Feeder::nobody);
+  deliverKept();
   deliverSilence(clock_.finish(nsec));
 }
 

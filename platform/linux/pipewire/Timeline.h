@@ -14,6 +14,10 @@ namespace audrel::linuxos {
 /// Calls an IO procedure so that time goes on without a break: with the audio of the capture
 /// stream while there is one, with silence where a cycle was missed or the server is away.
 ///
+/// PipeWire 0.3 wakes a stream that is late for a cycle when the next one has begun and is not all
+/// written, and again when it is. So the cycle after a missed one is kept back until another comes,
+/// and what comes for it again takes its place.
+///
 /// One feeder at a time may call in: the capture stream on its data thread, or the silence on the
 /// connection's thread. The procedure gets interleaved stereo, 32-bit float.
 class Timeline {
@@ -60,6 +64,10 @@ class Timeline {
  private:
   bool enter(Feeder feeder) noexcept;
   void leave() noexcept;
+  void take(const GraphClock::Step& step, const TapAudio& audio) noexcept;
+  void takeAgain(const TapAudio& audio) noexcept;
+  void keep(const TapAudio& audio) noexcept;
+  void deliverKept() noexcept;
   void deliverAudio(const TapAudio& audio) noexcept;
   void deliver(const float* stereo, std::uint32_t frames) noexcept;
   void deliverSilence(std::uint64_t frames) noexcept;
@@ -69,6 +77,7 @@ class Timeline {
   void* const clientData_;
   GraphClock clock_;
   std::vector<float> stereo_;
+  std::uint32_t keptFrames_ = 0;  ///< in `stereo_`, not yet delivered
   double sampleTime_ = 0;
   std::atomic<std::uint64_t> lostFrames_ = 0;
   std::atomic<Feeder> feeder_ = Feeder::nobody;

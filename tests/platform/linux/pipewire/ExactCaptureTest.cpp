@@ -5,13 +5,13 @@
 #include <gtest/gtest.h>
 #include <pipewire/pipewire.h>
 
-#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/Player.h"
@@ -265,31 +265,45 @@ TEST_F(ExactCapture, aQuantumThatIsForcedLosesNothingThatIsNotCounted) {
   }
 }
 
-TEST(PacedCapture, cyclesThatARecorderIsTooSlowForAreSilentAndReported) {
-  TestServer server({.timesRealTime = 20});
-  ASSERT_TRUE(server.isRunning());
-  Player player(server.socketPath());
+TEST_F(ExactCapture, aCycleThatARecorderIsTooLateForIsSilentAndReported) {
+  const auto beginAndPlay = [this] {
+    const std::uint64_t before = player.report("music").playedFrames;
+    return server.begin() && waitFor([&] { return player.report("music").playedFrames > before; });
+  };
   ASSERT_TRUE(player.open("music", 1));
-  Recorder recorder(server.socketPath());
-  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(player.pid())), 0);
-  ASSERT_TRUE(recorder.waitForMore(240'000));
-  recorder.stall(std::chrono::milliseconds(1000));
-  ASSERT_TRUE(recorder.waitForMore(240'000));
+  startProcess();
+  ASSERT_TRUE(server.step(20, heard({"music"})));
+  recorder.hold();
+  ASSERT_TRUE(beginAndPlay());
+  ASSERT_TRUE(waitFor([&] { return recorder.isHeldUp(); }));
+  ASSERT_TRUE(beginAndPlay());
+  // 0.3 wakes the recorder for this one when the next has begun, which the player has not played.
+  player.hang();
+  ASSERT_TRUE(server.begin());
+  std::uint64_t reads = server.time()->reads();
+  const auto isHeard = [&] { return server.time()->reads() > reads; };
+  recorder.letGo();
+  ASSERT_TRUE(recorder.samples().waitForFrames(21 * 1024));
+  if (std::string_view(pw_get_library_version()).starts_with("0.")) {
+    waitFor(isHeard);
+  }
+  reads = server.time()->reads();
+  player.goOn();
+  ASSERT_TRUE(waitFor(isHeard));
+  for (const std::size_t count : {24U, 25U, 26U}) {
+    ASSERT_TRUE(beginAndPlay());
+    ASSERT_TRUE(waitFor([&] { return recorder.samples().frames() == count * 1024; }))
+        << describe(segmentsOf(recorder.samples().audio()));
+  }
   ASSERT_EQ(recorder.stop(), 0);
 
-  const std::uint64_t lostFrames = recorder.lostFrames();
-  EXPECT_GE(lostFrames, 1024U);
-  EXPECT_EQ(lostFrames % 1024, 0U);
-  EXPECT_LE(lostFrames, 10U * 1024);
-  Audio audio = recorder.samples().audio();
-  removeHalfLinkedStarts(audio);
-  std::string problem;
-  const auto track = onlyTrack(audio, player.report("music").stretches, &problem);
-  ASSERT_TRUE(track) << problem;
-  EXPECT_TRUE(isExactButFor(*track, lostFrames)) << problem;
-  EXPECT_THAT(recorder.log().lines(),
-              testing::Contains(testing::StartsWith("error: Frames lost by the audio server — " +
-                                                    std::to_string(lostFrames) + ";")));
+  EXPECT_EQ(segmentsOf(recorder.samples().audio()),
+            (std::vector{stampedSegment(0, 21 * 1024, {1, 0}), silentSegment(21 * 1024, 1024),
+                         stampedSegment(22 * 1024, 4 * 1024, {1, 22 * 1024})}));
+  EXPECT_EQ(recorder.lostFrames(), 1024U);
+  EXPECT_THAT(
+      recorder.log().lines(),
+      testing::Contains(testing::StartsWith("error: Frames lost by the audio server — 1024;")));
 }
 
 }  // namespace

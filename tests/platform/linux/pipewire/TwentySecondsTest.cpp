@@ -46,8 +46,8 @@ TEST_F(RealTime, twentySecondsAreExactOrEveryGapWasReported) {
   }
   const auto delivery = deliveryOf(audio, &problem);
   ASSERT_TRUE(delivery) << problem;
-  // A cycle that somebody was too late for may tear the one after it: its buffer is written again
-  // while it is read, which no client can see.
+  // Who is late for several cycles in a row may read one whose buffer is being written again, which
+  // no client can see.
   EXPECT_LE(delivery->torn, recorder.lostFrames()) << problem;
   EXPECT_LE(delivery->missing, recorder.lostFrames() + delivery->torn) << problem;
   EXPECT_GE(delivery->begin + delivery->silent, recorder.lostFrames()) << problem;

@@ -104,7 +104,6 @@ int Driver::sendCommand(const spa_command* command) {
   return 0;
 }
 
-/// The graph has set how long this cycle is to be, and how long the last one was.
 std::int64_t Driver::stampCycle(std::int64_t nsec) {
   spa_io_clock* clock = clock_;
   if (!isRunning_ || clock == nullptr) {
@@ -113,10 +112,16 @@ std::int64_t Driver::stampCycle(std::int64_t nsec) {
   takeTarget(*clock);
   clock->nsec = static_cast<std::uint64_t>(nsec);
   clock->next_nsec = clock->nsec;
-  // The server may have written another duration since the last cycle.
-  clock->position += std::exchange(lastDuration_, clock->duration);
+  clock->position += lastDuration_;
   clock->rate_diff = 1;
   return static_cast<std::int64_t>(clock->duration * second / std::max(clock->rate.denom, 1U));
+}
+
+void Driver::startCycle() {
+  spa_node_call_ready(&callbacks_, SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA);
+  // 0.3 has set just now how long this cycle is, and the server may write another duration before
+  // the next.
+  lastDuration_ = clock_.load()->duration;
 }
 
 }  // namespace audrel::pwtest

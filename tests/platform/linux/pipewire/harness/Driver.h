@@ -34,9 +34,7 @@ class Driver {
   /// long it is; 0 when there can be none. On the data thread, as the next.
   std::int64_t stampCycle(std::int64_t nsec);
 
-  void startCycle() {
-    spa_node_call_ready(&callbacks_, SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA);
-  }
+  void startCycle();
 
  private:
   int addListener(spa_hook* listener, const spa_node_events* events, void* data);

@@ -1,5 +1,7 @@
 #include "tests/platform/linux/pipewire/harness/Player.h"
 
+#include <sys/wait.h>
+
 #include <chrono>
 #include <sstream>
 #include <thread>
@@ -61,6 +63,11 @@ bool Player::waitForMore(const std::string& name, std::uint64_t frames) {
     std::this_thread::sleep_for(2ms);
   }
   return true;
+}
+
+void Player::hang() {
+  kill(pid(), SIGSTOP);
+  waitpid(pid(), nullptr, WUNTRACED);
 }
 
 }  // namespace audrel::pwtest

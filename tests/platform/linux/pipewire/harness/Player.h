@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,6 +43,10 @@ class Player {
 
   /// Waits until the stream has played `frames` more than it has when called.
   bool waitForMore(const std::string& name, std::uint64_t frames);
+
+  /// Stops the process where it is. On return no thread of it runs.
+  void hang();
+  void goOn() { kill(pid(), SIGCONT); }
 
   /// Ends the process.
   void end(int signal) { process_->end(signal); }

@@ -177,7 +177,11 @@ CA::OSStatus Recorder::destroyDevice() {
 }
 
 void Recorder::take(const CA::AudioBufferList& input) noexcept {
-  std::this_thread::sleep_for(stall_.exchange(std::chrono::milliseconds(0)));
+  while (isToHold_) {
+    isHeldUp_ = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  isHeldUp_ = false;
   const CA::AudioBuffer& buffer = input.mBuffers[0];
   if (input.mNumberBuffers != 1 || buffer.mNumberChannels != 2) {
     samples_.fail();

@@ -96,8 +96,10 @@ class Recorder {
   const SampleStore& samples() const { return samples_; }
   bool waitForMore(std::size_t frames) const { return samples_.waitForMore(frames); }
 
-  /// Holds up the next cycle for so long.
-  void stall(std::chrono::milliseconds duration) { stall_ = duration; }
+  /// Holds up the next cycle until it is let go.
+  void hold() { isToHold_ = true; }
+  bool isHeldUp() const { return isHeldUp_; }
+  void letGo() { isToHold_ = false; }
 
   double rate() const { return format_.mSampleRate; }
   std::uint64_t lostFrames() { return layer_->hardware.lostFrames(); }
@@ -123,7 +125,8 @@ class Recorder {
   CA::AudioObjectID device_ = 0;
   CA::AudioDeviceIOProcID procedure_ = nullptr;
   SampleStore samples_;
-  std::atomic<std::chrono::milliseconds> stall_ = std::chrono::milliseconds(0);
+  std::atomic<bool> isToHold_ = false;
+  std::atomic<bool> isHeldUp_ = false;
 };
 
 }  // namespace audrel::pwtest

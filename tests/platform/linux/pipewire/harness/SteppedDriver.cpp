@@ -52,7 +52,7 @@ SteppedDriver::SteppedDriver(pw_main_loop* loop, pw_context* context, const std:
           pw_main_loop_get_loop(loop), STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false,
           [](void* self, int, std::uint32_t) { static_cast<SteppedDriver*>(self)->readCommand(); },
           this)),
-      driver_(context, group, {.started = [] {}, .finished = [this] { answer(cycleLength_); }}) {}
+      driver_(context, group, {.started = [] {}, .finished = [this] { cycleFinished(); }}) {}
 
 SteppedDriver::~SteppedDriver() {
   pw_loop_destroy_source(pw_main_loop_get_loop(loop_), input_);
@@ -71,6 +71,7 @@ void SteppedDriver::readCommand() {
     roundsToGo_ = roundsToSettle;
     settle();
   } else {
+    isAwaited_ = command == "cycle";
     spa_loop_invoke(
         driver_.dataLoop(),
         [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* self) {
@@ -118,7 +119,19 @@ void SteppedDriver::answered(const Ping& ping) {
 void SteppedDriver::startCycle() {
   cycleLength_ = driver_.stampCycle(cycleStart_);
   if (cycleLength_ > 0) {
+    isStarting_ = true;
     driver_.startCycle();
+    isStarting_ = false;
+    if (!isAwaited_) {
+      answer(cycleLength_);
+    }
+  }
+}
+
+/// Also called, at once, when a cycle is started before the last one has finished.
+void SteppedDriver::cycleFinished() const {
+  if (isAwaited_ && !isStarting_) {
+    answer(cycleLength_);
   }
 }
 

@@ -14,6 +14,7 @@ namespace audrel::pwtest {
 ///               with "runs", or "pauses" when the graph does not run
 ///   cycle NSEC  makes one cycle, which begins at that time of the monotonic clock; is answered
 ///               when everyone has finished it, with how many nanoseconds long it is
+///   begin NSEC  the same, but is answered at once, for whoever is late to be late
 class SteppedDriver {
  public:
   /// Leads the nodes of `group`. The loop ends when standard input does.
@@ -30,6 +31,7 @@ class SteppedDriver {
   void pingAll();
   void answered(const Ping& ping);
   void startCycle();
+  void cycleFinished() const;
 
   static const pw_resource_events resourceEvents;
 
@@ -40,7 +42,9 @@ class SteppedDriver {
   std::list<Ping> pings_;  ///< not yet answered
   int roundsToGo_ = 0;
   std::int64_t cycleStart_ = 0;
-  std::int64_t cycleLength_ = 0;  ///< on the data thread
+  bool isAwaited_ = false;
+  bool isStarting_ = false;  ///< this and what follows: on the data thread
+  std::int64_t cycleLength_ = 0;
 };
 
 }  // namespace audrel::pwtest

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/pipewire/CaptureTime.h"
 #include "tests/platform/linux/pipewire/harness/HeldTime.h"
 #include "tests/platform/linux/pipewire/harness/SessionManager.h"
 #include "tests/support/ChildProcess.h"
@@ -60,11 +59,14 @@ class TestServer {
   /// exactly these links carry audio and every client knows it.
   testing::AssertionResult step(int cycles, const Links& links);
 
+  /// Begins a cycle and waits for nobody, as a sound card's does. Whether it could.
+  bool begin() { return makeCycle("begin"); }
+
   /// Lets time pass in which the graph stands still.
   void pass(std::chrono::nanoseconds duration) { time_->pass(duration); }
 
   /// What its recorders go by, if it is stepped.
-  std::shared_ptr<linuxos::CaptureTime> time() const { return time_; }
+  std::shared_ptr<HeldTime> time() const { return time_; }
 
   std::string socketPath() const { return (folder_.path() / "pipewire-0").string(); }
   SessionManager& session() { return *session_; }
@@ -82,6 +84,7 @@ class TestServer {
  private:
   std::string configuration() const;
   std::string ask(const std::string& command);
+  bool makeCycle(const std::string& command);
   bool launch();
 
   ServerOptions options_;

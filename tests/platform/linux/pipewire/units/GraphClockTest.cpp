@@ -46,6 +46,21 @@ TEST(GraphClock, missedFramesAreCountedAtTheRateOfTheRecording) {
   EXPECT_EQ(clock.advance(cycle(2)).missing, 2U * 1024);
 }
 
+TEST(GraphClock, aCycleThatComesAgainIsToldUnlessItMayBeTheRestOfAResampledOne) {
+  GraphClock clock(48000);
+  clock.start(0);
+  EXPECT_FALSE(clock.advance(cycle(0)).isRepeated);
+  const auto again = clock.advance(cycle(0));
+  EXPECT_TRUE(again.isRepeated);
+  EXPECT_FALSE(again.takesCycle);
+  EXPECT_FALSE(clock.advance(cycle(1)).isRepeated);
+  GraphClock resampling(96000);
+  resampling.start(0);
+  resampling.advance(cycle(0));
+  const auto rest = resampling.advance(cycle(0));
+  EXPECT_TRUE(rest.takesCycle && !rest.isRepeated && rest.missing == 0);
+}
+
 TEST(GraphClock, aQuantumThatChangesMissesNothing) {
   GraphClock clock(48000);
   clock.start(0);

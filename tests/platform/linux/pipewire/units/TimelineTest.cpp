@@ -130,9 +130,51 @@ TEST_F(TimelineTest, putsSilenceOfTheSameLengthWhereCyclesWereMissed) {
   timeline.feedFrom(Timeline::Feeder::stream);
   feed(0, 1);
   feed(10, 2);
-  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2}));
-  EXPECT_EQ(received.sampleTimes, (std::vector<double>{0, 4, 10}));
+  feed(14, 3);
+  EXPECT_EQ(received.left,
+            (std::vector<float>{1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2, 3, 3, 3, 3}));
+  EXPECT_EQ(received.sampleTimes, (std::vector<double>{0, 4, 10, 14}));
   EXPECT_EQ(timeline.lostFrames(), 6U);
+}
+
+TEST_F(TimelineTest, takesWhatComesForACycleAgainForWhatWasReadTooEarlyAfterAMissedOne) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(8, 2);
+  feed(8, 3);
+  feed(12, 4);
+  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 0, 0, 0, 0, 3, 3, 3, 3, 4, 4, 4, 4}));
+  EXPECT_EQ(timeline.lostFrames(), 4U);
+}
+
+TEST_F(TimelineTest, takesNoCycleTwiceAndCountsWhatMayHaveBeenReadTooEarly) {
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(4, 2);
+  feed(4, 3);
+  feed(8, 4);
+  EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 2, 2, 2, 2, 4, 4, 4, 4}));
+  EXPECT_EQ(timeline.lostFrames(), 4U);
+}
+
+TEST_F(TimelineTest, keepsTheCycleAfterAMissedOneWhenNoOtherComes) {
+  const std::vector<float> expected = {1, 1, 1, 1, 0, 0, 0, 0, 2, 2, 2, 2};
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(8, 2);
+  timeline.feedFrom(Timeline::Feeder::silence);
+  timeline.feedSilenceUntil(12 * second / 48000);
+  EXPECT_EQ(received.left, expected);
+  received.left.clear();
+  timeline.start(0);
+  timeline.feedFrom(Timeline::Feeder::stream);
+  feed(0, 1);
+  feed(8, 2);
+  timeline.finish(12 * second / 48000);
+  EXPECT_EQ(received.left, expected);
 }
 
 TEST_F(TimelineTest, silenceIsCountedAsLostAndGoesOnWhereTheStreamEnded) {
