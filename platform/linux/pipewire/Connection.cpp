@@ -247,6 +247,8 @@ bool Connection::connect() {
   pw_core_add_listener(core_, coreHook_.get(), &coreEvents, this);
   mirror_ = std::make_unique<GraphMirror>(core_, [this] { noteChange(); });
   mirror_->followDetails(detailUsers_ > 0);
+  // Its answer says that the server has let this program in, whoever has it connect.
+  pw_core_sync(core_, PW_ID_CORE, 0);
   updateRetryTimer();
   return true;
 }

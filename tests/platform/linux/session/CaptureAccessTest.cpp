@@ -221,6 +221,25 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereNothingIsKnownAboutTheServer) {
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
 }
 
+TEST_F(LinuxCaptureAccess, isGrantedWhereAServerThatWasFoundAgainHangs) {
+  startServer("", linkFactory);
+  {
+    const LoopLock lock(connection_.loop());
+    connection_.retainConnection();
+    ASSERT_TRUE(connection_.ensureConnected());
+  }
+  server->end(SIGKILL);
+  std::filesystem::remove(socket());
+  startServer("", linkFactory);
+  ASSERT_TRUE(support::waitFor([this] {
+    const LoopLock lock(connection_.loop());
+    return connection_.graph().linkFactoryId != unknownGlobal;
+  })) << "looked for by the connection alone";
+  kill(server->pid(), SIGSTOP);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_THAT(log.logger->lines, IsEmpty());
+}
+
 TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerDiesAfterItsGreeting) {
   startServer(restriction(), linkFactory);
   auto granted =
