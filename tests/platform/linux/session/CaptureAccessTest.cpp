@@ -105,6 +105,9 @@ class Manager {
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
 
+  /// Waits until the server has done what it was told. Not on the manager's own thread.
+  void roundTrip() { client_.roundTrip(); }
+
   void reject(std::uint32_t program) {
     withProgram(program,
                 [](pw_client* proxy) { pw_client_error(proxy, PW_ID_CORE, -EACCES, "rejected"); });
@@ -235,9 +238,20 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereAServerThatWasFoundAgainHangs) {
     const LoopLock lock(connection_.loop());
     return connection_.graph().linkFactoryId != unknownGlobal;
   })) << "looked for by the connection alone";
+  pwtest::Client(socket()).roundTrip();  // by then the connection has its answers too
   kill(server->pid(), SIGSTOP);
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
   EXPECT_THAT(log.logger->lines, IsEmpty());
+}
+
+TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerThatFollowsAnotherHangs) {
+  startServer("", linkFactory);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  server->end(SIGKILL);
+  std::filesystem::remove(socket());
+  startServer("", linkFactory);
+  kill(server->pid(), SIGSTOP);
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
 }
 
 TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerDiesAfterItsGreeting) {
@@ -327,6 +341,27 @@ TEST_F(LinuxCaptureAccess, isRefusedOnceThePermissionToLinkIsTakenBack) {
   EXPECT_THAT(log.lines(),
               ElementsAre("error: The audio server refuses to be captured — it does not let this "
                           "program link to streams"));
+}
+
+TEST_F(LinuxCaptureAccess, staysGrantedWhenASingleCallIsDenied) {
+  startServer("", linkFactory);
+  std::atomic<std::uint32_t> lastProgram = 0;
+  std::atomic<int> programs = 0;
+  Manager manager(socket(), [&](std::uint32_t id, std::string_view type, const spa_dict*) {
+    if (type == PW_TYPE_INTERFACE_Client) {
+      lastProgram = id;
+      ++programs;
+    }
+  });
+  ASSERT_TRUE(support::waitFor([&] { return programs == 1; })) << "the manager itself";
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  ASSERT_TRUE(support::waitFor([&] { return programs == 2; }));
+  connections = 0;
+  manager.reject(lastProgram);
+  manager.roundTrip();
+  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+  EXPECT_EQ(connections, 0) << "the one that is there lasts";
+  EXPECT_THAT(log.logger->lines, IsEmpty());
 }
 
 TEST_F(LinuxCaptureAccess, isRefusedByAnotherUsersServer) {
