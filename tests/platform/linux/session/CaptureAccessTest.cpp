@@ -238,10 +238,15 @@ TEST_F(LinuxCaptureAccess, isGrantedWhereAServerThatWasFoundAgainHangs) {
     const LoopLock lock(connection_.loop());
     return connection_.graph().linkFactoryId != unknownGlobal;
   })) << "looked for by the connection alone";
-  pwtest::Client(socket()).roundTrip();  // by then the connection has its answers too
+  {
+    Connection later;  // when it has its answers, the other has too
+    later.useServer(socket());
+    const LoopLock lock(later.loop());
+    ASSERT_TRUE(later.ensureConnected() && later.roundTrip());
+  }
   kill(server->pid(), SIGSTOP);
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
-  EXPECT_THAT(log.logger->lines, IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(LinuxCaptureAccess, isGrantedWhereTheServerThatFollowsAnotherHangs) {
@@ -361,7 +366,7 @@ TEST_F(LinuxCaptureAccess, staysGrantedWhenASingleCallIsDenied) {
   manager.roundTrip();
   EXPECT_TRUE(access_.preflightScreenCaptureAccess());
   EXPECT_EQ(connections, 0) << "the one that is there lasts";
-  EXPECT_THAT(log.logger->lines, IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(LinuxCaptureAccess, isRefusedByAnotherUsersServer) {
