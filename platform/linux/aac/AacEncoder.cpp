@@ -77,6 +77,7 @@ int AacEncoder::sendEnd() {
 
 std::optional<std::span<const std::byte>> AacEncoder::nextPacket(int* code) {
   std::size_t size = 0;
+  *code = 0;
   const std::uint8_t* bytes = functions_.nextPacket(encoder_.get(), &size, code);
   return bytes == nullptr ? std::nullopt : std::optional(std::as_bytes(std::span(bytes, size)));
 }

@@ -16,6 +16,9 @@ std::filesystem::path findModule() {
   std::error_code error;
   // After an upgrade the link ends in " (deleted)", and its folder is where the new one is.
   const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  if (error) {
+    return {};
+  }
   for (const char* place : {".", AUDREL_MODULES_FROM_PROGRAM}) {
     auto file = (folder / place / fileName).lexically_normal();
     if (std::filesystem::exists(file, error)) {
@@ -76,10 +79,14 @@ const AudrelAacFunctions* aacFunctionsOf(const std::filesystem::path& file, std:
 
 const AudrelAacFunctions* aacFunctions(std::string* problem) {
   static std::atomic<const AudrelAacFunctions*> loaded = nullptr;
-  if (loaded == nullptr) {
-    loaded = aacFunctionsOf(findModule(), problem);
+  const AudrelAacFunctions* functions = loaded;
+  if (functions == nullptr) {
+    functions = aacFunctionsOf(findModule(), problem);
+    if (functions != nullptr) {
+      loaded = functions;
+    }
   }
-  return loaded;
+  return functions;
 }
 
 }  // namespace audrel::linuxos

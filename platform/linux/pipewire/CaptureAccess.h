@@ -23,7 +23,7 @@ class CaptureAccess final : public CG::CaptureAccess {
   CaptureAccess(Connection& connection, os::Log& log);
 
   /// Asks the server, which takes a millisecond, and two seconds when it does not answer.
-  /// A refusal is logged with its reason.
+  /// A refusal is logged with its reason. On the thread that uses the hardware layer.
   bool preflightScreenCaptureAccess() override;
   bool requestScreenCaptureAccess() override;
 
