@@ -20,9 +20,8 @@ std::string contentsOf(const std::filesystem::path& file) {
 
 ToolResult runTool(const std::vector<std::string>& arguments) {
   const TemporaryFolder folder;
-  std::vector<std::string> command = {"sh", "-c",
-                                      R"(exec "$@" </dev/null >"$0/output" 2>"$0/errors")",
-                                      folder.path().string()};
+  std::vector<std::string> command = {
+      "sh", "-c", R"(exec "$@" </dev/null >"$0/output" 2>"$0/errors")", folder.path().string()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   const auto child = ChildProcess::start({.arguments = command, .environment = {}});
   const int exitCode = child ? child->waitForEnd() : -1;

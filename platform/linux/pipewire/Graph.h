@@ -52,9 +52,9 @@ struct Graph {
   std::map<std::uint32_t, GraphClient> clients;
   std::map<std::uint32_t, GraphLink> links;
   std::uint32_t linkFactoryId = unknownGlobal;  ///< what makes links, where we may make any
-  std::string configuredDefaultSink;  ///< a node name; empty when nobody set one
-  std::uint32_t clockRate = 48000;    ///< frames per second, unless another rate is forced
-  std::uint32_t forcedRate = 0;       ///< 0 while none is
+  std::string configuredDefaultSink;            ///< a node name; empty when nobody set one
+  std::uint32_t clockRate = 48000;  ///< frames per second, unless another rate is forced
+  std::uint32_t forcedRate = 0;     ///< 0 while none is
 };
 
 /// Frames per second of the graph.

@@ -14,7 +14,8 @@
 #include "tests/platform/linux/tray/harness/PrivateBus.h"
 #include "tests/support/MainLoop.h"
 
-// GLib is not built with the thread sanitizer, which so cannot see what its threads hand each other.
+// GLib is not built with the thread sanitizer, which so cannot see what its threads hand each
+// other.
 extern "C" const char* __tsan_default_suppressions() {
   return "race:libglib-2.0.so\nrace:libgio-2.0.so\nrace:libgobject-2.0.so\n";
 }
