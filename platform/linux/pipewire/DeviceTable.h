@@ -38,6 +38,7 @@ class DeviceTable {
   /// Stops what runs on it. Whether there was such a device.
   bool remove(CA::AudioObjectID device);
 
+  /// Removes all.
   void clear();
 
   /// Nothing when there is no such device.
