@@ -3,15 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <chrono>
 #include <cstdint>
-#include <fstream>
-#include <numbers>
 #include <string>
 #include <vector>
 
 #include "tests/platform/linux/pipewire/harness/DesktopServer.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
+#include "tests/platform/linux/pipewire/harness/ToneFile.h"
 #include "tests/platform/linux/pipewire/harness/ToneReading.h"
 
 namespace audrel::pwtest {
@@ -21,35 +20,7 @@ using testing::UnorderedElementsAre;
 
 constexpr std::uint32_t rate = 48000;
 constexpr double level = 0.5;
-
-template <typename Number>
-void put(std::ofstream& file, Number number) {
-  file.write(reinterpret_cast<const char*>(&number), sizeof number);
-}
-
-/// A minute of a tone, 16-bit stereo.
-void writeTone(const std::string& path, double frequency) {
-  constexpr std::uint32_t frames = 60 * rate;
-  std::ofstream file(path, std::ios::binary);
-  file << "RIFF";
-  put(file, frames * 4 + 36);
-  file << "WAVEfmt ";
-  put(file, std::uint32_t{16});
-  put(file, std::uint16_t{1});
-  put(file, std::uint16_t{2});
-  put(file, rate);
-  put(file, rate * 4);
-  put(file, std::uint16_t{4});
-  put(file, std::uint16_t{16});
-  file << "data";
-  put(file, frames * 4);
-  for (std::uint32_t frame = 0; frame < frames; ++frame) {
-    const double angle = 2 * std::numbers::pi * frequency * frame / rate;
-    const auto sample = static_cast<std::int16_t>(std::lround(32767 * level * std::sin(angle)));
-    put(file, sample);
-    put(file, sample);
-  }
-}
+constexpr std::chrono::milliseconds playTime = std::chrono::minutes(1);
 
 std::string nameOf(Recorder& recorder, pid_t pid) {
   const auto application = recorder.captureHardware().runningApplication(pid);
@@ -76,8 +47,8 @@ TEST(DesktopServer, nativeAndPulsePlayersAreListedAndRecordedApart) {
   ASSERT_TRUE(server.isRunning());
   const std::string nativeFile = (server.folder() / "native.wav").string();
   const std::string pulseFile = (server.folder() / "pulse.wav").string();
-  writeTone(nativeFile, native);
-  writeTone(pulseFile, pulse);
+  writeTone(nativeFile, native, level, playTime);
+  writeTone(pulseFile, pulse, level, playTime);
   const auto pwPlay = server.start({"pw-play", nativeFile});
   const auto paplay = server.start({"paplay", pulseFile});
   ASSERT_TRUE(pwPlay && paplay);
@@ -103,7 +74,7 @@ TEST(DesktopServer, pulsePlayersWhosePidCannotBeTrueStayApart) {
   const DesktopServer server;
   ASSERT_TRUE(server.isRunning());
   const std::string file = (server.folder() / "tone.wav").string();
-  writeTone(file, 440);
+  writeTone(file, 440, level, playTime);
   const auto honest = server.start({"paplay", file});
   ASSERT_TRUE(honest);
   const std::string pid = "--property=application.process.id=" + std::to_string(honest->pid());

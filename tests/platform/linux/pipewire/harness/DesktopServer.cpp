@@ -1,11 +1,13 @@
 #include "tests/platform/linux/pipewire/harness/DesktopServer.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <utility>
 
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
+#include "tests/platform/linux/pipewire/harness/ToneFile.h"
 
 namespace audrel::pwtest {
 
@@ -70,7 +72,17 @@ bool DesktopServer::startAll() {
                       "--address=unix:path=" + bus.string()},
                      bus) &&
          startServer({"pipewire"}, socketPath()) && startServer({"wireplumber"}, socketPath()) &&
-         startServer({"pipewire-pulse"}, run() / "pulse" / "native");
+         startServer({"pipewire-pulse"}, run() / "pulse" / "native") && waitUntilItPlays();
+}
+
+// WirePlumber sends away a player that comes before the sink is ready for links.
+bool DesktopServer::waitUntilItPlays() const {
+  const std::string file = (folder() / "silence.wav").string();
+  writeTone(file, 0, 0, std::chrono::milliseconds(20));
+  return waitFor([&] {
+    const auto player = start({"pw-play", file});
+    return player != nullptr && player->waitForEnd() == 0;
+  });
 }
 
 }  // namespace audrel::pwtest

@@ -17,7 +17,7 @@ class DesktopServer {
  public:
   DesktopServer();
 
-  /// Whether everything answers.
+  /// Whether everything answers, and a player is heard by the sink.
   bool isRunning() const { return isRunning_; }
 
   std::string socketPath() const { return (run() / "pipewire-0").string(); }
@@ -31,6 +31,7 @@ class DesktopServer {
   void makeFolders() const;
   bool startAll();
   bool startServer(std::vector<std::string> arguments, const std::filesystem::path& socket);
+  bool waitUntilItPlays() const;
 
   support::TemporaryFolder folder_;
   std::vector<std::unique_ptr<support::ChildProcess>> servers_;
