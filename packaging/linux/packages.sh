@@ -48,6 +48,7 @@ testPackages=(
   gstreamer1.0-plugins-good  # its demuxer
   locales                # a language with a decimal comma
   mandoc                 # checks the manual pages
+  git                    # repositories for the tests of commands that go by commits
   desktop-file-utils     # checks the desktop entry
   appstream              # checks the metainfo
   libxml2-utils          # checks the icons' drawings
