@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <system_error>
 
 namespace audrel::cli {
 
@@ -12,16 +13,18 @@ namespace {
 
 constexpr std::string_view clearLine = "\r\x1b[K";
 
-void writeAll(int descriptor, std::string_view text) {
+/// 0, or the `errno` value of why not all of it was taken.
+int writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const auto written = write(descriptor, text.data(), text.size());
     if (written < 0 && errno != EINTR) {
-      return;
+      return errno;
     }
     if (written > 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
     }
   }
+  return 0;
 }
 
 std::optional<int> windowWidth(int descriptor) {
@@ -65,7 +68,11 @@ void Console::complainFurther(std::string_view lines) {
 
 void Console::print(std::string_view text) {
   clearStatus();
-  writeAll(output_, text);
+  if (const int code = writeAll(output_, text); code != 0) {
+    hasLostResults_ = true;
+    complain("Standard output did not take the result (" + std::generic_category().message(code) +
+             "): send it elsewhere.");
+  }
 }
 
 void Console::status(std::string_view line) {

@@ -9,7 +9,8 @@
 namespace audrel::cli {
 
 /// Standard output and standard error: results go to the first, all else to the second. What they
-/// do not take is lost without a word, since a closed terminal must not end a recording.
+/// do not take is lost and ends nothing, since a recording must go on beside a closed terminal; a
+/// result that is lost is told on standard error.
 ///
 /// On a terminal, standard error can carry a status line, which is overwritten in place; other
 /// texts first clear it. Main thread only.
@@ -30,8 +31,11 @@ class Console {
   /// Several lines that belong to the complaint before, each ended by a line feed.
   void complainFurther(std::string_view lines);
 
-  /// Text as it is.
+  /// Results as they are.
   void print(std::string_view text);
+
+  /// Whether standard output did not take all of the results.
+  bool hasLostResults() const { return hasLostResults_; }
 
   /// How many characters wide the window is that shows standard output, or standard error; nothing
   /// when none does, or it does not tell.
@@ -55,6 +59,7 @@ class Console {
   const Options::Progress progress_;
   const bool showsStatus_;
   bool hasStatus_ = false;
+  bool hasLostResults_ = false;
 };
 
 }  // namespace audrel::cli

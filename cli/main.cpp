@@ -36,16 +36,8 @@ int runOnPlatform(const Options& options, Console& console) {
                                              : record(platform, options, signals, console);
 }
 
-int run(std::span<char*> arguments) {
-  const auto parsed = parseOptions(arguments);
-  const auto* const options = std::get_if<Options>(&parsed);
-  Console console(STDOUT_FILENO, STDERR_FILENO,
-                  options == nullptr ? Options::Progress::shown : options->progress);
-  if (options == nullptr) {
-    console.complain(printable(std::get<UsageError>(parsed).text));
-    return ExitStatus::usage;
-  }
-  switch (options->task) {
+int run(const Options& options, Console& console) {
+  switch (options.task) {
     case Options::Task::help:
       console.print(helpText);
       return ExitStatus::success;
@@ -56,7 +48,20 @@ int run(std::span<char*> arguments) {
     case Options::Task::record:
       break;
   }
-  return runOnPlatform(*options, console);
+  return runOnPlatform(options, console);
+}
+
+int run(std::span<char*> arguments) {
+  const auto parsed = parseOptions(arguments);
+  const auto* const options = std::get_if<Options>(&parsed);
+  Console console(STDOUT_FILENO, STDERR_FILENO,
+                  options == nullptr ? Options::Progress::shown : options->progress);
+  if (options == nullptr) {
+    console.complain(printable(std::get<UsageError>(parsed).text));
+    return ExitStatus::usage;
+  }
+  const int status = run(*options, console);
+  return console.hasLostResults() ? ExitStatus::failure : status;
 }
 
 }  // namespace

@@ -120,18 +120,31 @@ TEST_F(ConsoleOutput, theWindowsWidthIsKnownOfATerminalThatTellsIt) {
   EXPECT_EQ(withOutput.outputWidth(), std::nullopt);
 }
 
-TEST_F(ConsoleOutput, whatNobodyReadsIsLostWithoutAWord) {
+TEST_F(ConsoleOutput, whatNobodyReadsIsLostAndEndsNothing) {
   std::signal(SIGPIPE, SIG_IGN);
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
   close(ends[0]);
   Console console(ends[1], ends[1], Options::Progress::shown);
-  console.result("Saved");
   console.progress("Recording");
   console.complain("It failed.");
   EXPECT_EQ(errno, EPIPE);  // it was tried, and this process is still here
+  EXPECT_FALSE(console.hasLostResults());
+  console.result("Saved");
+  EXPECT_TRUE(console.hasLostResults());
   close(ends[1]);
   std::signal(SIGPIPE, SIG_DFL);
+}
+
+TEST_F(ConsoleOutput, aResultThatIsLostIsToldOnStandardError) {
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  Console console(full, output_.end(), Options::Progress::quiet);
+  console.result("Saved");
+  EXPECT_EQ(output_.text(),
+            "audrel-record: Standard output did not take the result (No space left on device): "
+            "send it elsewhere.\n");
+  EXPECT_TRUE(console.hasLostResults());
+  close(full);
 }
 
 }  // namespace

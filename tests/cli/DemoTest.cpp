@@ -145,7 +145,7 @@ TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   })) << narrow;
 
   window.hangUp();
-  EXPECT_EQ(child->waitForEnd(), 0);
+  EXPECT_EQ(child->waitForEnd(), 1);  // nobody was there to take the result
   EXPECT_GT(readWave(file_).frames, 48000U);
 }
 
