@@ -50,20 +50,10 @@ std::optional<RecordingSource> chosenSource(const Platform& platform, const Opti
   return std::nullopt;
 }
 
-std::optional<path> chosenFile(const Platform& platform, const Options& options,
-                               const RecordingSource& source, Console& console) {
-  if (!options.file.has_value()) {
-    return makeOutputURL(platform.fileManager, source, options.format, platform.clock.now());
-  }
-  std::error_code error;
-  if (!options.file->has_filename() || std::filesystem::is_directory(*options.file, error)) {
-    const auto example = *options.file / ("recording." + std::string(options.format.rawValue()));
-    console.complain("\"" + printable(options.file->native()) +
-                     "\" is a folder: give --output the name of a file in it, such as \"" +
-                     printable(example.native()) + "\".");
-    return std::nullopt;
-  }
-  return options.file;
+path chosenFile(const Platform& platform, const Options& options, const RecordingSource& source) {
+  return options.file.has_value() ? *options.file
+                                  : makeOutputURL(platform.fileManager, source, options.format,
+                                                  platform.clock.now(), options.folder);
 }
 
 std::uintmax_t sizeOf(const path& file) {
@@ -194,11 +184,8 @@ int record(const Platform& platform, const Options& options, Signals& signals, C
   if (!source.has_value()) {
     return ExitStatus::failure;
   }
-  const auto file = chosenFile(platform, options, *source, console);
-  if (!file.has_value()) {
-    return ExitStatus::failure;
-  }
-  Recording recording(platform, signals, console, *file, options.duration);
+  const auto file = chosenFile(platform, options, *source);
+  Recording recording(platform, signals, console, file, options.duration);
   try {
     recording.start(*source, options.format);
   } catch (const RecorderError& error) {

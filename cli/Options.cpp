@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstddef>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -18,25 +19,41 @@ const char* const helpText =
     R"(Usage: audrel-record [OPTION]...
 Records what this computer plays to an audio file, until Ctrl-C.
 
-  --list            list the applications that can be recorded, and exit
-  --app WHO         record one application: its name, bundle identifier,
-                    process id, or "#" and its object id (default: everything)
-  --format FORMAT   m4a (AAC, 256 kbit/s; the default) or wav (16 bit)
-  --output FILE     record to FILE, which must not exist yet (default: a new
-                    file in the Downloads folder); .m4a or .wav sets the format
-  --duration TIME   stop after exactly TIME: 90, 0.5, 1:30, 1:02:03 or 1h2m
-  --demo            start a private audio server that plays a melody, and use it
-  --json            print the result, or the list, as JSON
-  --quiet           print nothing but errors and warnings
-  --help            print this help, and exit
-  --version         print the version, and exit
+  -l, --list           list the applications that can be recorded, and exit
+  -a, --app WHO        record one application: its name, bundle identifier,
+                       process id, or "#" and its object id
+  -f, --format FORMAT  m4a (AAC, 256 kbit/s; the default) or wav (16 bit)
+  -o, --output FILE    record to FILE, which must not exist yet, or to a new
+                       file in FILE if that is a folder (default: Downloads);
+                       an ending .m4a or .wav sets the format
+  -d, --duration TIME  stop after exactly TIME: 90, 0.5, 1:30, 1:02:03 or 1h2m
+      --demo           use a private audio server that plays a melody
+      --json           print the result, or the list, as JSON
+  -q, --quiet          print nothing but errors and warnings
+  -h, --help           print this help, and exit
+  -V, --version        print the version, and exit
 
+The long names may be shortened to what no other begins with.
 Exit status: 0 done, 1 it failed, 2 wrong usage.
 )";
 
 namespace {
 
-enum Flag : int { app = 256, demo, duration, format, help, json, list, output, quiet, version };
+/// Those with a short name are its letter.
+enum Flag : int {
+  app = 'a',
+  duration = 'd',
+  format = 'f',
+  help = 'h',
+  list = 'l',
+  output = 'o',
+  quiet = 'q',
+  version = 'V',
+  demo = 256,
+  json
+};
+
+constexpr const char* shortOptions = ":a:d:f:hlo:qV";
 
 constexpr std::array<option, 11> longOptions = {{
     {"app", required_argument, nullptr, Flag::app},
@@ -88,8 +105,7 @@ class Parser {
         }
         break;
       case Flag::output:
-        options_.file = text("--output", value, "the name of a file");
-        recordingOption_ = "--output";
+        takeOutput(value);
         break;
       case Flag::quiet:
         options_.progress = Options::Progress::quiet;
@@ -108,6 +124,9 @@ class Parser {
                        " is for recording and --list records nothing: leave one of them out."};
     }
     options_.format = chosenFormat();
+    if (options_.file.has_value() && extensionOfFile().empty()) {
+      options_.file->replace_extension(options_.format.rawValue());
+    }
     return options_;
   }
 
@@ -117,6 +136,20 @@ class Parser {
       throw UsageError{std::string(name) + " got an empty word: give it " + wanted + "."};
     }
     return value;
+  }
+
+  void takeOutput(const char* value) {
+    const std::filesystem::path output = text("--output", value, "the name of a file or folder");
+    recordingOption_ = "--output";
+    if (output == "-") {
+      throw UsageError{
+          "'-' is no file to record to, and standard output takes no recording: give --output the "
+          "name of a file or folder."};
+    }
+    std::error_code error;
+    const bool isFolder = !output.has_filename() || std::filesystem::is_directory(output, error);
+    options_.folder = isFolder ? std::optional(output) : std::nullopt;
+    options_.file = isFolder ? std::nullopt : std::optional(output);
   }
 
   void takeDuration(const char* value) {
@@ -173,20 +206,35 @@ class Parser {
   const char* recordingOption_ = nullptr;  ///< the last that only recording takes
 };
 
+/// Every option that `word` is short for, as "--demo or --duration"; empty when it is for none.
+std::string candidatesFor(std::string_view word) {
+  const auto typed = word.substr(0, word.find('='));
+  std::string candidates;
+  for (const auto& [name, argument, flag, value] : longOptions) {
+    const auto option = name == nullptr ? std::string() : std::string("--") + name;
+    if (option.starts_with(typed)) {
+      candidates.append(candidates.empty() ? "" : " or ").append(option);
+    }
+  }
+  return candidates;
+}
+
 /// What `getopt_long` stumbled over: `optopt` tells a known option from an unknown one. For a value
 /// that an option does not take, C libraries differ in what they return.
-UsageError misusedOption(int flag, const char* word) {
+UsageError misusedOption(int flag, std::string_view word) {
   const auto known = std::ranges::find(longOptions, optopt, &option::val);
   if (optopt != 0 && known != longOptions.end() && known->has_arg == no_argument) {
     return {std::string("--") + known->name + " takes no value: leave out what follows the \"=\"."};
   }
+  const auto name =
+      word.starts_with("--") ? std::string(word) : std::string("-") + static_cast<char>(optopt);
   if (flag == ':') {
-    return {inQuotes(word) + " needs a value." + seeHelp};
+    return {inQuotes(name) + " needs a value." + seeHelp};
   }
-  if (optopt != 0) {
-    return {inQuotes(std::string("-") + static_cast<char>(optopt)) + " is no option." + seeHelp};
+  if (const auto candidates = candidatesFor(name); !candidates.empty()) {
+    return {inQuotes(name) + " may be " + candidates + ": write one of them."};
   }
-  return {inQuotes(word) + " is no option, or short for several." + seeHelp};
+  return {inQuotes(name) + " is no option." + seeHelp};
 }
 
 Options parse(std::vector<char*> arguments) {
@@ -197,8 +245,9 @@ Options parse(std::vector<char*> arguments) {
   Parser parser;
   for (;;) {
     // Unsafe only beside another thread that parses options, and there is none.
-    const int flag = getopt_long(count, arguments.data(), ":",  // NOLINT(concurrency-mt-unsafe)
-                                 longOptions.data(), nullptr);
+    const int flag =
+        getopt_long(count, arguments.data(), shortOptions,  // NOLINT(concurrency-mt-unsafe)
+                    longOptions.data(), nullptr);
     if (flag == -1) {
       break;
     }

@@ -24,7 +24,9 @@ struct Options {
   Progress progress = Progress::shown;
   std::optional<std::string> app;  ///< as typed; nothing: all system audio
   RecordingFormat format = RecordingFormat::m4a;
-  std::optional<std::filesystem::path> file;  ///< nothing: a name of the program's own
+  /// At most one of both; without a file the name is the program's own.
+  std::optional<std::filesystem::path> file;  ///< with an ending
+  std::optional<std::filesystem::path> folder;
   std::optional<std::chrono::microseconds> duration;
 };
 
@@ -34,8 +36,9 @@ struct UsageError {
   std::string text;
 };
 
-/// `arguments` as `main` gets them, the program's name first; their order may change. The C
-/// library's parser keeps global state, so one thread at a time.
+/// `arguments` as `main` gets them, the program's name first; their order may change. Looks up
+/// whether the output is a folder. The C library's parser keeps global state, so one thread at a
+/// time.
 std::variant<Options, UsageError> parseOptions(std::span<char*> arguments);
 
 /// Fits a screen of 24 lines of 80 characters.

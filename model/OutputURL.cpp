@@ -29,14 +29,15 @@ std::string sourcePart(const RecordingSource& source) {
 }  // namespace
 
 std::filesystem::path makeOutputURL(NS::FileManager& fileManager, const RecordingSource& source,
-                                    RecordingFormat format, NS::Date date) {
-  const std::filesystem::path folder = outputFolder(fileManager);
+                                    RecordingFormat format, NS::Date date,
+                                    const std::optional<std::filesystem::path>& folder) {
   const std::string base =
       "audio-" + sourcePart(source) + "-" + FilenameFormatter::timestampString(date);
   const std::string extension = "." + std::string(format.rawValue());
 
+  const std::filesystem::path parent = folder ? *folder : outputFolder(fileManager);
   const auto named = [&](const std::string& suffix) {
-    return folder / (base + suffix + extension);
+    return parent / (base + suffix + extension);
   };
 
   std::filesystem::path candidate = named("");

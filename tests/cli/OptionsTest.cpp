@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace audrel::cli {
 namespace {
@@ -67,6 +70,23 @@ TEST(Options, eachIsTaken) {
   EXPECT_EQ(options({"--help"}).task, Options::Task::help);
 }
 
+TEST(Options, eachThatIsTypedOftenHasALetter) {
+  const auto all = options({"-a", "#42", "-fwav", "-o", "take.wav", "-qd", "1:30"});
+  EXPECT_EQ(all.app, "#42");
+  EXPECT_EQ(all.format, RecordingFormat::wav);
+  EXPECT_EQ(all.file, "take.wav");
+  EXPECT_EQ(all.progress, Options::Progress::quiet);
+  EXPECT_EQ(all.duration, std::chrono::seconds(90));
+  EXPECT_EQ(options({"-l"}).task, Options::Task::list);
+  EXPECT_EQ(options({"-h"}).task, Options::Task::help);
+  EXPECT_EQ(options({"-V"}).task, Options::Task::version);
+}
+
+TEST(Options, eachMayBeShortened) {
+  EXPECT_EQ(options({"--du=90"}).duration, std::chrono::seconds(90));
+  EXPECT_EQ(options({"--q"}).progress, Options::Progress::quiet);
+}
+
 TEST(Options, helpWinsOverWhatStandsBeside) {
   EXPECT_EQ(options({"--list", "--help"}).task, Options::Task::help);
   EXPECT_EQ(options({"--help", "--list"}).task, Options::Task::help);
@@ -76,10 +96,34 @@ TEST(Options, theNameOfTheFileImpliesTheFormat) {
   EXPECT_EQ(options({"--output", "x.wav"}).format, RecordingFormat::wav);
   EXPECT_EQ(options({"--output", "x.WAV"}).format, RecordingFormat::wav);
   EXPECT_EQ(options({"--output", "x.m4a"}).format, RecordingFormat::m4a);
-  EXPECT_EQ(options({"--output", "x"}).format, RecordingFormat::m4a);
   EXPECT_EQ(options({"--output", "folder.wav/x"}).format, RecordingFormat::m4a);
   EXPECT_EQ(options({"--output", "x.mp4", "--format", "m4a"}).format, RecordingFormat::m4a);
   EXPECT_EQ(options({"--output", "x.wav", "--format", "wav"}).format, RecordingFormat::wav);
+}
+
+TEST(Options, aNameWithoutAnEndingGetsTheFormats) {
+  EXPECT_EQ(options({"--output", "x"}).file, "x.m4a");
+  EXPECT_EQ(options({"--output", "x."}).file, "x.m4a");
+  EXPECT_EQ(options({"--output", "folder.wav/.x", "--format", "wav"}).file, "folder.wav/.x.wav");
+  EXPECT_EQ(options({"--output", "x.mp4", "--format", "m4a"}).file, "x.mp4");
+}
+
+TEST(Options, theOutputMayBeAFolder) {
+  const support::TemporaryFolder parent;
+  const auto folder = parent / "in 2.0";
+  std::filesystem::create_directory(folder);
+  EXPECT_EQ(options({"--output", folder.string()}).folder, folder);
+  EXPECT_EQ(options({"--output", folder.string()}).file, std::nullopt);
+  EXPECT_EQ(options({"--output", "missing/"}).folder, "missing/");
+  EXPECT_EQ(options({"--output", folder.string(), "--output", "x.wav"}).folder, std::nullopt);
+  EXPECT_EQ(options({"--output", "x.wav", "--output", folder.string()}).format,
+            RecordingFormat::m4a);
+}
+
+TEST(Options, standardOutputIsNoFileToRecordTo) {
+  EXPECT_EQ(usageError({"--output", "-"}),
+            "'-' is no file to record to, and standard output takes no recording: give --output "
+            "the name of a file or folder.");
 }
 
 TEST(Options, aFormatThatTheNameContradictsIsAnError) {
@@ -96,7 +140,11 @@ TEST(Options, aNameThatTellsAnotherFormatNeedsAFormat) {
 
 TEST(Options, errorsNameTheWordAndWhatToTypeInstead) {
   EXPECT_EQ(usageError({"--fromat", "wav"}),
-            "'--fromat' is no option, or short for several. Try 'audrel-record --help'.");
+            "'--fromat' is no option. Try 'audrel-record --help'.");
+  EXPECT_EQ(usageError({"--d=5"}), "'--d=5' may be --demo or --duration: write one of them.");
+  EXPECT_EQ(usageError({"-qx"}), "'-x' is no option. Try 'audrel-record --help'.");
+  EXPECT_EQ(usageError({"-qa"}), "'-a' needs a value. Try 'audrel-record --help'.");
+  EXPECT_EQ(usageError({"--list=1"}), "--list takes no value: leave out what follows the \"=\".");
   EXPECT_EQ(usageError({"-x"}), "'-x' is no option. Try 'audrel-record --help'.");
   EXPECT_EQ(usageError({"music"}),
             "'music' is not expected: every argument is an option or its value. Try "
@@ -109,7 +157,7 @@ TEST(Options, errorsNameTheWordAndWhatToTypeInstead) {
   EXPECT_EQ(usageError({"--app", ""}),
             "--app got an empty word: give it a name, bundle identifier, pid or \"#\" object id.");
   EXPECT_EQ(usageError({"--output", ""}),
-            "--output got an empty word: give it the name of a file.");
+            "--output got an empty word: give it the name of a file or folder.");
 }
 
 TEST(Options, whatRecordsIsNoUseForAList) {
@@ -136,9 +184,10 @@ TEST(HelpText, fitsAScreen) {
 }
 
 TEST(HelpText, namesEveryOption) {
-  for (const char* option : {"--list", "--json", "--app", "--format", "--output", "--duration",
-                             "--quiet", "--help", "--version", "--demo"}) {
-    EXPECT_THAT(helpText, HasSubstr(std::string("\n  ") + option + " ")) << option;
+  for (const char* option :
+       {"-l, --list", "    --json", "-a, --app", "-f, --format", "-o, --output", "-d, --duration",
+        "-q, --quiet", "-h, --help", "-V, --version", "    --demo"}) {
+    EXPECT_THAT(helpText, HasSubstr(std::string("  ") + option + " ")) << option;
   }
 }
 

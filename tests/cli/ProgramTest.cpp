@@ -168,13 +168,27 @@ TEST(Program, saysOnceWhatFailsWhereTheLogIsOnStandardErrorToo) {
   }
 }
 
-TEST(Program, refusesAFolderAsFile) {
-  const auto outcome = run({"--output", "/tmp", "--format", "wav"});
-  EXPECT_EQ(outcome.status, 1);
+TEST(Program, namesTheFileItselfInAFolder) {
+  const auto outcome = run({"-d", "1", "-f", "wav", "-o", "/tmp"});
+  EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.errors,
-            "audrel-record: \"/tmp\" is a folder: give --output the name of a file in it, such as "
-            "\"/tmp/recording.wav\".\n");
-  EXPECT_EQ(run({"--output", "missing/"}).status, 1);
+            "Recording all system audio to /tmp/audio-SystemMix-2026-11-16-070900.wav\n");
+}
+
+TEST(Program, failsWhenStandardOutputDoesNotTakeItsResults) {
+  const std::vector<std::vector<std::string>> all = {
+      {"--list"}, {"--list", "--json"}, {"--help"}, {"--version"}, {"-qd1", "--json"}};
+  for (auto words : all) {
+    words.insert(words.begin(),
+                 {"/bin/sh", "-c", "exec \"$@\" >/dev/full", "sh", AUDREL_SCRIPTED_PROGRAM});
+    const auto outcome =
+        support::outcomeOf({.arguments = words, .environment = {}, .keepsErrors = true});
+    EXPECT_EQ(outcome.status, 1) << words.back();
+    EXPECT_EQ(outcome.errors,
+              "audrel-record: Standard output did not take the result (No space left on device): "
+              "send it elsewhere.\n")
+        << words.back();
+  }
 }
 
 TEST(Program, listsWhatCanBeRecorded) {

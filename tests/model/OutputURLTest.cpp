@@ -61,6 +61,13 @@ TEST_F(MakeOutputURL, theTimestampIsOfTheGivenDate) {
             "/downloads/audio-SystemMix-2026-11-17-080900.m4a");
 }
 
+TEST_F(MakeOutputURL, anotherFolderMayBeGiven) {
+  fileManager.existing.insert("/music/audio-SystemMix-2026-11-16-070900.m4a");
+  EXPECT_EQ(makeOutputURL(fileManager, RecordingSource::allSystemAudio(), RecordingFormat::m4a,
+                          fakes::FakeClock::epoch(), "/music"),
+            "/music/audio-SystemMix-2026-11-16-070900-2.m4a");
+}
+
 TEST_F(MakeOutputURL, theFirstNameThatIsFreeIsTakenAndNothingElseIsAsked) {
   systemMix();
   EXPECT_THAT(journal.lines(),
