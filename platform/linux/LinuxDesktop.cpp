@@ -13,8 +13,10 @@ const NS::Selector toggleRecording(selectors::toggleRecording);
 
 }  // namespace
 
-LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManager, os::Log& log)
+LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFramework,
+                           NS::FileManager& fileManager, os::Log& log)
     : hardware_(hardware),
+      audioFramework_(audioFramework),
       logger_(log.makeLogger(identity::bundleIdentifier, "desktop")),
       bus_(log.makeLogger(identity::bundleIdentifier, "statusitem")),
       notifier_(bus_, logger_),
@@ -28,7 +30,16 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManag
                .icons = IconTheme::ofThisProgram(),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
-      logout_(application_, bus_) {}
+      logout_(application_, bus_) {
+  const NoticeTaker taker = [this](const Notice& notice) { notices_.take(notice); };
+  hardware_.setNoticeTaker(taker);
+  audioFramework_.setNoticeTaker(taker);
+}
+
+LinuxDesktop::~LinuxDesktop() {
+  hardware_.setNoticeTaker(nullptr);
+  audioFramework_.setNoticeTaker(nullptr);
+}
 
 bool LinuxDesktop::claimSession() {
   if (service_.claim() == ApplicationService::Claim::runsAlready) {

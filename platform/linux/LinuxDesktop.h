@@ -7,11 +7,13 @@
 #include "platform/Foundation.h"
 #include "platform/Log.h"
 #include "platform/linux/bus/SessionBus.h"
+#include "platform/linux/files/AudioFramework.h"
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/session/Alert.h"
 #include "platform/linux/session/ApplicationService.h"
 #include "platform/linux/session/LogoutWatch.h"
+#include "platform/linux/session/NoticeBoard.h"
 #include "platform/linux/session/Notifier.h"
 #include "platform/linux/session/SoftwareUpdates.h"
 #include "platform/linux/session/URLParser.h"
@@ -26,7 +28,11 @@ namespace audrel::linuxos {
 class LinuxDesktop {
  public:
   /// The references must outlive it.
-  LinuxDesktop(CaptureHardware& hardware, NS::FileManager& fileManager, os::Log& log);
+  LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFramework,
+               NS::FileManager& fileManager, os::Log& log);
+  ~LinuxDesktop();
+  LinuxDesktop(const LinuxDesktop&) = delete;
+  LinuxDesktop& operator=(const LinuxDesktop&) = delete;
 
   /// Makes this process the session's one Audrel; whether it is. If it is not, the user was told.
   bool claimSession();
@@ -51,10 +57,12 @@ class LinuxDesktop {
   std::unique_ptr<NS::Alert> makeAlert();
 
   CaptureHardware& hardware_;
+  AudioFramework& audioFramework_;
   std::shared_ptr<os::Logger> logger_;
   Application application_;
   SessionBus bus_;
   Notifier notifier_;
+  NoticeBoard notices_{notifier_};
   Workspace workspace_;
   UserDefaults userDefaults_;
   URLParser urlParser_;

@@ -46,7 +46,7 @@ class LinuxPlatform final : public NativePlatform {
 
   std::optional<Desktop> desktop() override {
     if (!desktop_) {
-      desktop_.emplace(hardware_, fileManager_, log_);
+      desktop_.emplace(hardware_, audioFramework_, fileManager_, log_);
       if (!desktop_->claimSession()) {
         return std::nullopt;
       }

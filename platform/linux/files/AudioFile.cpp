@@ -21,18 +21,22 @@ NS::Error outOfMemory() noexcept {
 }  // namespace
 
 AudioFile::AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
-                     std::filesystem::path path, std::shared_ptr<os::Logger> logger)
+                     std::filesystem::path path, std::shared_ptr<os::Logger> logger,
+                     std::shared_ptr<SavingNotices> notices)
     : writer_(std::move(writer)),
       format_(format),
       converter_(format.commonFormat, format.interleaved, format.channels),
       path_(std::move(path)),
-      logger_(std::move(logger)) {}
+      logger_(std::move(logger)),
+      notices_(std::move(notices)) {}
 
 AudioFile::~AudioFile() {
   try {
-    if (const auto problem = writer_->finish()) {
-      logger_->error(*problem);
+    const FrameWriter::Ending ending = writer_->finish();
+    if (ending.problem) {
+      logger_->error(*ending.problem);
     }
+    notices_->fileEnded(static_cast<double>(ending.missing) / format_.sampleRate);
   } catch (const std::bad_alloc&) {
     logger_->error("Finishing a recording failed: there is no memory left.");
   }

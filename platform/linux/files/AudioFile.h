@@ -7,6 +7,7 @@
 #include "platform/Log.h"
 #include "platform/linux/files/FrameWriter.h"
 #include "platform/linux/files/SampleConversion.h"
+#include "platform/linux/files/SavingNotices.h"
 
 namespace audrel::linuxos {
 
@@ -22,9 +23,10 @@ class AudioFile final : public AV::AudioFile {
   };
 
   AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
-            std::filesystem::path path, std::shared_ptr<os::Logger> logger);
+            std::filesystem::path path, std::shared_ptr<os::Logger> logger,
+            std::shared_ptr<SavingNotices> notices);
 
-  /// Finishes the file, and logs an error when that fails.
+  /// Finishes the file, and logs an error when that fails. The user is told when some is missing.
   ~AudioFile() override;
 
   AudioFile(const AudioFile&) = delete;
@@ -41,6 +43,7 @@ class AudioFile final : public AV::AudioFile {
   SampleConverter converter_;
   std::filesystem::path path_;
   std::shared_ptr<os::Logger> logger_;
+  std::shared_ptr<SavingNotices> notices_;
 };
 
 }  // namespace audrel::linuxos

@@ -16,22 +16,34 @@
 namespace audrel::linuxos {
 namespace {
 
-/// Creates `path` and starts `Writer` on it. A file whose beginning cannot be written is removed
+/// For how many seconds memory keeps what cannot be written.
+double memoryOf(const FileSettings& settings) {
+  const double bytesPerSecond =
+      settings.container == FileSettings::Container::m4a
+          ? static_cast<double>(settings.bitRate) / 8
+          : settings.sampleRate * settings.channels * sizeof(std::int16_t);
+  return static_cast<double>(BlockFile::defaultMemoryLimit) / bytesPerSecond;
+}
+
+/// Creates the file and starts `Writer` on it. A file whose beginning cannot be written is removed
 /// again: it holds nothing.
-template <typename Writer, typename... Arguments>
-std::optional<Writer> startFile(const RawFileCreator& create, const std::filesystem::path& path,
-                                NS::Error* error, Arguments&&... arguments) {
+template <typename Writer, typename Order, typename... Arguments>
+std::optional<Writer> startFile(const RawFileCreator& create, const Order& order, NS::Error* error,
+                                Arguments&&... arguments) {
   int code = 0;
-  auto file = create(path, &code);
+  auto file = create(order.path, &code);
   if (!file) {
-    *error = creationError(path, code);
+    *error = creationError(order.path, code);
     return std::nullopt;
   }
   RawFile& started = *file;
-  Writer writer(BlockFile(std::move(file)), std::forward<Arguments>(arguments)...);
+  BlockFile blocks(
+      std::move(file), BlockFile::defaultMemoryLimit,
+      [notices = order.notices](const auto& failure) { notices->blockEnded(failure); });
+  Writer writer(std::move(blocks), std::forward<Arguments>(arguments)...);
   code = writer.start();
   if (code != 0) {
-    *error = plainError(code, reason(path, code));
+    *error = plainError(code, reason(order.path, code));
     started.remove();
     return std::nullopt;
   }
@@ -66,30 +78,28 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
   if (!read) {
     return nullptr;
   }
-  auto writer = makeWriter(url, *read, error);
+  const Order order = {url, *read, std::make_shared<SavingNotices>(url, memoryOf(*read), tell_)};
+  auto writer = makeWriter(order, error);
   if (!writer) {
     return nullptr;
   }
   const AudioFile::ProcessingFormat format = {
       commonFormat, interleaved, static_cast<double>(read->sampleRate), read->channels};
-  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_);
+  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices);
 }
 
-std::unique_ptr<FrameWriter> AudioFramework::makeWriter(const std::filesystem::path& path,
-                                                        const FileSettings& settings,
-                                                        NS::Error* error) {
-  switch (settings.container) {
+std::unique_ptr<FrameWriter> AudioFramework::makeWriter(const Order& order, NS::Error* error) {
+  switch (order.settings.container) {
     case FileSettings::Container::m4a:
-      return makeM4a(path, settings, error);
+      return makeM4a(order, error);
     case FileSettings::Container::wav:
-      return makeWav(path, settings, error);
+      return makeWav(order, error);
   }
   return nullptr;
 }
 
-std::unique_ptr<FrameWriter> AudioFramework::makeM4a(const std::filesystem::path& path,
-                                                     const FileSettings& settings,
-                                                     NS::Error* error) {
+std::unique_ptr<FrameWriter> AudioFramework::makeM4a(const Order& order, NS::Error* error) {
+  const FileSettings& settings = order.settings;
   const AacEncoder::Settings encoding = {settings.sampleRate, settings.channels, settings.bitRate};
   std::string problem;
   auto encoder = AacEncoder::open(encoding, &problem);
@@ -97,29 +107,28 @@ std::unique_ptr<FrameWriter> AudioFramework::makeM4a(const std::filesystem::path
     *error = plainError(ENOTSUP, problem);
     return nullptr;
   }
-  auto writer = startFile<M4aWriter>(createFile_, path, error, trackOf(*encoder, encoding),
+  auto writer = startFile<M4aWriter>(createFile_, order, error, trackOf(*encoder, encoding),
                                      [encoding] { return AacEncoder::silentPacket(encoding); });
   if (!writer) {
     return nullptr;
   }
   return std::make_unique<M4aFrameWriter>(std::move(*writer), std::move(encoder), settings.channels,
-                                          settings.sampleRate, path);
+                                          settings.sampleRate, order.path);
 }
 
-std::unique_ptr<FrameWriter> AudioFramework::makeWav(const std::filesystem::path& path,
-                                                     const FileSettings& settings,
-                                                     NS::Error* error) {
+std::unique_ptr<FrameWriter> AudioFramework::makeWav(const Order& order, NS::Error* error) {
+  const FileSettings& settings = order.settings;
   if (settings.channels > WavFormat::maximumChannels) {
     *error = plainError(ENOTSUP, "WAV cannot hold " + std::to_string(settings.channels) +
                                      " channels. Record fewer.");
     return nullptr;
   }
   const WavFormat format = {settings.sampleRate, static_cast<std::uint16_t>(settings.channels)};
-  auto writer = startFile<WavWriter>(createFile_, path, error, format);
+  auto writer = startFile<WavWriter>(createFile_, order, error, format);
   if (!writer) {
     return nullptr;
   }
-  return std::make_unique<WavFrameWriter>(std::move(*writer), format, path);
+  return std::make_unique<WavFrameWriter>(std::move(*writer), format, order.path);
 }
 
 }  // namespace audrel::linuxos

@@ -1,12 +1,16 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "platform/AVFAudio.h"
 #include "platform/Log.h"
 #include "platform/linux/files/FileSettings.h"
 #include "platform/linux/files/FrameWriter.h"
 #include "platform/linux/files/RawFile.h"
+#include "platform/linux/files/SavingNotices.h"
+#include "platform/linux/system/Notice.h"
 
 namespace audrel::linuxos {
 
@@ -19,6 +23,10 @@ class AudioFramework final : public AV::AudioFramework {
  public:
   /// Files log under the category "file" when finishing them fails; `createFile` makes them.
   explicit AudioFramework(os::Log& log, RawFileCreator createFile = createExclusively);
+
+  /// The user is told by `taker` of files opened from now on that cannot be written, from the
+  /// thread that writes. It must outlive those files.
+  void setNoticeTaker(NoticeTaker taker) { tell_ = std::move(taker); }
 
   std::shared_ptr<const AV::AudioFormat> makeFormat(
       const CA::AudioStreamBasicDescription& description) override;
@@ -34,14 +42,19 @@ class AudioFramework final : public AV::AudioFramework {
                                                 bool interleaved, NS::Error* error) override;
 
  private:
-  std::unique_ptr<FrameWriter> makeWriter(const std::filesystem::path& path,
-                                          const FileSettings& settings, NS::Error* error);
-  std::unique_ptr<FrameWriter> makeM4a(const std::filesystem::path& path,
-                                       const FileSettings& settings, NS::Error* error);
-  std::unique_ptr<FrameWriter> makeWav(const std::filesystem::path& path,
-                                       const FileSettings& settings, NS::Error* error);
+  /// What is to be written where, and who tells of it.
+  struct Order {
+    std::filesystem::path path;
+    FileSettings settings;
+    std::shared_ptr<SavingNotices> notices;
+  };
+
+  std::unique_ptr<FrameWriter> makeWriter(const Order& order, NS::Error* error);
+  std::unique_ptr<FrameWriter> makeM4a(const Order& order, NS::Error* error);
+  std::unique_ptr<FrameWriter> makeWav(const Order& order, NS::Error* error);
 
   RawFileCreator createFile_;
+  NoticeTaker tell_;
   std::shared_ptr<os::Logger> logger_;
 };
 

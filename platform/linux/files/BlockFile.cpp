@@ -6,10 +6,18 @@
 
 namespace audrel::linuxos {
 
-BlockFile::BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit)
-    : file_(std::move(file)), memoryLimit_(memoryLimit) {}
+BlockFile::BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit, Observer observer)
+    : file_(std::move(file)), memoryLimit_(memoryLimit), observer_(std::move(observer)) {}
 
 std::optional<BlockFile::Failure> BlockFile::append(std::span<const std::byte> block) {
+  const auto failure = writeOrKeep(block);
+  if (observer_) {
+    observer_(failure);
+  }
+  return failure;
+}
+
+std::optional<BlockFile::Failure> BlockFile::writeOrKeep(std::span<const std::byte> block) {
   int code = flush();
   if (code == 0) {
     code = writeBlock(end_, block);
@@ -77,6 +85,7 @@ int BlockFile::writeBlock(std::uint64_t offset, std::span<const std::byte> block
   std::size_t written = 0;
   const int code = writeAt(offset, block, &written);
   if (code == 0) {
+    skippedBytes_ += offset - writtenEnd_;
     writtenEnd_ = offset + block.size();
   } else if (written > 0) {
     // Should this fail too, the next attempt overwrites the same bytes.

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -30,8 +31,12 @@ class BlockFile {
   /// at 256 kbps.
   static constexpr std::size_t defaultMemoryLimit = std::size_t{64} << 20U;
 
+  /// Told how each `append` went. It must not throw.
+  using Observer = std::function<void(const std::optional<Failure>&)>;
+
   /// `memoryLimit` in bytes. Closes the file when it goes, unless `close` did.
-  explicit BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit = defaultMemoryLimit);
+  explicit BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit = defaultMemoryLimit,
+                     Observer observer = {});
 
   /// Adds `block` at `end()`, after trying again what waits. Without `dropped`, a failure means
   /// that the block waits in memory, its place taken. A dropped block takes no place.
@@ -43,6 +48,9 @@ class BlockFile {
 
   /// Leaves `size` zero bytes at `end()`. They are in the file when a later block is.
   void skip(std::uint64_t size) { end_ += size; }
+
+  /// Of the bytes that were skipped, those that are in the file.
+  std::uint64_t skippedBytes() const { return skippedBytes_; }
 
   /// Changes bytes that are in the file. 0 or an `errno` value.
   int overwrite(std::uint64_t offset, std::span<const std::byte> bytes);
@@ -68,16 +76,19 @@ class BlockFile {
     std::vector<std::byte> bytes;
   };
 
+  std::optional<Failure> writeOrKeep(std::span<const std::byte> block);
   int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
   int writeBlock(std::uint64_t offset, std::span<const std::byte> block);
   bool keep(std::span<const std::byte> block);
 
   std::unique_ptr<RawFile> file_;
   std::size_t memoryLimit_;
+  Observer observer_;
   std::deque<Waiting> waiting_;
   std::size_t waitingBytes_ = 0;
   std::uint64_t end_ = 0;
   std::uint64_t writtenEnd_ = 0;
+  std::uint64_t skippedBytes_ = 0;
 };
 
 }  // namespace audrel::linuxos

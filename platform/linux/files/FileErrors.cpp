@@ -11,10 +11,6 @@ std::string quoted(const std::filesystem::path& path) {
   return '"' + path.string() + '"';
 }
 
-std::string fileName(const std::filesystem::path& path) {
-  return quoted(path.filename());
-}
-
 std::string folderOf(const std::filesystem::path& path) {
   std::error_code unknown;
   const auto absolute = std::filesystem::absolute(path, unknown);
@@ -25,7 +21,7 @@ std::string whyNotCreated(const std::filesystem::path& path, int code) {
   const std::string folder = folderOf(path);
   switch (code) {
     case EEXIST:
-      return fileName(path) + " already exists in " + folder +
+      return quotedName(path) + " already exists in " + folder +
              ", and a recording never overwrites anything. Choose another name, or move the "
              "existing file away.";
     case ENOENT:
@@ -37,12 +33,12 @@ std::string whyNotCreated(const std::filesystem::path& path, int code) {
       return "You have no permission to create files in " + folder +
              ". Choose another folder, or change its permissions.";
     case ENAMETOOLONG:
-      return "The name " + fileName(path) + " is too long. Choose a shorter one.";
+      return "The name " + quotedName(path) + " is too long. Choose a shorter one.";
     case ELOOP:
       return "The links in the path of " + folder + " lead in a circle. Choose another folder.";
     case EMFILE:
     case ENFILE:
-      return fileName(path) +
+      return quotedName(path) +
              " could not be created, because too many files are open. Close some programs and try "
              "again.";
     default:
@@ -52,6 +48,10 @@ std::string whyNotCreated(const std::filesystem::path& path, int code) {
 
 }  // namespace
 
+std::string quotedName(const std::filesystem::path& path) {
+  return quoted(path.filename());
+}
+
 std::string reason(const std::filesystem::path& path, int code) {
   const std::string folder = folderOf(path);
   switch (code) {
@@ -60,7 +60,7 @@ std::string reason(const std::filesystem::path& path, int code) {
     case EDQUOT:
       return "Your quota on the disk that holds " + folder + " is used up. Free some space.";
     case EFBIG:
-      return fileName(path) +
+      return quotedName(path) +
              " has reached the largest size that a file may have here. Raise the limit (\"ulimit "
              "-f\"), or record to another disk.";
     case EROFS:
@@ -71,7 +71,7 @@ std::string reason(const std::filesystem::path& path, int code) {
       return "The disk that holds " + folder +
              " reports a fault. Check that it is connected and healthy.";
     default:
-      return fileName(path) + " in " + folder + " could not be written (" +
+      return quotedName(path) + " in " + folder + " could not be written (" +
              std::generic_category().message(code) + "). Try another folder.";
   }
 }

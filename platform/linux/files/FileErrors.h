@@ -26,6 +26,9 @@ std::string finishingProblem(const std::filesystem::path& path, int code, std::u
 /// A reason of our own, which `sentence` tells: `EINVAL`, `ENOTSUP` and the like.
 NS::Error plainError(int code, std::string sentence);
 
+/// Its name, in quotes.
+std::string quotedName(const std::filesystem::path& path);
+
 /// What `code` means for the file at `path` once it is open, and what to do about it.
 std::string reason(const std::filesystem::path& path, int code);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -20,8 +21,13 @@ class FrameWriter {
                                           const CA::AudioBufferList& buffers,
                                           std::size_t frames) = 0;
 
-  /// Writes what is left and closes the file; nothing may follow. On failure a line for the log.
-  virtual std::optional<std::string> finish() = 0;
+  struct Ending {
+    std::optional<std::string> problem;  ///< a line for the log
+    std::uint64_t missing = 0;           ///< frames that the file lacks, or has as silence
+  };
+
+  /// Writes what is left and closes the file; nothing may follow.
+  virtual Ending finish() = 0;
 };
 
 }  // namespace audrel::linuxos

@@ -53,7 +53,7 @@ std::optional<NS::Error> M4aFrameWriter::append(const SampleConverter& converter
   return error(problems);
 }
 
-std::optional<std::string> M4aFrameWriter::finish() {
+FrameWriter::Ending M4aFrameWriter::finish() {
   Problems seenAtTheEnd;  // what is lost shows in the ending
   if (framesInPacket_ > 0 && encoder_->input() != nullptr) {
     encodePacket(seenAtTheEnd);
@@ -63,14 +63,15 @@ std::optional<std::string> M4aFrameWriter::finish() {
   }
   const M4aWriter::Ending ending = writer_.finish(frames_);
   const std::uint64_t lost = frames_ - ending.frames;
+  const std::uint64_t missing = lost + ending.silenced;
   if (ending.code == 0 && lost == 0) {
-    return std::nullopt;
+    return {.problem = {}, .missing = missing};
   }
   std::string line = finishingProblem(path_, ending.code, lost, sampleRate_);
   if (!ending.indexed) {
     line += " The file plays, but has no index: some programs cannot seek in it.";
   }
-  return line;
+  return {.problem = std::move(line), .missing = missing};
 }
 
 void M4aFrameWriter::encodePacket(Problems& problems) {

@@ -23,7 +23,7 @@ class M4aFrameWriter final : public FrameWriter {
 
   std::optional<NS::Error> append(const SampleConverter& converter,
                                   const CA::AudioBufferList& buffers, std::size_t frames) override;
-  std::optional<std::string> finish() override;
+  Ending finish() override;
 
  private:
   /// What went wrong in a write. Told only once all frames are taken: telling needs memory.

@@ -91,12 +91,14 @@ std::optional<BlockFile::Failure> M4aWriter::writeOwedSilence() {
     for (std::size_t i = 0; i < count; ++i) {
       block.insert(block.end(), packet.begin(), packet.end());
     }
+    silences_.reserve(silences_.size() + 1);
     if (auto blockFailure = appendFragment(sizes, block)) {
       failure = blockFailure;
       if (failure->dropped) {
         break;
       }
     }
+    silences_.push_back({index_.sizes().size() - count, count});
     owedSilence_ -= count;
   }
   return failure;
@@ -134,6 +136,7 @@ M4aWriter::Ending M4aWriter::finish(std::uint64_t frames) {
 
   Ending ending;
   ending.frames = std::min(frames, playableFrames());
+  ending.silenced = silencedFrames();
   const int indexed = writeIndex(ending.frames);
   const int closed = file_.close();
   ending.indexed = indexed == 0;
@@ -144,6 +147,17 @@ M4aWriter::Ending M4aWriter::finish(std::uint64_t frames) {
 std::uint64_t M4aWriter::playableFrames() const {
   const std::uint64_t decoded = index_.sizes().size() * std::uint64_t{track_.framesPerPacket};
   return decoded - std::min<std::uint64_t>(decoded, track_.initialPadding);
+}
+
+/// Those that are in the file.
+std::uint64_t M4aWriter::silencedFrames() const {
+  const std::uint64_t packets = index_.sizes().size();
+  std::uint64_t silenced = 0;
+  for (const Silence& silence : silences_) {
+    const std::uint64_t end = std::min(packets, silence.first + silence.count);
+    silenced += end - std::min(end, silence.first);
+  }
+  return silenced * track_.framesPerPacket;
 }
 
 int M4aWriter::writeIndex(std::uint64_t frames) {

@@ -35,9 +35,10 @@ class M4aWriter {
   std::optional<BlockFile::Failure> add(std::span<const std::byte> packet);
 
   struct Ending {
-    int code = 0;              ///< 0 or the `errno` value of the first failure
-    std::uint64_t frames = 0;  ///< of the recording that the file plays
-    bool indexed = false;      ///< whether it became a plain file
+    int code = 0;                ///< 0 or the `errno` value of the first failure
+    std::uint64_t frames = 0;    ///< of the recording that the file plays
+    std::uint64_t silenced = 0;  ///< of them, those that were dropped
+    bool indexed = false;        ///< whether it became a plain file
   };
 
   /// Writes what is left, makes it a plain file of `frames` frames after the padding, or as many
@@ -54,6 +55,7 @@ class M4aWriter {
                                                    std::span<std::byte> block);
 
   std::uint64_t playableFrames() const;
+  std::uint64_t silencedFrames() const;
   int writeIndex(std::uint64_t frames);
 
   /// Makes everything up to `movie`, where the complete index begins, one box of data.
@@ -73,6 +75,13 @@ class M4aWriter {
   std::uint32_t sequence_ = 0;  // of the last fragment
   PacketIndex index_;
   std::uint64_t owedSilence_ = 0;  // packets that were dropped at the end
+
+  /// Packets of silence that follow one another.
+  struct Silence {
+    std::uint64_t first = 0;
+    std::uint64_t count = 0;
+  };
+  std::vector<Silence> silences_;
 };
 
 }  // namespace audrel::linuxos

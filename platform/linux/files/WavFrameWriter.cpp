@@ -43,16 +43,17 @@ std::optional<NS::Error> WavFrameWriter::append(const SampleConverter& converter
   return std::nullopt;
 }
 
-std::optional<std::string> WavFrameWriter::finish() {
+FrameWriter::Ending WavFrameWriter::finish() {
   if (framesInBlock_ > 0) {
     static_cast<void>(writeBlock());  // what waits after this is tried again, and reported, below
   }
   const int code = writer_.finish();
   const std::uint64_t lost = frames_ - writer_.countedFrames();
-  if (code == 0 && lost == 0) {
-    return std::nullopt;
+  Ending ending{.problem = {}, .missing = lost + writer_.silencedFrames()};
+  if (code != 0 || lost > 0) {
+    ending.problem = finishingProblem(path_, code, lost, sampleRate_);
   }
-  return finishingProblem(path_, code, lost, sampleRate_);
+  return ending;
 }
 
 std::optional<BlockFile::Failure> WavFrameWriter::writeBlock() {

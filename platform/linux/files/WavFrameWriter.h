@@ -18,7 +18,7 @@ class WavFrameWriter final : public FrameWriter {
 
   std::optional<NS::Error> append(const SampleConverter& converter,
                                   const CA::AudioBufferList& buffers, std::size_t frames) override;
-  std::optional<std::string> finish() override;
+  Ending finish() override;
 
  private:
   std::optional<BlockFile::Failure> writeBlock();

@@ -29,6 +29,9 @@ class WavWriter {
   /// Frames that the header counts: those that play.
   std::uint64_t countedFrames() const;
 
+  /// Frames of them that were dropped.
+  std::uint64_t silencedFrames() const { return file_.skippedBytes() / format_.bytesPerFrame(); }
+
  private:
   int updateHeader();
   void makeHeader(std::uint64_t dataSize);

@@ -253,7 +253,8 @@ CA::OSStatus CaptureHardware::start(CA::AudioObjectID device, CA::AudioDeviceIOP
   auto failure = devices_.start(
       *installed,
       std::make_unique<TapDevice>(
-          connection_, time_, *log_, tap->second.rate,
+          connection_, time_, *log_, [this](const Notice& notice) { devices_.tell(notice); },
+          tap->second.rate,
           [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
           installed->procedure, installed->clientData));
   return failure ? fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure))
@@ -263,6 +264,11 @@ CA::OSStatus CaptureHardware::start(CA::AudioObjectID device, CA::AudioDeviceIOP
 bool CaptureHardware::isRunning() const {
   const LoopLock lock(connection_.loop());
   return !devices_.running().empty();
+}
+
+void CaptureHardware::setNoticeTaker(NoticeTaker taker) {
+  const LoopLock lock(connection_.loop());
+  devices_.setNoticeTaker(std::move(taker));
 }
 
 void CaptureHardware::setRunObserver(std::function<void(std::size_t running)> observer) {

@@ -38,6 +38,10 @@ class CaptureHardware final : public CA::AudioHardware,
   /// on the thread of the call that did it, without a lock of ours.
   void setRunObserver(std::function<void(std::size_t running)> observer);
 
+  /// From now on the user is told by `taker` of what is lost of a running recording; null: by
+  /// nobody.
+  void setNoticeTaker(NoticeTaker taker);
+
   /// Whether a device runs, started and not yet stopped.
   bool isRunning() const;
 

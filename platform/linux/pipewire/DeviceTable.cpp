@@ -89,11 +89,23 @@ void DeviceTable::stop(CA::InstalledIOProc& installed) {
   }
   installed.running->stop();
   const std::uint64_t lostFrames = installed.running->lostFrames();
+  const double lostSeconds = installed.running->lostSeconds();
   installed.running.reset();
   lostFramesOfStopped_ += lostFrames;
   if (lostFrames > 0) {
     log_.error("Frames lost by the audio server — " + std::to_string(lostFrames) +
                "; silence of the same length stands in the recording");
+    tell({.matter = "audio server",
+          .summary = "Recording with gaps",
+          .body = "Up to " + lengthText(lostSeconds) +
+                  " of it are silent: the audio server did not deliver them in time.",
+          .isLoss = true});
+  }
+}
+
+void DeviceTable::tell(const Notice& notice) const {
+  if (tell_) {
+    tell_(notice);
   }
 }
 

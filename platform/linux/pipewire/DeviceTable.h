@@ -6,11 +6,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/CoreAudio.h"
 #include "platform/Log.h"
 #include "platform/linux/pipewire/TapDevice.h"
+#include "platform/linux/system/Notice.h"
 
 namespace CA {
 
@@ -29,8 +31,13 @@ namespace audrel::linuxos {
 /// runs at once, each started and stopped on its own. Under the connection's lock.
 class DeviceTable {
  public:
-  /// What a procedure missed is logged when it stops.
+  /// What a procedure missed is logged, and told, when it stops.
   explicit DeviceTable(os::Logger& log) : log_(log) {}
+
+  void setNoticeTaker(NoticeTaker taker) { tell_ = std::move(taker); }
+
+  /// Tells the one that there is then, if any.
+  void tell(const Notice& notice) const;
 
   /// False when there is a device of that uid.
   bool add(CA::AudioObjectID device, const std::string& uid, CA::AudioObjectID tap);
@@ -75,6 +82,7 @@ class DeviceTable {
   };
 
   os::Logger& log_;
+  NoticeTaker tell_;
   std::map<CA::AudioObjectID, Device> devices_;
   std::uint64_t lostFramesOfStopped_ = 0;
 };

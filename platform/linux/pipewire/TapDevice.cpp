@@ -23,26 +23,34 @@ constexpr std::uint64_t streamInterval = 200'000'000;  // nanoseconds
 constexpr std::chrono::nanoseconds patience = 500ms;
 constexpr std::chrono::nanoseconds watchPeriod = 125ms;
 
+// A shorter silence is over before the user has read of it.
+constexpr std::uint64_t silenceToTellOf = 1'000'000'000;  // nanoseconds
+
 }  // namespace
 
 struct TapDevice::Loss {
   const char* begins;
   const char* ends;
+  const char* told;
 };
 
 const TapDevice::Loss TapDevice::lossOfServer{.begins = "Audio server lost",
-                                              .ends = "Audio server found again"};
+                                              .ends = "Audio server found again",
+                                              .told = "The audio server has gone."};
 const TapDevice::Loss TapDevice::lossOfStream{.begins = "Capture stream lost",
-                                              .ends = "Capture stream made again"};
+                                              .ends = "Capture stream made again",
+                                              .told = "The audio server gives nothing to record."};
 const TapDevice::Loss TapDevice::hang{.begins = "Audio graph stands still",
-                                      .ends = "Audio graph goes on"};
+                                      .ends = "Audio graph goes on",
+                                      .told = "The audio server stands still."};
 
-TapDevice::TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, double rate,
-                     TapStream::IsTapped isTapped, CA::AudioObjectID device,
+TapDevice::TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, NoticeTaker tell,
+                     double rate, TapStream::IsTapped isTapped, CA::AudioObjectID device,
                      CA::AudioDeviceIOProc procedure, void* clientData)
     : connection_(connection),
       time_(time),
       log_(log),
+      tell_(std::move(tell)),
       rate_(rate),
       isTapped_(std::move(isTapped)),
       timeline_(device, procedure, clientData, rate) {}
@@ -129,6 +137,7 @@ void TapDevice::lose(const Loss& loss) {
     timeline_.feedFrom(Timeline::Feeder::silence);
     timeline_.feedSilenceUntil(time_.now());
     state_ = State::silent;
+    silentSince_ = time_.now();
     ticks_->setPeriod(silencePeriod);
     log_.error(std::string(loss.begins) + " — recording silence until it is back");
   }
@@ -159,6 +168,7 @@ void TapDevice::tick() {
     watch();
   } else {
     timeline_.feedSilenceUntil(time_.now());
+    tellOfLoss();
     takeOver();
   }
 }
@@ -187,8 +197,29 @@ void TapDevice::takeOver() {
     timeline_.feedSilenceUntil(time_.now());
     feedFromStream();
     log_.info(std::string(loss_->ends) + " — recording what it plays");
+    tellOfEnd();
   }
   ++readyTicks_;
+}
+
+// The user
+
+void TapDevice::tellOfLoss() {
+  if (!isTold_ && time_.now() - silentSince_ >= silenceToTellOf) {
+    isTold_ = true;
+    tell_({.matter = "audio server",
+           .summary = "Recording silence",
+           .body = std::string(loss_->told) + " The recording goes on in silence until it is back.",
+           .isLoss = true});
+  }
+}
+
+void TapDevice::tellOfEnd() {
+  if (std::exchange(isTold_, false)) {
+    tell_({.matter = "audio server",
+           .summary = "Recording sound again",
+           .body = "The audio server is back."});
+  }
 }
 
 }  // namespace audrel::linuxos

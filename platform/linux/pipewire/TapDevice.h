@@ -12,6 +12,7 @@
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/TapStream.h"
 #include "platform/linux/pipewire/Timeline.h"
+#include "platform/linux/system/Notice.h"
 
 namespace audrel::linuxos {
 
@@ -20,10 +21,10 @@ namespace audrel::linuxos {
 /// the connection's lock.
 class TapDevice {
  public:
-  /// Losses and their ends are logged.
-  TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, double rate,
-            TapStream::IsTapped isTapped, CA::AudioObjectID device, CA::AudioDeviceIOProc procedure,
-            void* clientData);
+  /// Losses and their ends are logged. The user is told of one that lasts a second, and of its end.
+  TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, NoticeTaker tell,
+            double rate, TapStream::IsTapped isTapped, CA::AudioObjectID device,
+            CA::AudioDeviceIOProc procedure, void* clientData);
   ~TapDevice();
   TapDevice(const TapDevice&) = delete;
   TapDevice& operator=(const TapDevice&) = delete;
@@ -39,6 +40,7 @@ class TapDevice {
   void graphChanged();
 
   std::uint64_t lostFrames() const { return timeline_.lostFrames(); }
+  double lostSeconds() const { return static_cast<double>(lostFrames()) / rate_; }
 
  private:
   enum class State {
@@ -60,20 +62,25 @@ class TapDevice {
   void tick();
   void watch();
   void takeOver();
+  void tellOfLoss();
+  void tellOfEnd();
 
   Connection& connection_;
   CaptureTime& time_;
   os::Logger& log_;
+  NoticeTaker tell_;
   double rate_;
   TapStream::IsTapped isTapped_;
   Timeline timeline_;
   std::unique_ptr<CaptureTime::Ticks> ticks_;  ///< once started
   State state_ = State::idle;
-  const Loss* loss_ = nullptr;    ///< while silent
-  std::uint64_t heard_ = 0;       ///< of the timeline's cycles, when last looked at
-  int quietTicks_ = 0;            ///< since then
-  int readyTicks_ = 0;            ///< since the next stream runs
-  std::uint64_t nextStream_ = 0;  ///< when one may be made again, monotonic nanoseconds
+  const Loss* loss_ = nullptr;     ///< while silent
+  std::uint64_t silentSince_ = 0;  ///< while silent, monotonic nanoseconds
+  bool isTold_ = false;            ///< whether the user knows of the loss
+  std::uint64_t heard_ = 0;        ///< of the timeline's cycles, when last looked at
+  int quietTicks_ = 0;             ///< since then
+  int readyTicks_ = 0;             ///< since the next stream runs
+  std::uint64_t nextStream_ = 0;   ///< when one may be made again, monotonic nanoseconds
   std::unique_ptr<TapStream> stream_;
 };
 

@@ -66,7 +66,7 @@ Notifier::Notifier(SessionBus& bus, std::shared_ptr<os::Logger> logger)
     : bus_(bus), logger_(std::move(logger)) {}
 
 void Notifier::notify(Notification notification) {
-  if (!notification.tag.empty() && !tagsOnTheirWay_.insert(notification.tag).second) {
+  if (!isToSend(notification)) {
     return;
   }
   ++onTheirWay_;
@@ -83,28 +83,45 @@ void Notifier::notify(Notification notification) {
             });
 }
 
+/// Whether it is, now; else the tag has noted it.
+bool Notifier::isToSend(const Notification& notification) {
+  if (notification.tag.empty()) {
+    return true;
+  }
+  Tagged& tagged = tagged_[notification.tag];
+  if (!tagged.onItsWay) {
+    tagged.onItsWay = notification;
+    return true;
+  }
+  tagged.next = *tagged.onItsWay == notification ? std::nullopt : std::optional(notification);
+  return false;
+}
+
 void Notifier::show(const Notification& notification, BodyFormat format) {
-  constexpr guint32 none = 0;
   constexpr gint32 desktopsOwnDuration = -1;
-  const auto former = lastOfTag_.find(notification.tag);
+  const auto former = tagged_.find(notification.tag);
   const std::string body =
       format == BodyFormat::markup ? escapedForMarkup(notification.body) : notification.body;
-  bus_.call(method("Notify"),
-            g_variant_new("(susssas@a{sv}i)", "Audrel",
-                          former == lastOfTag_.end() ? none : former->second,
-                          identity::bundleIdentifier, notification.summary.c_str(), body.c_str(),
-                          nullptr, hintsOf(notification), desktopsOwnDuration),
-            [this, notification](const SessionBus::Answer& answer) { done(notification, answer); });
+  bus_.call(
+      method("Notify"),
+      g_variant_new("(susssas@a{sv}i)", "Audrel", former == tagged_.end() ? 0 : former->second.last,
+                    identity::bundleIdentifier, notification.summary.c_str(), body.c_str(), nullptr,
+                    hintsOf(notification), desktopsOwnDuration),
+      [this, notification](const SessionBus::Answer& answer) { done(notification, answer); });
 }
 
 void Notifier::done(const Notification& notification, const SessionBus::Answer& answer) {
   --onTheirWay_;
-  tagsOnTheirWay_.erase(notification.tag);
   if (!answer.failure.empty()) {
     logger_->error(notification.summary + ": " + notification.body +
                    " (no notification could be shown: " + answer.failure + ")");
-  } else if (!notification.tag.empty()) {
-    lastOfTag_[notification.tag] = numberIn(answer);
+  }
+  if (const auto tagged = tagged_.find(notification.tag); tagged != tagged_.end()) {
+    tagged->second.last = answer.failure.empty() ? numberIn(answer) : tagged->second.last;
+    tagged->second.onItsWay.reset();
+    if (auto next = std::exchange(tagged->second.next, std::nullopt)) {
+      notify(std::move(*next));
+    }
   }
 }
 

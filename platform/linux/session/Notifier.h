@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
+#include <optional>
 #include <string>
 
 #include "platform/Log.h"
@@ -19,9 +19,12 @@ struct Notification {
   std::string body;  ///< plain text
   Urgency urgency = Urgency::normal;
 
-  /// Of those with the same tag one at most is there: it takes the place of the one before it, and
-  /// is left out while that one is on its way. Without a tag each stands for itself.
+  /// Of those with the same tag one at most is there: it takes the place of the one before it.
+  /// While that one is on its way the newest waits, unless it says the same. Without a tag each
+  /// stands for itself.
   std::string tag = {};
+
+  bool operator==(const Notification&) const = default;
 };
 
 /// Shows the desktop's notifications. Where it has none, their text goes to the log. Main thread.
@@ -38,14 +41,21 @@ class Notifier {
  private:
   enum class BodyFormat { plain, markup };
 
+  /// Those of one tag.
+  struct Tagged {
+    std::optional<Notification> onItsWay;
+    std::optional<Notification> next;
+    std::uint32_t last = 0;  ///< as the desktop numbers it; 0: none is there
+  };
+
+  bool isToSend(const Notification& notification);
   void show(const Notification& notification, BodyFormat format);
   void done(const Notification& notification, const SessionBus::Answer& answer);
 
   SessionBus& bus_;
   std::shared_ptr<os::Logger> logger_;
   int onTheirWay_ = 0;
-  std::set<std::string> tagsOnTheirWay_;
-  std::map<std::string, std::uint32_t> lastOfTag_;  ///< as the desktop numbers it
+  std::map<std::string, Tagged> tagged_;
 };
 
 }  // namespace audrel::linuxos

@@ -33,6 +33,18 @@ class BlockFiles : public testing::Test {
   BlockFile file_ = BlockFile(disk_->open(), 10);
 };
 
+TEST_F(BlockFiles, countsWhatWasSkippedOnceItIsInTheFile) {
+  append("one");
+  file_.skip(4);
+  EXPECT_EQ(file_.skippedBytes(), 0U);
+  append("two");
+  EXPECT_EQ(file_.skippedBytes(), 4U);
+  EXPECT_EQ(contents(), "one0000two");
+  file_.skip(4);
+  EXPECT_EQ(file_.flush(), 0);
+  EXPECT_EQ(file_.skippedBytes(), 4U);
+}
+
 TEST_F(BlockFiles, blocksFollowOneAnother) {
   EXPECT_EQ(append("one"), std::nullopt);
   EXPECT_EQ(append("three"), std::nullopt);

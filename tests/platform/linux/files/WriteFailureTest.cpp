@@ -1,11 +1,16 @@
 // Disks that fail: for a moment, at any one write, for a while, or for good; and the end of the
 // program at any one write.
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <string>
+#include <vector>
 
 #include "platform/linux/files/M4aFrameWriter.h"
+#include "platform/linux/files/SavingNotices.h"
 #include "platform/linux/files/WavFrameWriter.h"
 #include "tests/platform/linux/files/FakeDisk.h"
 #include "tests/platform/linux/files/Recordings.h"
@@ -14,12 +19,21 @@
 namespace audrel::linuxos::test {
 namespace {
 
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string textOf(const Notice& notice) {
+  return notice.summary + ": " + notice.body;
+}
+
 /// A recording on a disk with a plan, and all that it reported.
 struct Recording {
   Recording(const AV::Settings& settings, const Audio& audio, FakeDisk::Plan plan,
             const std::function<void(FakeDisk&, std::size_t)>& beforeEach = {}) {
     disk->plan = std::move(plan);
     AudioFramework framework(log, disk->creator());
+    framework.setNoticeTaker([this](const Notice& notice) { told.push_back(textOf(notice)); });
     NS::Error error;
     const auto file = framework.openForWriting(
         "/music/recording", settings, AV::AudioCommonFormat::pcmFormatFloat32, true, &error);
@@ -39,6 +53,7 @@ struct Recording {
   support::KeptLog log;
   std::optional<NS::Error> openError;
   std::vector<NS::Error> writeErrors;
+  std::vector<std::string> told;  ///< the user
 };
 
 enum class Kind { m4a, wav };
@@ -138,6 +153,22 @@ TEST_P(WriteFailures, aDiskThatIsFullForAWhileLosesNothing) {
   EXPECT_NE(recording.writeErrors.front().localizedDescription.find("kept in memory"),
             std::string::npos)
       << recording.writeErrors.front().localizedDescription;
+  const std::string memory = GetParam() == Kind::wav ? "6 minutes" : "35 minutes";
+  EXPECT_THAT(
+      recording.told,
+      ElementsAre("Recording cannot be saved: There is no space left on the disk that holds "
+                  "\"/music\". Free some space. Nothing is lost yet: memory holds about " +
+                      memory + ".",
+                  "Recording is saved again: Writing \"recording\" works again."));
+}
+
+TEST_P(WriteFailures, areToldTheUserOnceForEachCause) {
+  const Recording recording = record({}, [](FakeDisk& disk, std::size_t frames) {
+    disk.plan = plans::failFrom(1, frames < 60'000 ? ENOSPC : EIO);
+  });
+  EXPECT_THAT(recording.told,
+              ElementsAre(HasSubstr("no space left"), HasSubstr("reports a fault"),
+                          AllOf(HasSubstr("incomplete"), HasSubstr("reports a fault"))));
 }
 
 TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
@@ -154,6 +185,9 @@ TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
     const std::size_t framesPerBlock = GetParam() == Kind::wav ? 24'000 : 23 * 1024;
     EXPECT_GE(playable + 1024, std::min(blocks * framesPerBlock, audio_.frames()));
     EXPECT_EQ(playable < audio_.frames(), line.find("missing") != std::string::npos) << line;
+    EXPECT_EQ(
+        playable < audio_.frames(),
+        !recording.told.empty() && recording.told.back().starts_with("Recording is incomplete"));
   }
 }
 
@@ -170,7 +204,11 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   constexpr std::size_t marked = 450'000;
   audio.samples[2 * marked] = 1;
   const auto disk = std::make_shared<FakeDisk>();
-  BlockFile file(disk->open(), 40'000);  // M4A: two blocks, WAV: none
+  std::vector<std::string> told;
+  SavingNotices notices("/music/recording", 60,
+                        [&](const Notice& notice) { told.push_back(textOf(notice)); });
+  BlockFile file(disk->open(), 40'000,  // M4A: two blocks, WAV: none
+                 [&](const auto& failure) { notices.blockEnded(failure); });
   std::unique_ptr<FrameWriter> writer;
   if (GetParam() == Kind::wav) {
     const WavFormat format = {48000, 2};
@@ -200,7 +238,8 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
     lossWasTold =
         lossWasTold || (error && error->localizedDescription.find("lost") != std::string::npos);
   }
-  EXPECT_EQ(writer->finish(), std::nullopt);
+  const FrameWriter::Ending ending = writer->finish();
+  EXPECT_EQ(ending.problem, std::nullopt);
   EXPECT_TRUE(lossWasTold);
 
   disk->save(check_);
@@ -212,6 +251,20 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   };
   const auto gap = part(150'000, 370'000);
   EXPECT_EQ(std::ranges::count(gap, 0.0F), gap.size());
+  const auto block = GetParam() == Kind::wav ? 24'000 : 23 * 1024;
+  EXPECT_NEAR(static_cast<double>(ending.missing),
+              static_cast<double>(std::ranges::count(part(60'000, 480'000), 0.0F)) / 2, block);
+  notices.fileEnded(static_cast<double>(ending.missing) / 48000);
+  if (GetParam() == Kind::m4a) {
+    EXPECT_THAT(told.front(), HasSubstr("cannot be saved"));
+    told.erase(told.begin());
+  }
+  EXPECT_THAT(told,
+              ElementsAre("Audio is being lost: There is no space left on the disk that holds "
+                          "\"/music\". Free some space. Until then the recording is silent.",
+                          HasSubstr("is saved again"),
+                          AllOf(HasSubstr("is incomplete: "),
+                                HasSubstr(" s of \"recording\" are missing. There is no space"))));
   const auto after = audio.from(430'000);
   EXPECT_EQ(lag({48000, 2, {after.begin(), after.end()}}, part(430'000, 480'000)), 0);
   EXPECT_LT(errorRatio({48000, 2, {after.begin(), after.end()}}, part(430'000, 480'000)), 0.1);

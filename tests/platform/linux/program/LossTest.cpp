@@ -2,6 +2,7 @@
 // bus, panel, display or audio server, or the user's session.
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <chrono>
 #include <csignal>
@@ -26,6 +27,7 @@ namespace {
 using namespace std::chrono_literals;
 using pwtest::onTheWay;
 using pwtest::Segment;
+using testing::AllOf;
 using testing::HasSubstr;
 
 class Loss : public WavRecording {};
@@ -75,9 +77,12 @@ TEST_F(Loss, ofThePanelCostsNothingAndTheItemComesBack) {
 }
 
 TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
+  auto desktop = notifications();
   const std::uint64_t frame = played();
   server.crash();
-  std::this_thread::sleep_for(300ms);
+  EXPECT_THAT(nextCall(desktop, "Notify"),
+              HasSubstr("'Recording silence', 'The audio server has gone. The recording goes on in "
+                        "silence until it is back.'"));
   server.restart();
   ASSERT_TRUE(server.isRunning());
   ASSERT_TRUE(player.reconnect());
@@ -85,7 +90,10 @@ TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
   ASSERT_TRUE(player.waitForMore("music", 3 * second));
   const std::uint64_t frameOfSecond = played();
   EXPECT_TRUE(waitForIcon("recording"));
+  EXPECT_THAT(nextCall(desktop, "Notify"),
+              HasSubstr("'Recording sound again', 'The audio server is back.'"));
   stopRecording();
+  EXPECT_THAT(nextCall(desktop, "Notify"), HasSubstr("'Recording with gaps', 'Up to "));
 
   pwtest::Audio audio = pwtest::readWav(recording());
   pwtest::removeHalfLinkedStarts(audio);
@@ -96,6 +104,19 @@ TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
   EXPECT_EQ(segments[1].kind, Segment::Kind::silence) << describe(segments);
   EXPECT_EQ(segments[2].first.stream, 2U) << describe(segments);
   EXPECT_GE(segments[2].endPosition(), frameOfSecond - onTheWay) << describe(segments);
+}
+
+TEST_F(Loss, ofTheDiskIsToldAndCostsNothingOnceThereIsRoomAgain) {
+  auto desktop = notifications();
+  const rlimit small{200'000, RLIM_INFINITY};
+  const rlimit usual{RLIM_INFINITY, RLIM_INFINITY};
+  ASSERT_EQ(prlimit(program->pid(), RLIMIT_FSIZE, &small, nullptr), 0);
+  EXPECT_THAT(nextCall(desktop, "Notify"),
+              AllOf(HasSubstr("'Recording cannot be saved'"), HasSubstr("largest size"),
+                    HasSubstr("Nothing is lost yet: memory holds about 6 minutes.")));
+  ASSERT_EQ(prlimit(program->pid(), RLIMIT_FSIZE, &usual, nullptr), 0);
+  EXPECT_THAT(nextCall(desktop, "Notify"), HasSubstr("'Recording is saved again'"));
+  expectStopsWhole();
 }
 
 /// How a desktop tells its programs that the user logs out.

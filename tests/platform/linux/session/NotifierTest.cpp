@@ -64,12 +64,23 @@ TEST_F(NotifierTest, putsANotificationInThePlaceOfTheFormerOfItsTag) {
   }
 }
 
-TEST_F(NotifierTest, leavesOutANotificationWhileOneOfItsTagIsOnItsWay) {
+TEST_F(NotifierTest, leavesOutWhatIsOnItsWayAlready) {
   auto service = notifications();
-  for (int i = 0; i < 3; ++i) {
-    notifier.notify({.summary = "a", .body = "", .tag = "same"});
+  for (const char* summary : {"a", "b", "a"}) {
+    notifier.notify({.summary = summary, .body = "", .tag = "same"});
   }
-  EXPECT_THAT(nextNotification(service), StartsWith("Notify"));
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a'"));
+  ASSERT_TRUE(settle());
+  EXPECT_THAT(service.furtherCalls(), IsEmpty());
+}
+
+TEST_F(NotifierTest, sendsTheNewestOfATagAfterTheOneThatIsOnItsWay) {
+  auto service = notifications();
+  for (const char* summary : {"a", "b", "c"}) {
+    notifier.notify({.summary = summary, .body = "", .tag = "same"});
+  }
+  EXPECT_THAT(nextNotification(service), HasSubstr("0, 'io.github.audrel.Audrel', 'a'"));
+  EXPECT_THAT(nextNotification(service), HasSubstr("1, 'io.github.audrel.Audrel', 'c'"));
   ASSERT_TRUE(settle());
   EXPECT_THAT(service.furtherCalls(), IsEmpty());
 }
