@@ -3,7 +3,6 @@
 #include "platform/Identity.h"
 #include "platform/Selectors.h"
 #include "platform/linux/session/AlertHelper.h"
-#include "platform/linux/system/ProgramFolder.h"
 #include "platform/linux/tray/IconTheme.h"
 
 namespace audrel::linuxos {
@@ -28,7 +27,7 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
                .bus = bus_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
-               .icons = IconTheme::ofProgramIn(programFolder()),
+               .icons = IconTheme::ofThisProgram(),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
       logout_(application_, bus_) {

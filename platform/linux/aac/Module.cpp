@@ -14,6 +14,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/opt.h>
 }
 
 namespace {
@@ -124,6 +125,10 @@ std::unique_ptr<AudrelAacEncoder> open(std::uint32_t sampleRate, std::uint32_t c
   context.bit_rate = nearestBitRate(sampleRate, channels, bitRate);
   context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;  // configuration once, not in each packet
   av_channel_layout_from_mask(&context.ch_layout, layout);
+  // At 256 kbit/s in stereo better than its defaults, and a fifth of their cost. A library that no
+  // longer knows these options keeps its defaults.
+  av_opt_set(context.priv_data, "aac_coder", "fast", 0);
+  av_opt_set(context.priv_data, "aac_is", "0", 0);
   if (const int result = avcodec_open2(&context, codec, nullptr); result < 0) {
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(result, text.data(), text.size());

@@ -1,9 +1,10 @@
 #include "platform/linux/session/AlertHelper.h"
 
-#include <csignal>
-#include <utility>
+#include <unistd.h>
 
-#include "platform/linux/system/ProgramFolder.h"
+#include <csignal>
+#include <system_error>
+#include <utility>
 
 namespace audrel::linuxos {
 
@@ -77,7 +78,18 @@ void AlertHelper::onEnded(GObject* process, GAsyncResult* result, gpointer self)
 }
 
 std::filesystem::path alertHelperProgram() {
-  return partOfProgram("audrel-alert", AUDREL_LIBEXEC_FROM_PROGRAM);
+  std::error_code error;
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  if (error) {
+    return {};
+  }
+  for (const char* place : {".", AUDREL_LIBEXEC_FROM_PROGRAM}) {
+    auto program = (folder / place / "audrel-alert").lexically_normal();
+    if (access(program.c_str(), X_OK) == 0) {
+      return program;
+    }
+  }
+  return {};
 }
 
 }  // namespace audrel::linuxos

@@ -107,8 +107,10 @@ void WatcherRegistration::askForHost() {
 
 void WatcherRegistration::onHostKnown(GObject* source, GAsyncResult* result,
                                       gpointer self) noexcept {
+  GError* failure = nullptr;
   const VariantHandle answer(
-      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, nullptr));
+      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, &failure));
+  const ErrorHandle error(failure);
   if (answer == nullptr) {
     return;  // asked again when the next watcher comes
   }

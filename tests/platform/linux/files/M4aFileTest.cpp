@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
@@ -20,6 +21,28 @@ class M4aFiles : public FileTest {
 
 std::uint64_t nanoseconds(std::uint64_t frames) {
   return frames * 1'000'000'000 / 48000;
+}
+
+TEST_F(M4aFiles, areWhatFFmpegsFastCoderMakesWithoutIntensityStereo) {
+  const Audio audio = noise(48'000);
+  const auto bytes = std::as_bytes(std::span(audio.samples));
+  std::ofstream(folder_ / "raw", std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  const auto expected = folder_ / "expected.m4a";
+  const ToolResult result = runTool(
+      {"ffmpeg",  "-v", "warning",       "-nostdin", "-f",  "f32le", "-ar",  "48000",      "-ac",
+       "2",       "-i", folder_ / "raw", "-c:a",     "aac", "-b:a",  "256k", "-aac_coder", "fast",
+       "-aac_is", "0",  expected});
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+
+  auto decoded = decode(record(audio));
+  auto expectedSamples = decode(expected);
+  ASSERT_GE(decoded.size(), audio.samples.size());
+  ASSERT_GE(expectedSamples.size(), audio.samples.size());
+  decoded.resize(audio.samples.size());
+  expectedSamples.resize(audio.samples.size());
+  EXPECT_TRUE(decoded == expectedSamples);
 }
 
 TEST_F(M4aFiles, areTheSameWhateverTheQualityKeySays) {
