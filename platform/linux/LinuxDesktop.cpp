@@ -3,6 +3,7 @@
 #include "platform/Identity.h"
 #include "platform/Selectors.h"
 #include "platform/linux/session/AlertHelper.h"
+#include "platform/linux/system/ProgramFolder.h"
 #include "platform/linux/tray/IconTheme.h"
 
 namespace audrel::linuxos {
@@ -27,7 +28,7 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
                .bus = bus_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
-               .icons = IconTheme::ofThisProgram(),
+               .icons = IconTheme::ofProgramIn(programFolder()),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
       logout_(application_, bus_) {

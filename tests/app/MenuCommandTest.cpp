@@ -177,22 +177,10 @@ TEST_F(MenuCommand, revealPrefersTheFileOfThisRunToTheStoredOne) {
   EXPECT_THAT(revealed(), ElementsAre(firstM4A));
 }
 
-TEST_F(MenuCommand, revealTakesTheStoredFileWhenThisRunHasNone) {
-  fileIsStored("/elsewhere.m4a");
-  openAndChoose("Reveal Last Recording in Finder");
-  EXPECT_THAT(revealed(), ElementsAre("/elsewhere.m4a"));
-}
-
 TEST_F(MenuCommand, checkForUpdatesIsTheUpdatersAndNothingElse) {
   choose("Check for Updates…");
   EXPECT_THAT(journal(), ElementsAre("the user chooses \"Check for Updates…\"",
                                      "updaterController.checkForUpdates()"));
-}
-
-TEST_F(MenuCommand, quitTerminatesTheApplicationAndNothingElse) {
-  choose("Quit Audrel");
-  EXPECT_THAT(journal(),
-              ElementsAre("the user chooses \"Quit Audrel\"", "application.terminate()"));
 }
 
 TEST_F(MenuCommand, noCommandButAStartShowsAnErrorAlert) {

@@ -35,16 +35,6 @@ class RecordingControl : public AppDelegateTest {
   }
 };
 
-TEST_F(RecordingControl, startSetsTheFields) {
-  start();
-  EXPECT_TRUE(isRecording());
-  EXPECT_EQ(Inspector::currentOutputURL(*app), firstM4A);
-  EXPECT_EQ(world.userDefaults.values["lastRecordingPath"], firstM4A);
-  EXPECT_TRUE(Inspector::hasUITimer(*app));
-  EXPECT_EQ(world.runLoop.scheduled(), 1U);
-  EXPECT_FALSE(Inspector::warningFired(*app));
-}
-
 TEST_F(RecordingControl, startRecordsTheSelectedSourceInTheStoredFormat) {
   world.userDefaults.values["format"] = "wav";
   openAndChoose("Radio");
@@ -59,31 +49,6 @@ TEST_F(RecordingControl, startTakesAnotherNameWhenTheFirstIsTaken) {
   start();
   EXPECT_THAT(urls(),
               ElementsAre("/home/listener/Downloads/audio-SystemMix-2026-11-16-070900-2.m4a"));
-}
-
-TEST_F(RecordingControl, stopSetsTheFieldsAndShowsNoAlert) {
-  start();
-  stop();
-  EXPECT_FALSE(isRecording());
-  EXPECT_FALSE(Inspector::hasUITimer(*app));
-  EXPECT_EQ(world.runLoop.scheduled(), 0U);
-  EXPECT_THAT(world.appKit.alerts, IsEmpty());
-}
-
-TEST_F(RecordingControl, secondToggleStopsAndAThirdStartsAnotherFileAndResetsTheWarning) {
-  app->toggleRecording(nullptr);
-  world.fileManager.existing.insert(firstM4A);
-  tickAt(3600);
-  ASSERT_TRUE(Inspector::warningFired(*app));
-  app->toggleRecording(nullptr);
-  EXPECT_FALSE(isRecording());
-  world.clock.date = fakes::FakeClock::epoch();
-  app->toggleRecording(nullptr);
-  EXPECT_TRUE(isRecording());
-  EXPECT_FALSE(Inspector::warningFired(*app));
-  EXPECT_THAT(
-      urls(),
-      ElementsAre(firstM4A, "/home/listener/Downloads/audio-SystemMix-2026-11-16-070900-2.m4a"));
 }
 
 TEST_F(RecordingControl, refusedPermissionShowsOnlyThePermissionAlertAndNamesNoFile) {

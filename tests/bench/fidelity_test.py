@@ -24,44 +24,25 @@ def silence(frames):
 
 
 class FidelityTest(unittest.TestCase):
-    def found(self, *parts):
-        return check(b"".join(parts), LOOP)
-
-    def test_a_recording_of_the_loop_is_whole_wherever_it_begins(self):
-        self.assertEqual(self.found(played(1234, 300000)), Fidelity(lost=0, added=0))
-
-    def test_silence_before_and_after_is_no_loss(self):
-        self.assertEqual(self.found(silence(4321), played(5, 90000), silence(99)),
-                         Fidelity(lost=0, added=0))
-
-    def test_a_cycle_that_was_dropped_is_lost(self):
-        self.assertEqual(self.found(played(0, 100000), played(101024, 200000)),
-                         Fidelity(lost=1024, added=0))
-
-    def test_a_cycle_that_silence_stands_for_is_lost_and_the_silence_is_added(self):
-        self.assertEqual(self.found(played(0, 70000), silence(1024), played(71024, 200000)),
-                         Fidelity(lost=1024, added=1024))
-
-    def test_silence_between_frames_that_follow_each_other_is_added(self):
-        self.assertEqual(self.found(played(0, 70000), silence(512), played(70000, 200000)),
-                         Fidelity(lost=0, added=512))
-
-    def test_frames_that_come_twice_are_added(self):
-        self.assertEqual(self.found(played(0, 70000), played(69000, 200000)),
-                         Fidelity(lost=0, added=1000))
-
-    def test_a_single_wrong_frame_is_seen(self):
-        self.assertEqual(self.found(played(0, 70001), b"\1\2\3\4", played(70002, 200000)),
-                         Fidelity(lost=1, added=1))
-
-    def test_holes_add_up_over_the_loops_end(self):
-        self.assertEqual(
-            self.found(played(90000, 95900), played(96100, 150000), played(150033, 200000)),
-            Fidelity(lost=233, added=0))
+    def test_what_is_lost_and_what_is_added_is_counted(self):
+        for what, lost, added, parts in (
+                ("the loop, wherever it begins", 0, 0, [played(1234, 300000)]),
+                ("silence before and after", 0, 0, [silence(4321), played(5, 90000), silence(99)]),
+                ("a cycle that was dropped", 1024, 0, [played(0, 100000), played(101024, 200000)]),
+                ("a cycle that silence stands for", 1024, 1024,
+                 [played(0, 70000), silence(1024), played(71024, 200000)]),
+                ("silence between frames that follow each other", 0, 512,
+                 [played(0, 70000), silence(512), played(70000, 200000)]),
+                ("frames that come twice", 0, 1000, [played(0, 70000), played(69000, 200000)]),
+                ("a single wrong frame", 1, 1,
+                 [played(0, 70001), b"\1\2\3\4", played(70002, 200000)]),
+                ("holes on both sides of the loop's end", 233, 0,
+                 [played(90000, 95900), played(96100, 150000), played(150033, 200000)])):
+            with self.subTest(what):
+                self.assertEqual(check(b"".join(parts), LOOP), Fidelity(lost, added))
 
     def test_audio_that_is_not_the_loop_sample_for_sample_is_not_judged(self):
-        changed = bytes(byte & 0xFE for byte in played(0, 50000))
-        self.assertIsNone(self.found(changed))
+        self.assertIsNone(check(bytes(byte & 0xFE for byte in played(0, 50000)), LOOP))
 
 
 if __name__ == "__main__":

@@ -114,6 +114,21 @@ TEST_F(Engine, underrunCountSurvivesAStartThatFails) {
   EXPECT_EQ(engine->underrunCount(), 1);
 }
 
+TEST_F(Engine, keepsTheStatusOfAFailureWhenTearingDownFailsToo) {
+  world.hardware.fail(Call::deviceStart, -11);
+  world.hardware.fail(Call::deviceStop, 1);
+  world.hardware.fail(Call::destroyIOProcID, 2);
+  world.hardware.fail(Call::destroyAggregateDevice, 3);
+  world.hardware.fail(Call::destroyProcessTap, 4);
+  EXPECT_EQ(start(), RecorderError::ioProcInstallFailed(-11));
+  EXPECT_FALSE(engine->isRecording());
+  EXPECT_EQ(engine->startDate(), std::nullopt);
+  EXPECT_FALSE(Inspector::hasIOProc(*engine));
+  EXPECT_FALSE(Inspector::hasAudioFile(*engine));
+  EXPECT_EQ(Inspector::aggregateDeviceID(*engine), 0U);
+  EXPECT_EQ(Inspector::tapID(*engine), 0U);
+}
+
 TEST_F(Engine, theLineOfTheStartNamesTheFileOnlyAndTheProcessAsItIsCalled) {
   engine->start(RecordingSource::process(7, "Rädio\n%s", std::nullopt), RecordingFormat::wav,
                 "/a/b c/d %d ü.wav");

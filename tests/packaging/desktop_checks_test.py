@@ -19,11 +19,6 @@ class DesktopChecksTest(unittest.TestCase):
         shutil.copytree(PACKAGING, self.folder)
         self.icons = self.folder / "icons" / "hicolor"
 
-    def replace(self, path, old, new):
-        text = path.read_text(encoding="utf-8")
-        self.assertIn(old, text)
-        path.write_text(text.replace(old, new), encoding="utf-8")
-
     def check(self):
         return subprocess.run([PACKAGING / "check-desktop", self.folder], text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
@@ -37,44 +32,36 @@ class DesktopChecksTest(unittest.TestCase):
         result = self.check()
         self.assertEqual((result.returncode, result.stdout), (0, ""))
 
-    def test_an_action_without_a_command_is_refused(self):
-        self.replace(self.folder / f"{APPLICATION}.desktop",
-                     f"Exec=gapplication action {APPLICATION} quit\n", "")
-        self.assert_refused("Desktop Action quit")
-
-    def test_even_a_hint_of_the_validator_is_heeded(self):
-        self.replace(self.folder / f"{APPLICATION}.desktop", "AudioVideo;Audio;Recorder;",
-                     "Recorder;")
-        self.assert_refused("Recorder")
-
-    def test_metainfo_without_a_licence_is_refused(self):
-        self.replace(self.folder / f"{APPLICATION}.metainfo.xml",
-                     "<metadata_license>CC0-1.0</metadata_license>", "")
-        self.assert_refused("metadata-license")
-
-    def test_metainfo_that_is_no_xml_is_refused(self):
-        self.replace(self.folder / f"{APPLICATION}.metainfo.xml", "</component>", "")
-        self.assert_refused("xml-markup-invalid")
-
-    def test_a_drawing_that_is_no_xml_is_refused(self):
-        self.replace(self.icons / f"scalable/status/{APPLICATION}-warning.svg", "</svg>", "")
-        self.assert_refused("cannot be rendered")
-
-    def test_a_drawing_that_is_no_svg_is_refused(self):
-        self.replace(self.icons / f"scalable/status/{APPLICATION}-warning.svg", "svg", "gvs")
-        self.assert_refused("cannot be rendered")
-
-    def test_a_drawing_that_shows_nothing_is_refused(self):
-        self.replace(self.icons / f"symbolic/apps/{APPLICATION}-symbolic.svg", "#2e3436", "none")
-        self.assert_refused("shows nothing")
+    def test_a_file_with_a_fault_is_refused(self):
+        warning = f"icons/hicolor/scalable/status/{APPLICATION}-warning.svg"
+        for fault, name, old, new, reason in (
+                ("an action without a command", f"{APPLICATION}.desktop",
+                 f"Exec=gapplication action {APPLICATION} quit\n", "", "Desktop Action quit"),
+                ("what the validator only hints at", f"{APPLICATION}.desktop",
+                 "AudioVideo;Audio;Recorder;", "Recorder;", "Recorder"),
+                ("metainfo without a licence", f"{APPLICATION}.metainfo.xml",
+                 "<metadata_license>CC0-1.0</metadata_license>", "", "metadata-license"),
+                ("metainfo that is no XML", f"{APPLICATION}.metainfo.xml", "</component>", "",
+                 "xml-markup-invalid"),
+                ("a drawing that is no XML", warning, "</svg>", "", "cannot be rendered"),
+                ("a drawing that is no SVG", warning, "svg", "gvs", "cannot be rendered"),
+                ("a drawing that shows nothing",
+                 f"icons/hicolor/symbolic/apps/{APPLICATION}-symbolic.svg", "#2e3436", "none",
+                 "shows nothing"),
+                ("a drawing that the sizes are not of",
+                 f"icons/hicolor/scalable/apps/{APPLICATION}.svg", "#3f6fb5", "#3f6fb6",
+                 "not what packaging/linux/icons/render makes")):
+            with self.subTest(fault):
+                path = self.folder / name
+                good = path.read_text(encoding="utf-8")
+                self.assertIn(old, good)
+                path.write_text(good.replace(old, new), encoding="utf-8")
+                self.assert_refused(reason)
+                path.write_text(good, encoding="utf-8")
 
     def test_a_size_that_is_missing_is_refused(self):
         (self.icons / f"22x22/apps/{APPLICATION}.png").unlink()
         self.assert_refused(f"{APPLICATION}.png")
-
-    def test_a_size_of_another_drawing_is_refused(self):
-        self.replace(self.icons / f"scalable/apps/{APPLICATION}.svg", "#3f6fb5", "#3f6fb6")
-        self.assert_refused("not what packaging/linux/icons/render makes")
 
     def test_a_size_that_nobody_renders_is_refused(self):
         shutil.copytree(self.icons / "48x48", self.icons / "40x40")

@@ -4,29 +4,14 @@
 
 #include <atomic>
 #include <string_view>
-#include <system_error>
+
+#include "platform/linux/system/ProgramFolder.h"
 
 namespace audrel::linuxos {
 
 namespace {
 
 constexpr const char* fileName = "audrel-aac.so";
-
-std::filesystem::path findModule() {
-  std::error_code error;
-  // After an upgrade the link ends in " (deleted)", and its folder is where the new one is.
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  if (error) {
-    return {};
-  }
-  for (const char* place : {".", AUDREL_MODULES_FROM_PROGRAM}) {
-    auto file = (folder / place / fileName).lexically_normal();
-    if (std::filesystem::exists(file, error)) {
-      return file;
-    }
-  }
-  return {};
-}
 
 /// What the dynamic linker says of a library that the module needs: "libavcodec.so.59: cannot open
 /// shared object file: ...". Empty when it says something else.
@@ -81,7 +66,7 @@ const AudrelAacFunctions* aacFunctions(std::string* problem) {
   static std::atomic<const AudrelAacFunctions*> loaded = nullptr;
   const AudrelAacFunctions* functions = loaded;
   if (functions == nullptr) {
-    functions = aacFunctionsOf(findModule(), problem);
+    functions = aacFunctionsOf(partOfProgram(fileName, AUDREL_MODULES_FROM_PROGRAM), problem);
     if (functions != nullptr) {
       loaded = functions;
     }

@@ -1,10 +1,9 @@
 #include "platform/linux/session/AlertHelper.h"
 
-#include <unistd.h>
-
 #include <csignal>
-#include <system_error>
 #include <utility>
+
+#include "platform/linux/system/ProgramFolder.h"
 
 namespace audrel::linuxos {
 
@@ -78,18 +77,7 @@ void AlertHelper::onEnded(GObject* process, GAsyncResult* result, gpointer self)
 }
 
 std::filesystem::path alertHelperProgram() {
-  std::error_code error;
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  if (error) {
-    return {};
-  }
-  for (const char* place : {".", AUDREL_LIBEXEC_FROM_PROGRAM}) {
-    auto program = (folder / place / "audrel-alert").lexically_normal();
-    if (access(program.c_str(), X_OK) == 0) {
-      return program;
-    }
-  }
-  return {};
+  return partOfProgram("audrel-alert", AUDREL_LIBEXEC_FROM_PROGRAM);
 }
 
 }  // namespace audrel::linuxos

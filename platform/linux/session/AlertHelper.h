@@ -41,9 +41,7 @@ class AlertHelper {
   std::function<void(std::optional<int>)> ended_;
 };
 
-/// "audrel-alert", beside the running program, as the build leaves it, else where the installed
-/// program has it (the build's option says where, relative to the program). Empty when it is in
-/// neither place.
+/// "audrel-alert" of the running program. Empty when it is not there.
 std::filesystem::path alertHelperProgram();
 
 }  // namespace audrel::linuxos

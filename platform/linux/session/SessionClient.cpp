@@ -43,10 +43,8 @@ void SessionClient::registerClient() {
 }
 
 void SessionClient::onRegistered(GObject* source, GAsyncResult* result, gpointer self) noexcept {
-  GError* failure = nullptr;
   const VariantHandle answer(
-      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, &failure));
-  const ErrorHandle error(failure);
+      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, nullptr));
   if (answer == nullptr) {
     return;  // refused, or this object has gone
   }

@@ -59,11 +59,6 @@ IconTheme::IconTheme(fs::path folder) : folder_(std::move(folder)) {
   }
 }
 
-IconTheme IconTheme::ofThisProgram() {
-  std::error_code error;
-  return ofProgramIn(fs::read_symlink("/proc/self/exe", error).parent_path());
-}
-
 IconTheme IconTheme::ofProgramIn(const fs::path& folder) {
   for (const char* place : {"share/icons", AUDREL_ICONS_FROM_PROGRAM}) {
     IconTheme theme((folder / place).lexically_normal());

@@ -16,9 +16,6 @@ class IconTheme {
   /// `folder` is the one that holds `hicolor`; empty when there is none. Looks at the files once.
   explicit IconTheme(std::filesystem::path folder);
 
-  /// The tree of the running program.
-  static IconTheme ofThisProgram();
-
   /// Looks for `share/icons` in the program's own folder, as the build leaves it, then where the
   /// installed program has it (AUDREL_ICONS_FROM_PROGRAM, a path from that folder). Neither names a
   /// place of the machine that built it, so both trees may be moved.

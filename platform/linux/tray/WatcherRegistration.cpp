@@ -107,10 +107,8 @@ void WatcherRegistration::askForHost() {
 
 void WatcherRegistration::onHostKnown(GObject* source, GAsyncResult* result,
                                       gpointer self) noexcept {
-  GError* failure = nullptr;
   const VariantHandle answer(
-      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, &failure));
-  const ErrorHandle error(failure);
+      g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection*>(source), result, nullptr));
   if (answer == nullptr) {
     return;  // asked again when the next watcher comes
   }

@@ -155,12 +155,7 @@ TEST_F(PictureTest, aPictureThatIsNotSquareIsCentred) {
 
 class IconThemeTest : public PictureTest {
  protected:
-  void addIcon(const std::string& size, const std::string& name) {
-    addIcon(size, name, folder.path());
-  }
-
-  static void addIcon(const std::string& size, const std::string& name,
-                      const std::filesystem::path& icons) {
+  void addIcon(const std::string& size, const std::string& name) const {
     const auto contextFolder = icons / "hicolor" / size / "apps";
     std::error_code error;
     std::filesystem::create_directories(contextFolder, error);
@@ -168,14 +163,15 @@ class IconThemeTest : public PictureTest {
   }
 
   support::TemporaryFolder folder;
+  const std::filesystem::path icons = folder.path() / "share" / "icons";
 };
 
 TEST_F(IconThemeTest, namesTheIconThatShowsAPicture) {
   addIcon("scalable", "io.github.audrel.Audrel-recording.svg");
   addIcon("22x22", "io.github.audrel.Audrel-warning.png");
   addIcon("symbolic", "io.github.audrel.Audrel-idle-symbolic.svg");
-  const IconTheme theme(folder.path());
-  EXPECT_EQ(theme.folder(), folder.path());
+  const IconTheme theme(icons);
+  EXPECT_EQ(theme.folder(), icons);
   EXPECT_EQ(theme.iconFor(pictureOf(symbol("waveform.circle", true))),
             "io.github.audrel.Audrel-idle-symbolic");
   EXPECT_EQ(theme.iconFor(pictureOf(tinted("waveform.circle.fill", appKit.systemRedColor()))),
@@ -188,7 +184,7 @@ TEST_F(IconThemeTest, hasNoNameForOtherPictures) {
   for (const char* name : {"-idle-symbolic.svg", "-recording.svg", "-warning.svg"}) {
     addIcon("scalable", std::string("io.github.audrel.Audrel") + name);
   }
-  const IconTheme theme(folder.path());
+  const IconTheme theme(icons);
   EXPECT_EQ(theme.iconFor(pictureOf(symbol("waveform.circle", false))), std::nullopt);
   EXPECT_EQ(theme.iconFor(pictureOf(symbol("waveform.circle.fill", true))), std::nullopt);
   EXPECT_EQ(theme.iconFor(pictureOf(tinted("waveform.circle", appKit.systemRedColor()))),
@@ -198,29 +194,15 @@ TEST_F(IconThemeTest, hasNoNameForOtherPictures) {
 
 TEST_F(IconThemeTest, hasNoNameForAnIconWithoutAFile) {
   addIcon("scalable", "io.github.audrel.Audrel-recording.svg");
-  const IconTheme theme(folder.path());
+  const IconTheme theme(icons);
   EXPECT_EQ(theme.iconFor(pictureOf(symbol("waveform.circle", true))), std::nullopt);
   EXPECT_NE(theme.iconFor(pictureOf(tinted("waveform.circle.fill", appKit.systemRedColor()))),
             std::nullopt);
 }
 
-TEST_F(IconThemeTest, isFoundBesideTheProgramOfABuild) {
-  const auto program = folder.path() / "build";
-  addIcon("scalable", "io.github.audrel.Audrel-idle-symbolic.svg", program / "share" / "icons");
-  EXPECT_EQ(IconTheme::ofProgramIn(program).folder(), program / "share" / "icons");
-}
-
-TEST_F(IconThemeTest, isFoundWhereTheInstalledProgramHasIt) {
-  const auto program = folder.path() / "usr" / "bin";
-  const auto icons = (program / AUDREL_ICONS_FROM_PROGRAM).lexically_normal();
-  addIcon("scalable", "io.github.audrel.Audrel-idle-symbolic.svg", icons);
-  EXPECT_EQ(IconTheme::ofProgramIn(program).folder(), icons);
-}
-
 TEST_F(IconThemeTest, ofOtherProgramsAloneIsNotOurs) {
-  const auto program = folder.path() / "build";
-  addIcon("scalable", "another-program.svg", program / "share" / "icons");
-  EXPECT_TRUE(IconTheme::ofProgramIn(program).folder().empty());
+  addIcon("scalable", "another-program.svg");
+  EXPECT_TRUE(IconTheme::ofProgramIn(folder.path()).folder().empty());
 }
 
 }  // namespace

@@ -8,6 +8,13 @@ namespace {
 constexpr std::uint64_t second = 1'000'000'000;
 constexpr std::uint64_t quantumNanoseconds = 1024 * second / 48000;
 
+/// Of a recording that starts at 0, in whose graph nothing has happened yet.
+struct GraphClockTest : testing::Test {
+  GraphClockTest() { clock.start(0); }
+
+  GraphClock clock{48000};
+};
+
 /// The n-th cycle of a driver that started at one second.
 GraphCycle cycle(std::uint64_t n, std::uint32_t clockId = 1) {
   return {.clockId = clockId,
@@ -17,23 +24,13 @@ GraphCycle cycle(std::uint64_t n, std::uint32_t clockId = 1) {
           .nsec = second + n * quantumNanoseconds};
 }
 
-TEST(GraphClock, theFirstCycleMissesNothing) {
-  GraphClock clock(48000);
-  clock.start(0);
-  EXPECT_EQ(clock.advance(cycle(7)).missing, 0U);
-}
-
-TEST(GraphClock, consecutiveCyclesMissNothing) {
-  GraphClock clock(48000);
-  clock.start(0);
-  for (std::uint64_t n = 0; n < 100; ++n) {
+TEST_F(GraphClockTest, theFirstCycleAndThoseThatFollowItMissNothing) {
+  for (std::uint64_t n = 7; n < 100; ++n) {
     EXPECT_EQ(clock.advance(cycle(n)).missing, 0U);
   }
 }
 
-TEST(GraphClock, aJumpOfThePositionIsExactlyWhatWasMissed) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aJumpOfThePositionIsExactlyWhatWasMissed) {
   clock.advance(cycle(0));
   EXPECT_EQ(clock.advance(cycle(4)).missing, 3U * 1024);
   EXPECT_EQ(clock.advance(cycle(5)).missing, 0U);
@@ -46,9 +43,7 @@ TEST(GraphClock, missedFramesAreCountedAtTheRateOfTheRecording) {
   EXPECT_EQ(clock.advance(cycle(2)).missing, 2U * 1024);
 }
 
-TEST(GraphClock, aCycleThatComesAgainIsToldUnlessItMayBeTheRestOfAResampledOne) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aCycleThatComesAgainIsToldUnlessItMayBeTheRestOfAResampledOne) {
   EXPECT_FALSE(clock.advance(cycle(0)).isRepeated);
   const auto again = clock.advance(cycle(0));
   EXPECT_TRUE(again.isRepeated);
@@ -61,9 +56,7 @@ TEST(GraphClock, aCycleThatComesAgainIsToldUnlessItMayBeTheRestOfAResampledOne) 
   EXPECT_TRUE(rest.takesCycle && !rest.isRepeated && rest.missing == 0);
 }
 
-TEST(GraphClock, aQuantumThatChangesMissesNothing) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aQuantumThatChangesMissesNothing) {
   clock.advance(cycle(0));
   GraphCycle half = cycle(1);
   half.duration = 512;
@@ -73,18 +66,14 @@ TEST(GraphClock, aQuantumThatChangesMissesNothing) {
   EXPECT_EQ(clock.advance(next).missing, 0U);
 }
 
-TEST(GraphClock, anotherDriverThatFollowsWithinTwoCyclesMissesNothing) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, anotherDriverThatFollowsWithinTwoCyclesMissesNothing) {
   clock.advance(cycle(10, 1));
   GraphCycle other = cycle(0, 2);
   other.nsec = cycle(11, 1).nsec + quantumNanoseconds + quantumNanoseconds / 2;
   EXPECT_EQ(clock.advance(other).missing, 0U);
 }
 
-TEST(GraphClock, anotherDriverThatComesLateIsMeasuredByTheMonotonicClock) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, anotherDriverThatComesLateIsMeasuredByTheMonotonicClock) {
   clock.advance(cycle(10, 1));
   GraphCycle other = cycle(0, 2);
   other.nsec = cycle(11, 1).nsec + second / 2;
@@ -98,9 +87,7 @@ GraphCycle afterUnheard(std::uint64_t n, std::uint32_t clockId, std::uint64_t cy
   return late;
 }
 
-TEST(GraphClock, whatAnotherDriverRanWithoutTheStreamIsCountedAndTakesNoTime) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, whatAnotherDriverRanWithoutTheStreamIsCountedAndTakesNoTime) {
   clock.advance(cycle(10));
   const auto step = clock.advance(afterUnheard(11, 2, 2));
   EXPECT_EQ(step.missing, 0U);
@@ -109,9 +96,7 @@ TEST(GraphClock, whatAnotherDriverRanWithoutTheStreamIsCountedAndTakesNoTime) {
   EXPECT_EQ(clock.advance(cycle(12, 2)).unheard, 0U);
 }
 
-TEST(GraphClock, whatIsMissingByTheMonotonicClockIsNotCountedTwice) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, whatIsMissingByTheMonotonicClockIsNotCountedTwice) {
   clock.advance(cycle(10));
   const auto step = clock.advance(afterUnheard(14, 2, 2));
   EXPECT_EQ(step.missing, 3U * 1024);
@@ -119,26 +104,20 @@ TEST(GraphClock, whatIsMissingByTheMonotonicClockIsNotCountedTwice) {
   EXPECT_EQ(clock.advance(afterUnheard(18, 1, 5)).unheard, 2U * 1024);
 }
 
-TEST(GraphClock, nothingIsUnheardBeforeTimeStartsOrInASilence) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, nothingIsUnheardBeforeTimeStartsOrInASilence) {
   EXPECT_EQ(clock.advance(afterUnheard(10, 1, 2)).unheard, 0U);
   clock.advanceTo(cycle(20).nsec);
   EXPECT_EQ(clock.advance(afterUnheard(21, 2, 2)).unheard, 0U);
 }
 
-TEST(GraphClock, aDriverThatCountsAnewIsAnotherOne) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aDriverThatCountsAnewIsAnotherOne) {
   clock.advance(cycle(10));
   GraphCycle anew = cycle(0);
   anew.nsec = cycle(11).nsec;
   EXPECT_EQ(clock.advance(anew).missing, 0U);
 }
 
-TEST(GraphClock, aRateThatChangesIsAnotherDriver) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aRateThatChangesIsAnotherDriver) {
   clock.advance(cycle(10));
   GraphCycle slower = cycle(11);
   slower.rate = 44100;
@@ -153,17 +132,13 @@ GraphCycle delayed(std::uint64_t n, std::uint64_t nanoseconds) {
   return late;
 }
 
-TEST(GraphClock, aStallThatADriverDoesNotCountIsMeasuredByTheMonotonicClock) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aStallThatADriverDoesNotCountIsMeasuredByTheMonotonicClock) {
   clock.advance(cycle(0));
   EXPECT_EQ(clock.advance(delayed(1, second / 2)).missing, 24000U);
   EXPECT_EQ(clock.advance(delayed(2, second / 2)).missing, 0U);
 }
 
-TEST(GraphClock, stallsThatADriverDoesNotCountAddUp) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, stallsThatADriverDoesNotCountAddUp) {
   std::uint64_t missing = 0;
   for (std::uint64_t n = 0; n < 40; ++n) {
     missing += clock.advance(delayed(n, n / 4 * second / 50)).missing;
@@ -171,9 +146,7 @@ TEST(GraphClock, stallsThatADriverDoesNotCountAddUp) {
   EXPECT_NEAR(static_cast<double>(missing), 9 * 960, 4096);
 }
 
-TEST(GraphClock, aCycleThatIsLateAndMadeUpForMissesNothing) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aCycleThatIsLateAndMadeUpForMissesNothing) {
   for (std::uint64_t n = 0; n < 1000; ++n) {
     const std::uint64_t late = n % 10 == 0 ? 2 * quantumNanoseconds : 0;
     EXPECT_EQ(clock.advance(delayed(n, late)).missing, 0U);
@@ -210,9 +183,7 @@ TEST(GraphClock, aClockThatRunsMuchTooSlowStallsNothing) {
   }
 }
 
-TEST(GraphClock, aGraphFasterThanTimeMayStandStillInBetween) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, aGraphFasterThanTimeMayStandStillInBetween) {
   for (std::uint64_t n = 0; n < 200; ++n) {
     GraphCycle fast = cycle(n);
     fast.nsec = second + n * quantumNanoseconds / 20 + (n >= 100 ? second / 4 : 0);
@@ -220,9 +191,7 @@ TEST(GraphClock, aGraphFasterThanTimeMayStandStillInBetween) {
   }
 }
 
-TEST(GraphClock, whatIsMissingIsFoundInStepsOfTenSeconds) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, whatIsMissingIsFoundInStepsOfTenSeconds) {
   clock.advance(cycle(0));
   const std::uint64_t cyclesMissed = 55 * second / quantumNanoseconds;
   std::uint64_t missing = 0;
@@ -239,18 +208,14 @@ TEST(GraphClock, whatIsMissingIsFoundInStepsOfTenSeconds) {
   EXPECT_EQ(clock.advance(cycle(cyclesMissed + steps)).missing, 0U);
 }
 
-TEST(GraphClock, silenceComesInStepsOfTenSeconds) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, silenceComesInStepsOfTenSeconds) {
   EXPECT_EQ(clock.advanceTo(25 * second), 480'000U);
   EXPECT_EQ(clock.advanceTo(25 * second), 480'000U);
   EXPECT_EQ(clock.advanceTo(25 * second), 240'000U);
   EXPECT_EQ(clock.advanceTo(25 * second), 0U);
 }
 
-TEST(GraphClock, cyclesOfATimeThatIsSilentAlreadyAreLeftOut) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, cyclesOfATimeThatIsSilentAlreadyAreLeftOut) {
   clock.advance(cycle(0));
   clock.advanceTo(cycle(101).nsec);
   for (std::uint64_t n = 1; n < 101; ++n) {
@@ -261,25 +226,19 @@ TEST(GraphClock, cyclesOfATimeThatIsSilentAlreadyAreLeftOut) {
   EXPECT_TRUE(clock.advance(cycle(101)).takesCycle);
 }
 
-TEST(GraphClock, theEndMissesNothingWhileNoCycleIsOverdue) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, theEndMissesNothingWhileNoCycleIsOverdue) {
   EXPECT_EQ(clock.finish(second / 10), 0U) << "the first cycle may be a long one";
   clock.start(second);
   clock.advance(cycle(0));
   EXPECT_EQ(clock.finish(cycle(1).nsec + second / 50), 0U);
 }
 
-TEST(GraphClock, theEndMissesWhatTheLastCycleLeft) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, theEndMissesWhatTheLastCycleLeft) {
   clock.advance(cycle(0));
   EXPECT_EQ(clock.finish(cycle(1).nsec + second / 4), 12000U);
 }
 
-TEST(GraphClock, theEndOfASilenceIsItsOwnMoment) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, theEndOfASilenceIsItsOwnMoment) {
   clock.advanceTo(second);
   EXPECT_EQ(clock.finish(second + second / 100), 480U);
 }
@@ -292,16 +251,12 @@ TEST(GraphClock, silenceGoesFromTheStartToTheGivenTime) {
   EXPECT_EQ(clock.advanceTo(second), 0U) << "time does not go back";
 }
 
-TEST(GraphClock, silenceGoesOnWhereTheLastCycleEnded) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, silenceGoesOnWhereTheLastCycleEnded) {
   clock.advance(cycle(0));
   EXPECT_EQ(clock.advanceTo(cycle(1).nsec + second), 48000U);
 }
 
-TEST(GraphClock, theFirstCycleAfterSilenceMissesWhatSilenceLeft) {
-  GraphClock clock(48000);
-  clock.start(0);
+TEST_F(GraphClockTest, theFirstCycleAfterSilenceMissesWhatSilenceLeft) {
   clock.advance(cycle(0));
   clock.advanceTo(cycle(1).nsec);
   GraphCycle found = cycle(0, 3);

@@ -39,6 +39,12 @@ struct TimelineTest : testing::Test {
   Received received;
   Timeline timeline{42, &Received::procedure, &received, 48000};
 
+  /// Time begins, and the stream feeds from then on.
+  void startStream(std::uint64_t now = 0) {
+    timeline.start(now);
+    timeline.feedFrom(Timeline::Feeder::stream);
+  }
+
   void feed(std::uint64_t position, float value, std::uint32_t frames = 4) {
     const std::vector<float> plane(frames, value);
     feed(position, plane, frames);
@@ -69,8 +75,7 @@ TEST_F(TimelineTest, countsWhatADriverRanWithoutTheStreamAndPutsNothingInItsPlac
   audio.planes[0] = plane.data();
   audio.planes[1] = plane.data();
   GraphCycle cycle{.clockId = 1, .duration = 480, .rate = 48000, .nsec = second};
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   timeline.feedCycle(cycle, audio);
   cycle = {.clockId = 2, .duration = 480, .rate = 48000, .nsec = second + second / 100};
   cycle.unheard = second / 100;
@@ -80,8 +85,7 @@ TEST_F(TimelineTest, countsWhatADriverRanWithoutTheStreamAndPutsNothingInItsPlac
 }
 
 TEST_F(TimelineTest, dropsSilenceWhileTheStreamFeedsAndCyclesWhileSilenceFeeds) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   timeline.feedSilenceUntil(second);
   EXPECT_TRUE(received.left.empty());
   timeline.feedFrom(Timeline::Feeder::silence);
@@ -90,8 +94,7 @@ TEST_F(TimelineTest, dropsSilenceWhileTheStreamFeedsAndCyclesWhileSilenceFeeds) 
 }
 
 TEST_F(TimelineTest, deliversCyclesAsTheyCome) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(4, 2);
   EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1, 2, 2, 2, 2}));
@@ -100,8 +103,7 @@ TEST_F(TimelineTest, deliversCyclesAsTheyCome) {
 }
 
 TEST_F(TimelineTest, deliversAllOfACycleThatIsLongerThanAnyGraphs) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   std::vector<float> resampled(20'000);
   std::iota(resampled.begin(), resampled.end(), 0.0F);
   feed(0, resampled, 8192);
@@ -110,8 +112,7 @@ TEST_F(TimelineTest, deliversAllOfACycleThatIsLongerThanAnyGraphs) {
 }
 
 TEST_F(TimelineTest, leavesOutTheCycleInWhichTimeStarted) {
-  timeline.start(second / 48000);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream(second / 48000);
   feed(0, 1);
   feed(4, 2);
   EXPECT_EQ(received.left, (std::vector<float>{2, 2, 2, 2}));
@@ -119,15 +120,13 @@ TEST_F(TimelineTest, leavesOutTheCycleInWhichTimeStarted) {
 }
 
 TEST_F(TimelineTest, takesACycleWhoseClockIsFarBehindTime) {
-  timeline.start(100 * second);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream(100 * second);
   feed(0, 1);
   EXPECT_EQ(received.left, (std::vector<float>{1, 1, 1, 1}));
 }
 
 TEST_F(TimelineTest, putsSilenceOfTheSameLengthWhereCyclesWereMissed) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(10, 2);
   feed(14, 3);
@@ -138,8 +137,7 @@ TEST_F(TimelineTest, putsSilenceOfTheSameLengthWhereCyclesWereMissed) {
 }
 
 TEST_F(TimelineTest, takesWhatComesForACycleAgainForWhatWasReadTooEarlyAfterAMissedOne) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(8, 2);
   feed(8, 3);
@@ -149,8 +147,7 @@ TEST_F(TimelineTest, takesWhatComesForACycleAgainForWhatWasReadTooEarlyAfterAMis
 }
 
 TEST_F(TimelineTest, takesNoCycleTwiceAndCountsWhatMayHaveBeenReadTooEarly) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(4, 2);
   feed(4, 3);
@@ -161,16 +158,14 @@ TEST_F(TimelineTest, takesNoCycleTwiceAndCountsWhatMayHaveBeenReadTooEarly) {
 
 TEST_F(TimelineTest, keepsTheCycleAfterAMissedOneWhenNoOtherComes) {
   const std::vector<float> expected = {1, 1, 1, 1, 0, 0, 0, 0, 2, 2, 2, 2};
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(8, 2);
   timeline.feedFrom(Timeline::Feeder::silence);
   timeline.feedSilenceUntil(12 * second / 48000);
   EXPECT_EQ(received.left, expected);
   received.left.clear();
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   feed(8, 2);
   timeline.finish(12 * second / 48000);
@@ -178,8 +173,7 @@ TEST_F(TimelineTest, keepsTheCycleAfterAMissedOneWhenNoOtherComes) {
 }
 
 TEST_F(TimelineTest, silenceIsCountedAsLostAndGoesOnWhereTheStreamEnded) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1, 4800);
   timeline.feedFrom(Timeline::Feeder::silence);
   timeline.feedSilenceUntil(second / 5);
@@ -196,8 +190,7 @@ TEST_F(TimelineTest, noCallBringsMoreThanTenSecondsOfSilence) {
   timeline.finish(3600 * second);
   EXPECT_EQ(received.left.size(), 480'000U);
   received.left.clear();
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1);
   received.left.clear();
   feed(std::uint64_t{3600} * 48000, 1);
@@ -205,8 +198,7 @@ TEST_F(TimelineTest, noCallBringsMoreThanTenSecondsOfSilence) {
 }
 
 TEST_F(TimelineTest, theEndFillsWhatAStreamThatStoppedComingLeft) {
-  timeline.start(0);
-  timeline.feedFrom(Timeline::Feeder::stream);
+  startStream();
   feed(0, 1, 4800);
   timeline.finish(second);
   EXPECT_EQ(received.left.size(), 48000U);
