@@ -112,6 +112,9 @@ std::optional<NS::RunningApplication> CaptureHardware::runningApplication(pid_t 
 }
 
 CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& processes) {
+  if (processes.empty()) {
+    return CA::kAudioHardwareNoError;
+  }
   learnProcesses();
   for (const CA::AudioObjectID id : processes) {
     const auto* process = processes_.find(id);
@@ -155,8 +158,11 @@ bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
   if (!isPlaybackStream(node) || !isIdentified(graph, node)) {
     return false;
   }
-  const auto owner = processes_.processOf(node, clientOf(graph, node)).id;
-  const bool isListed = std::ranges::count(tap.description.processes, owner) > 0;
+  const auto& listed = tap.description.processes;
+  // Only where it matters: to find out whose a new stream is takes reading files.
+  const bool isListed =
+      !listed.empty() &&
+      std::ranges::count(listed, processes_.processOf(node, clientOf(graph, node)).id) > 0;
   if (tap.description.kind == CA::TapDescription::Kind::stereoMixdownOfProcesses) {
     return isListed;
   }

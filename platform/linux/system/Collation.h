@@ -11,7 +11,7 @@ namespace audrel::linuxos {
 /// Compares by ICU's collation rules for a locale, up to letters and accents: "a" and "A" are the
 /// same, "e" and "é" are not. The C library's own comparison tells upper from lower case, and in
 /// the locale "C", where many programs run, it puts every accented letter behind z; ICU has an
-/// order for all languages, and it is loaded anyway, by the libraries that write the files.
+/// order for all languages.
 ///
 /// One thread at a time.
 class Collation final : public NS::Collation {

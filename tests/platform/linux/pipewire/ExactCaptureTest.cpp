@@ -70,6 +70,16 @@ TEST_F(ExactCapture, oneProcessIsRecordedToTheSampleAndWithoutABreak) {
   expectMadeOf({stampedSegment(0, 512'000, {1, 0})}, recorded(recorder));
 }
 
+TEST_F(ExactCapture, allSystemAudioIsRecordedWithoutFindingOutWhoPlays) {
+  ASSERT_TRUE(player.open("music", 1));
+  ASSERT_EQ(recorder.startEverything(), 0);
+  ASSERT_TRUE(server.step(cycles, heard({"music"})));
+  ASSERT_EQ(recorder.stop(), 0);
+
+  expectMadeOf({stampedSegment(0, frames, {1, 0})}, recorded(recorder));
+  EXPECT_FALSE(recorder.captureHardware().runningApplication(player.pid()).has_value());
+}
+
 TEST_F(ExactCapture, sixteenBitPlaybackIsRecordedFromWhatIsPlayedNextOn) {
   ASSERT_TRUE(player.open("music", "stamp:1 s16 2 48000"));
   ASSERT_TRUE(server.step(cycles, stereoLinks({"music"}, {"speakers"})));
