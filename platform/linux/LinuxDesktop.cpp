@@ -11,6 +11,17 @@ namespace audrel::linuxos {
 namespace {
 
 const NS::Selector toggleRecording(selectors::toggleRecording);
+const NS::Selector selectFormatM4A(selectors::selectFormatM4A);
+
+/// Whether what can be started from the menu is an M4A.
+bool offersM4A(const MenuTree& menu) {
+  bool isOffered = false;
+  menu.forEach([&](const MenuNode& node) {
+    isOffered = isOffered || (node.item != nullptr && node.item->action() == selectFormatM4A &&
+                              node.item->state() == NS::ControlState::on);
+  });
+  return isOffered;
+}
 
 }  // namespace
 
@@ -28,6 +39,7 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
                .bus = bus_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
+               .menuOpened = [this](const MenuTree& menu) { menuOpened(menu); },
                .icons = IconTheme::ofProgramIn(programFolder()),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
@@ -64,6 +76,13 @@ std::unique_ptr<NS::Alert> LinuxDesktop::makeAlert() {
                                             .notifier = notifier_,
                                             .helper = alertHelperProgram(),
                                             .logger = logger_});
+}
+
+/// The next click is likely to be "Start Recording".
+void LinuxDesktop::menuOpened(const MenuTree& menu) {
+  if (offersM4A(menu)) {
+    aacPreload_.begin();
+  }
 }
 
 void LinuxDesktop::Commands::startRecording() {

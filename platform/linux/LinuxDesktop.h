@@ -6,6 +6,7 @@
 #include "platform/Desktop.h"
 #include "platform/Foundation.h"
 #include "platform/Log.h"
+#include "platform/linux/aac/AacPreload.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/files/AudioFramework.h"
 #include "platform/linux/loop/RunLoop.h"
@@ -55,6 +56,7 @@ class LinuxDesktop {
   };
 
   std::unique_ptr<NS::Alert> makeAlert();
+  void menuOpened(const MenuTree& menu);
 
   CaptureHardware& hardware_;
   AudioFramework& audioFramework_;
@@ -69,6 +71,7 @@ class LinuxDesktop {
   RunLoop runLoop_;
   SoftwareUpdates updates_;
   TrayAppKit appKit_;
+  AacPreload aacPreload_;
   ApplicationService service_;
   LogoutWatch logout_;
   std::shared_ptr<Commands> commands_ = std::make_shared<Commands>(*this);

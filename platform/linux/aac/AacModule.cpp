@@ -47,7 +47,10 @@ const AudrelAacFunctions* aacFunctionsOf(const std::filesystem::path& file, std:
                ", was not found. Install Audrel again, or record WAV.";
     return nullptr;
   }
-  void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  // The module itself is linked to bind at once, so a call of its own that FFmpeg lacks shows here.
+  // What its ninety libraries call among themselves can wait until it is called, most of it
+  // forever.
+  void* module = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
   if (module == nullptr) {
     const char* message = dlerror();  // NOLINT(concurrency-mt-unsafe): each thread has its own
     *problem = loadingProblem(message, file);

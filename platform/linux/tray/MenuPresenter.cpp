@@ -32,6 +32,10 @@ void MenuPresenter::setObserver(std::function<void()> observer) {
   observer_ = std::move(observer);
 }
 
+void MenuPresenter::setOpenedObserver(std::function<void(const MenuTree&)> observer) {
+  openedObserver_ = std::move(observer);
+}
+
 void MenuPresenter::readMenu() {
   previousTree_ = std::move(tree_);
   tree_ = menu_ == nullptr ? MenuTree() : MenuTree(*menu_, nextId_, [this](const MenuItem& item) {
@@ -65,6 +69,9 @@ bool MenuPresenter::isHonoured(const MenuItem& item) const {
 }
 
 bool MenuPresenter::opens(const std::string& panel, MenuOpening::Notice notice) {
+  if (notice == MenuOpening::Notice::opened && openedObserver_) {
+    openedObserver_(tree_);
+  }
   if (!opening_.begins(panel, notice, LoopSource::now())) {
     return true;
   }

@@ -32,6 +32,10 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   /// `observer` is called after every change of `tree`.
   void setObserver(std::function<void()> observer);
 
+  /// `observer` is called whenever a panel reports that it shows the menu, before the menu is told.
+  /// Panels that only announce it, which some do long before, are not reported.
+  void setOpenedObserver(std::function<void(const MenuTree&)> observer);
+
   const MenuTree& tree() const { return tree_; }
 
   /// One more with every change of `tree`.
@@ -70,6 +74,7 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
 
   const Application& application_;
   std::function<void()> observer_;
+  std::function<void(const MenuTree&)> openedObserver_;
   std::shared_ptr<Menu> menu_;
   MenuTree tree_;
   MenuTree previousTree_;

@@ -28,7 +28,8 @@ StatusItem::OnBus::OnBus(GDBusConnection* connection, const StatusItemLook& look
     : item(connection, look), menu(connection, presenter), registration(connection, logger) {}
 
 StatusItem::StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
-                       std::shared_ptr<os::Logger> logger)
+                       std::shared_ptr<os::Logger> logger,
+                       std::function<void(const MenuTree&)> menuOpened)
     : icons_(std::move(icons)),
       logger_(std::move(logger)),
       presenter_(MenuPresenter::make(application)),
@@ -38,7 +39,9 @@ StatusItem::StatusItem(const Application& application, SessionBus& bus, IconThem
           [this](GDBusConnection* connection) {
             onBus_.emplace(connection, look_, presenter_, logger_);
           },
-          [this] { onBus_.reset(); }) {}
+          [this] { onBus_.reset(); }) {
+  presenter_->setOpenedObserver(std::move(menuOpened));
+}
 
 void StatusItem::setMenu(std::shared_ptr<NS::Menu> menu) {
   presenter_->setMenu(std::static_pointer_cast<Menu>(std::move(menu)));

@@ -45,9 +45,10 @@ class StatusBarButton final : public NS::StatusBarButton {
 /// dropped inside its own menu's callbacks. Main thread.
 class StatusItem final : public NS::StatusItem {
  public:
-  /// `application` and `bus` must outlive the item.
+  /// `application` and `bus` must outlive the item. `menuOpened` is called with the menu that a
+  /// panel says it shows.
   StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
-             std::shared_ptr<os::Logger> logger);
+             std::shared_ptr<os::Logger> logger, std::function<void(const MenuTree&)> menuOpened);
 
   NS::StatusBarButton* button() override { return &button_; }
 

@@ -23,9 +23,9 @@ TrayAppKit::~TrayAppKit() {
 }
 
 std::shared_ptr<NS::StatusItem> TrayAppKit::makeStatusItem(double /*length*/) {
-  const auto item =
-      std::make_shared<StatusItem>(parts_.application, parts_.bus, parts_.icons,
-                                   parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"));
+  const auto item = std::make_shared<StatusItem>(
+      parts_.application, parts_.bus, parts_.icons,
+      parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"), parts_.menuOpened);
   statusItem_ = item;
   return item;
 }

@@ -9,6 +9,7 @@
 #include "platform/linux/tray/Application.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
+#include "platform/linux/tray/MenuTree.h"
 
 namespace audrel::linuxos {
 
@@ -21,6 +22,7 @@ struct TrayParts {
   SessionBus& bus;
   NS::Workspace& workspace;
   std::function<std::unique_ptr<NS::Alert>()> makeAlert;
+  std::function<void(const MenuTree&)> menuOpened;  ///< a panel says that it shows this menu
   IconTheme icons;
   os::Log& log;
 };

@@ -1,10 +1,12 @@
 #include "platform/linux/aac/AacModule.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <link.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -34,6 +36,18 @@ std::vector<std::string> loadedFiles() {
   return files;
 }
 
+/// DT_FLAGS of a loaded file; 0 where there are none.
+std::uint64_t dynamicFlags(const void* addressInIt) {
+  Dl_info info;
+  void* map = nullptr;
+  dladdr1(addressInIt, &info, &map, RTLD_DL_LINKMAP);
+  const auto* entry = static_cast<const link_map*>(map)->l_ld;
+  while (entry->d_tag != DT_NULL && entry->d_tag != DT_FLAGS) {
+    ++entry;
+  }
+  return entry->d_un.d_val;
+}
+
 /// Why the module in that file cannot be used.
 std::string problemOf(const std::filesystem::path& file) {
   std::string problem;
@@ -56,6 +70,13 @@ TEST(AacModule, isLoadedForTheFirstM4AAndStays) {
   ASSERT_NE(functions, nullptr) << problem;
   EXPECT_EQ(functions->interfaceNumber, audrelAacInterface);
   EXPECT_EQ(aacFunctions(&problem), functions);
+}
+
+TEST(AacModule, findsWhatItCallsWhenItIsLoadedAndNotWhenItCallsIt) {
+  std::string problem;
+  const AudrelAacFunctions* functions = aacFunctions(&problem);
+  ASSERT_NE(functions, nullptr) << problem;
+  EXPECT_NE(dynamicFlags(functions) & DF_BIND_NOW, 0U);
 }
 
 TEST(AacModule, isNotNeededByTheProgramsThemselves) {

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -105,6 +107,44 @@ TEST_F(Desktop, stopsAndStartsWhenBothCommandsArriveTogether) {
   EXPECT_TRUE(waitForIcon("recording"));
   stopRecording();
   EXPECT_EQ(recordings().size(), 2U);
+}
+
+/// A desktop whose panel reports that it shows the menu.
+class OpenedMenu : public Session {
+ protected:
+  void report() { EXPECT_EQ(panel->callMenu("Event", "(0, 'opened', <0>, uint32 7)").error, ""); }
+
+  /// Whether the encoder of M4A is loaded.
+  bool isReady() const {
+    std::ifstream maps("/proc/" + std::to_string(program->pid()) + "/maps");
+    const std::string text(std::istreambuf_iterator<char>(maps), {});
+    return text.find("libavcodec") != std::string::npos;
+  }
+};
+
+TEST_F(OpenedMenu, isReadyToRecordM4ABeforeThatIsChosen) {
+  startProgram();
+  openMenu();
+  panel->runFor(200ms);
+  EXPECT_FALSE(isReady()) << "panels announce a menu long before they show it";
+  report();
+  EXPECT_TRUE(panel->runUntil([this] { return isReady(); }));
+  startRecording();
+  ASSERT_TRUE(hearASecond());
+  stopRecording();
+  EXPECT_GE(pwtest::framesOf(pwtest::readM4a(recording())), 48'000U);
+}
+
+TEST_F(OpenedMenu, ofAUserOfWAVNeverLoadsTheEncoder) {
+  startProgram();
+  openMenu();
+  chooseWavOfWebRadio();
+  report();
+  startRecording();
+  ASSERT_TRUE(hearASecond());
+  report();
+  stopRecording();
+  EXPECT_FALSE(isReady());
 }
 
 /// A desktop with a display, on which "About" is up.

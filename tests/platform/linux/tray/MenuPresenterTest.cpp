@@ -244,6 +244,18 @@ TEST_F(MenuPresenterTest, aTerminatingApplicationHonoursNothing) {
   EXPECT_THAT(recorder->calls, IsEmpty());
 }
 
+TEST_F(MenuPresenterTest, whoeverObservesOpeningsHearsOfThoseThatAreReported) {
+  presenter->setMenu(menu({item("Start", "toggle:")}));
+  std::vector<std::string> opened;
+  presenter->setOpenedObserver(
+      [&](const MenuTree& tree) { opened.push_back(tree.root().children.at(0).item->title()); });
+  opens();
+  EXPECT_THAT(opened, IsEmpty()) << "GNOME announces one when the item is new";
+  presenter->opens(":1.1", MenuOpening::Notice::opened);
+  EXPECT_THAT(opened, ElementsAre("Start"));
+  EXPECT_THAT(recorder->calls, ElementsAre("will open"));
+}
+
 TEST(MenuTree, idsStartAgainAfterTheLargest) {
   Menu menu;
   for (int i = 0; i < 2; ++i) {

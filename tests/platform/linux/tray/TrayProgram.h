@@ -64,6 +64,7 @@ class TrayProgram final : public NS::MenuDelegate,
                                .bus = bus_,
                                .workspace = workspace_,
                                .makeAlert = [] { return nullptr; },
+                               .menuOpened = {},
                                .icons = linuxos::IconTheme(""),
                                .log = log_}};
   std::shared_ptr<NS::StatusItem> item_ = appKit_.makeStatusItem(-1);
