@@ -74,7 +74,7 @@ def record(recorder, stack, player, loop, seconds, path):
         raise RuntimeError(f"{recorder.name} failed:\n{log.read_text(errors='replace')}")
     server = servers.load()
     audio = fidelity.wav_audio(path) if recorder.is_wav else None
-    recorded = len(audio) / FRAME_BYTES / RATE if recorder.is_wav else _probe_seconds(path)
+    recorded = len(audio) / FRAME_BYTES / RATE if recorder.is_wav else probe_seconds(path)
     return Run(seconds=recorded, client_cpu=ended[1] / recorded, server=server,
                private_dirty=private_dirty, wake_ups=wake_ups,
                reported_lost=_reported_lost(answer_path) if recorder.reports else None,
@@ -110,7 +110,7 @@ def _wait_for_audio(path, seconds):
         time.sleep(0.05)
 
 
-def _probe_seconds(path):
+def probe_seconds(path):
     answer = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "format=duration", "-of",
                              "csv=p=0", path], capture_output=True, text=True, check=True)
     return float(answer.stdout)
