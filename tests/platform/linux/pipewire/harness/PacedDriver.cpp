@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace audrel::pwtest {
 
@@ -62,15 +63,16 @@ void PacedDriver::startCycle() {
   if (isCycleOpen_) {
     cyclesToSettle_ = unsettledCycles;
   }
+  isLastOneOwed_ = isCycleOpen_;
   isCycleOpen_ = true;
-  isStartingCycle_ = true;
   driver_.startCycle();
-  isStartingCycle_ = false;
+  isLastOneOwed_ = false;
 }
 
-/// Also called, at once, when a cycle is started before the last one has finished.
+/// Also called, first and at once, when a cycle is started before the last one has finished. A
+/// cycle may finish while it is being started, too.
 void PacedDriver::cycleFinished() {
-  if (isStartingCycle_ || !driver_.isRunning()) {
+  if (std::exchange(isLastOneOwed_, false) || !driver_.isRunning()) {
     return;
   }
   if (isCycleOpen_ && cyclesToSettle_ > 0) {

@@ -28,8 +28,8 @@ class PacedDriver {
   double timesRealTime_;
   spa_source timer_{};
   Driver driver_;
-  bool isStartingCycle_ = false;  ///< this and what follows: on the data thread
-  bool isCycleOpen_ = false;      ///< started and not finished
+  bool isLastOneOwed_ = false;  ///< this and what follows: on the data thread
+  bool isCycleOpen_ = false;    ///< started and not finished
   int cyclesToSettle_ = 0;
   std::int64_t due_ = 0;  ///< of the next cycle, monotonic nanoseconds
 };

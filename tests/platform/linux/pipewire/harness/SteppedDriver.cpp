@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace audrel::pwtest {
 
@@ -67,19 +68,20 @@ void SteppedDriver::readCommand() {
   }
   std::istringstream words(line);
   std::string command;
-  words >> command >> cycleStart_;
+  Cycle cycle;
+  words >> command >> cycle.start;
   if (command == "settle") {
     roundsToGo_ = roundsToSettle;
     settle();
   } else {
-    isAwaited_ = command == "cycle";
+    cycle.isAwaited = command == "cycle";
     spa_loop_invoke(
         driver_.dataLoop(),
-        [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* self) {
-          static_cast<SteppedDriver*>(self)->startCycle();
+        [](spa_loop*, bool, std::uint32_t, const void* copy, std::size_t, void* self) {
+          static_cast<SteppedDriver*>(self)->startCycle(*static_cast<const Cycle*>(copy));
           return 0;
         },
-        0, nullptr, 0, false, this);
+        0, &cycle, sizeof cycle, false, this);
   }
 }
 
@@ -117,21 +119,29 @@ void SteppedDriver::answered(const Ping& ping) {
   settle();
 }
 
-void SteppedDriver::startCycle() {
-  cycleLength_ = driver_.stampCycle(cycleStart_);
+void SteppedDriver::startCycle(const Cycle& cycle) {
+  cycleLength_ = driver_.stampCycle(cycle.start);
   if (cycleLength_ > 0) {
-    isStarting_ = true;
+    isAwaited_ = cycle.isAwaited;
+    isLastOneOwed_ = isUnderWay_;
+    isUnderWay_ = true;
     driver_.startCycle();
-    isStarting_ = false;
+    isLastOneOwed_ = false;
     if (!isAwaited_) {
       answer(cycleLength_);
     }
   }
 }
 
-/// Also called, at once, when a cycle is started before the last one has finished.
-void SteppedDriver::cycleFinished() const {
-  if (isAwaited_ && !isStarting_) {
+/// Also called, first and at once, when a cycle is started before the last one has finished. A
+/// cycle may finish while it is being started, too: when the others were faster than the sinks
+/// here.
+void SteppedDriver::cycleFinished() {
+  if (std::exchange(isLastOneOwed_, false)) {
+    return;
+  }
+  isUnderWay_ = false;
+  if (isAwaited_) {
     answer(cycleLength_);
   }
 }

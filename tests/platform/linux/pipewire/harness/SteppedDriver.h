@@ -26,12 +26,17 @@ class SteppedDriver {
  private:
   struct Ping;
 
+  struct Cycle {
+    std::int64_t start = 0;  ///< monotonic nanoseconds
+    bool isAwaited = false;
+  };
+
   void readCommand();
   void settle();
   void pingAll();
   void answered(const Ping& ping);
-  void startCycle();
-  void cycleFinished() const;
+  void startCycle(const Cycle& cycle);
+  void cycleFinished();
 
   static const pw_resource_events resourceEvents;
 
@@ -41,9 +46,11 @@ class SteppedDriver {
   Driver driver_;
   std::list<Ping> pings_;  ///< not yet answered
   int roundsToGo_ = 0;
-  std::int64_t cycleStart_ = 0;
+
+  // On the data thread:
   bool isAwaited_ = false;
-  bool isStarting_ = false;  ///< this and what follows: on the data thread
+  bool isUnderWay_ = false;     ///< a cycle has not finished
+  bool isLastOneOwed_ = false;  ///< while one starts although the last one has not finished
   std::int64_t cycleLength_ = 0;
 };
 
