@@ -26,6 +26,7 @@
 #include "tests/contract/TimerContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/fakes/FakeSystem.h"
+#include "tests/fakes/ScopedVariable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace audrel::contract {
@@ -64,6 +65,9 @@ class LinuxInterfaces {
 
  private:
   support::TemporaryFolder folder_;
+  // The Downloads folder is made when it is missing.
+  fakes::ScopedVariable home_{"HOME", folder_.path().c_str()};
+  fakes::ScopedVariable configuration_{"XDG_CONFIG_HOME", ""};
   fakes::Journal journal_;
   fakes::FakeLog journaled_{journal_};
   linuxos::AudioFramework audioFramework_{journaled_};

@@ -4,6 +4,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/system/FileManager.h"
+
 namespace audrel::linuxos {
 namespace {
 
@@ -17,6 +19,14 @@ std::string folderOf(const std::filesystem::path& path) {
   return quoted((unknown ? path : absolute).parent_path());
 }
 
+/// What to do where nothing can be made in the folder of `path`.
+std::string useAnother(const std::filesystem::path& path) {
+  if (path.parent_path() == FileManager().downloadsDirectory()) {
+    return "use another one for downloads (\"xdg-user-dirs-update --set DOWNLOAD /the/folder\").";
+  }
+  return "choose another folder.";
+}
+
 std::string whyNotCreated(const std::filesystem::path& path, int code) {
   const std::string folder = folderOf(path);
   switch (code) {
@@ -25,13 +35,13 @@ std::string whyNotCreated(const std::filesystem::path& path, int code) {
              ", and a recording never overwrites anything. Choose another name, or move the "
              "existing file away.";
     case ENOENT:
-      return "The folder " + folder + " does not exist. Create it, or choose another folder.";
+      return "The folder " + folder + " does not exist. Create it, or " + useAnother(path);
     case ENOTDIR:
       return folder + " is not a folder. Choose a folder for the recording.";
     case EACCES:
     case EPERM:
       return "You have no permission to create files in " + folder +
-             ". Choose another folder, or change its permissions.";
+             ". Change its permissions, or " + useAnother(path);
     case ENAMETOOLONG:
       return "The name " + quotedName(path) + " is too long. Choose a shorter one.";
     case ELOOP:

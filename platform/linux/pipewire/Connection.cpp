@@ -1,5 +1,8 @@
 #include "platform/linux/pipewire/Connection.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -56,6 +59,13 @@ timespec timeOf(std::chrono::nanoseconds duration) {
   return {.tv_sec = duration.count() / second, .tv_nsec = duration.count() % second};
 }
 
+/// Whether this user may not use the socket. The library tells of the last place alone where it
+/// looked for one, which may be another.
+bool isForbidden(const std::string& remote) {
+  return faccessat(AT_FDCWD, socketPath(remote).c_str(), R_OK | W_OK, AT_EACCESS) != 0 &&
+         errno == EACCES;
+}
+
 bool isRefusal(int error) {
   return error == EACCES || error == EPERM;
 }
@@ -73,8 +83,10 @@ std::string noServerText(const std::string& remote, int error) {
            ": run the program as the user of the desktop session.";
   }
   if (!path.starts_with('/')) {
-    return "PipeWire was not found because XDG_RUNTIME_DIR is not set: run the program in the "
-           "user's session, or set XDG_RUNTIME_DIR to the session's folder.";
+    return std::string("PipeWire was not found because XDG_RUNTIME_DIR is not ") +
+           (path.find('/') == std::string::npos ? "set" : "an absolute path") +
+           ": run the program in the user's session, or set XDG_RUNTIME_DIR to the session's "
+           "folder.";
   }
   return "PipeWire is not running: no server answers at " + path + " (" +
          std::generic_category().message(error) +
@@ -238,7 +250,8 @@ bool Connection::connect() {
   }
   core_ = pw_context_connect(context_.get(), properties, 0);
   if (core_ == nullptr) {
-    const int error = errno;
+    const int reason = errno;
+    const int error = isForbidden(remote_) ? EACCES : reason;
     refusal_ = isRefusal(error) ? "it is another user's" : nullptr;
     return fail(noServerText, error);
   }

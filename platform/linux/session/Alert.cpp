@@ -99,7 +99,7 @@ std::optional<int> Alert::notShown(const std::string& reason) {
 std::string Alert::text() const {
   const auto diagnosis = style_ == NS::AlertStyle::critical ? parts_.diagnostics.diagnosis()
                                                             : std::optional<std::string>();
-  return diagnosis ? informative_ + "\n\n" + *diagnosis : informative_;
+  return diagnosis ? *diagnosis + "\n\n" + informative_ : informative_;
 }
 
 std::vector<std::string> Alert::helperTexts() const {

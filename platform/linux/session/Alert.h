@@ -26,7 +26,7 @@ struct AlertParts {
 };
 
 /// An alert in a window of the helper's, in the desktop's own words. A critical one tells of a
-/// recording that failed, and adds why the system refused.
+/// recording that failed, and says first why the system refused.
 ///
 /// Escape, closing the window and the end of the application answer with the button that changes
 /// nothing: "Cancel", else "OK", else the last one. So does, at once, an alert that cannot be shown

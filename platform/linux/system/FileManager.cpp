@@ -56,8 +56,10 @@ std::optional<std::filesystem::path> FileManager::downloadsDirectory() {
     directory = absolutePathFrom(downloadVariable);
   }
   if (!directory.has_value() || trimmed(*directory) == trimmed(home)) {
-    return std::nullopt;
+    directory = home / "Downloads";
   }
+  std::error_code error;  // whoever opens a file there tells of it
+  std::filesystem::create_directory(trimmed(*directory), error);
   return trimmed(*directory);
 }
 

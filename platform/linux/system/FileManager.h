@@ -10,9 +10,10 @@ namespace audrel::linuxos {
 /// The user's folders by the XDG conventions.
 class FileManager final : public NS::FileManager {
  public:
-  /// XDG_DOWNLOAD_DIR of the user's `user-dirs.dirs`, else of the environment; nothing when
-  /// neither has an absolute path, or when it is the home folder, which is how users say that they
-  /// want no such folder.
+  /// XDG_DOWNLOAD_DIR of the user's `user-dirs.dirs`, else of the environment; "Downloads" in the
+  /// home folder when neither has an absolute path, or when it is the home folder, which is how
+  /// users say that they want no such folder. It is made when it is missing, as desktops do at
+  /// login, but not the folder that it is in: the disk may be absent.
   std::optional<std::filesystem::path> downloadsDirectory() override;
 
   /// HOME, else what the user database has.

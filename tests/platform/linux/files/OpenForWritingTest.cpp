@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "platform/linux/files/FileSettings.h"
+#include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/files/Recordings.h"
 
 namespace audrel::linuxos::test {
@@ -57,10 +58,21 @@ TEST_F(OpenForWriting, saysWhatIsWrongWithTheFolder) {
   std::ofstream(folder_ / "file") << "x";
   const NS::Error missing = refusal(folder_ / "missing/a.wav", wav_);
   EXPECT_EQ(missing.code, ENOENT);
-  expectSaid(missing, "missing\" does not exist. Create it");
+  expectSaid(missing, "missing\" does not exist. Create it, or choose another folder.");
   const NS::Error file = refusal(folder_ / "file/a.wav", wav_);
   EXPECT_EQ(file.code, ENOTDIR);
   expectSaid(file, "file\" is not a folder");
+}
+
+TEST_F(OpenForWriting, saysHowToUseAnotherFolderForDownloads) {
+  const auto home = folder_ / "absent";
+  const fakes::ScopedVariable variable("HOME", home.c_str());
+  const fakes::ScopedVariable configuration("XDG_CONFIG_HOME", "");
+  const NS::Error error = refusal(home / "Downloads/a.wav", wav_);
+  EXPECT_EQ(error.localizedDescription,
+            "The folder \"" + home.string() +
+                "/Downloads\" does not exist. Create it, or use another one for downloads "
+                "(\"xdg-user-dirs-update --set DOWNLOAD /the/folder\").");
 }
 
 TEST_F(OpenForWriting, saysWhyTheSystemLetsNothingBeCreated) {

@@ -180,11 +180,11 @@ TEST_F(AlertTest, givesTheHelperItsTextsInTheDesktopsWords) {
               ElementsAre("warning", "Permission needed", "Allow it.", "Open Settings", "Cancel"));
 }
 
-TEST_F(AlertTest, addsTheDiagnosisToAFailureAlone) {
+TEST_F(AlertTest, putsTheDiagnosisBeforeAFailureAlone) {
   useScript("exit 10");
   EXPECT_EQ(run(*failureAlert()), first);
-  EXPECT_THAT(texts(), ElementsAre("critical", "Recording failed", "No tap.", "",
-                                   "PipeWire is not running.", "OK"));
+  EXPECT_THAT(texts(), ElementsAre("critical", "Recording failed", "PipeWire is not running.", "",
+                                   "No tap.", "OK"));
   EXPECT_EQ(
       run(*makeAlert(NS::AlertStyle::informational, "--help; $(reboot) `reboot` %s \"'", "", {})),
       first);
@@ -208,7 +208,7 @@ TEST_F(AlertTest, becomesANotificationWithoutADisplay) {
   auto service = notifications();
   EXPECT_EQ(run(*failureAlert()), first);
   EXPECT_THAT(nextNotification(service),
-              AllOf(HasSubstr("'Recording failed', 'No tap.\\n\\nPipeWire is not running.'"),
+              AllOf(HasSubstr("'Recording failed', 'PipeWire is not running.\\n\\nNo tap.'"),
                     HasSubstr("'urgency': <byte 0x02>")));
 }
 
@@ -231,7 +231,7 @@ TEST_F(AlertTest, isLoggedWhereNothingCanBeShown) {
   EXPECT_THAT(
       log->lines(),
       ElementsAre(HasSubstr("An alert becomes a notification: "),
-                  HasSubstr("error: Recording failed: No tap.\n\nPipeWire is not running.")));
+                  HasSubstr("error: Recording failed: PipeWire is not running.\n\nNo tap.")));
 }
 
 TEST_F(AlertTest, goesWithTheApplicationAndAnswersWithTheButtonThatChangesNothing) {

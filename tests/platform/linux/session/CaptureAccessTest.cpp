@@ -369,14 +369,33 @@ TEST_F(LinuxCaptureAccess, staysGrantedWhenASingleCallIsDenied) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(LinuxCaptureAccess, isRefusedByAnotherUsersServer) {
-  // What PipeWire's library loads for this user leaks in some of its versions for nobody.
-  connection_.useServer(socket());
-  EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+TEST_F(LinuxCaptureAccess, isRefusedByAnotherUsersServerHoweverItIsNamed) {
   startServer("", linkFactory);
   ASSERT_EQ(chmod(socket().c_str(), 0), 0);
-  const Nobody nobody;
-  expectRefusal("it is another user's");
+  for (const std::string& remote : {socket(), std::string()}) {
+    const fakes::ScopedVariable variable("PIPEWIRE_RUNTIME_DIR", folder.path().c_str());
+    connection_.useServer(remote);
+    const Nobody nobody;
+    EXPECT_FALSE(access_.preflightScreenCaptureAccess());
+    EXPECT_EQ(log.lines().back(),
+              "error: The audio server refuses to be captured — it is another user's");
+    EXPECT_EQ(connection_.failure(), "PipeWire refuses this user at " + socket() +
+                                         ": run the program as the user of the desktop session.");
+  }
+}
+
+TEST_F(LinuxCaptureAccess, isNotRefusedWhereTheSessionsFolderIsUnknownWhichIsSaid) {
+  for (const auto& [runtime, problem] :
+       {std::pair("", "set"), std::pair("run", "an absolute path")}) {
+    const fakes::ScopedVariable variable("PIPEWIRE_RUNTIME_DIR", "");
+    const fakes::ScopedVariable session("XDG_RUNTIME_DIR", runtime);
+    EXPECT_TRUE(access_.preflightScreenCaptureAccess());
+    EXPECT_EQ(
+        connection_.failure(),
+        "PipeWire was not found because XDG_RUNTIME_DIR is not " + std::string(problem) +
+            ": run the program in the user's session, or set XDG_RUNTIME_DIR to the session's "
+            "folder.");
+  }
 }
 
 }  // namespace

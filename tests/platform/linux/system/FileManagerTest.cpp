@@ -72,8 +72,19 @@ class LinuxFileManager : public testing::Test {
   FileManager fileManager_;
 };
 
-TEST_F(LinuxFileManager, hasNoDownloadsFolderWhenNothingNamesOne) {
-  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
+TEST_F(LinuxFileManager, hasDownloadsInTheHomeFolderWhenNothingNamesAnother) {
+  EXPECT_EQ(fileManager_.downloadsDirectory(), home_ / "Downloads");
+}
+
+TEST_F(LinuxFileManager, makesTheDownloadsFolderButNotWhatItIsIn) {
+  configure(home_ / ".config", "XDG_DOWNLOAD_DIR=\"$HOME/In\"\n");
+  fileManager_.downloadsDirectory();
+  EXPECT_TRUE(std::filesystem::is_directory(home_ / "In"));
+  std::ofstream(home_ / "In/kept") << "x";
+  configure(home_ / ".config", "XDG_DOWNLOAD_DIR=\"$HOME/absent disk/In\"\n");
+  EXPECT_EQ(fileManager_.downloadsDirectory(), home_ / "absent disk/In");
+  EXPECT_FALSE(std::filesystem::exists(home_ / "absent disk"));
+  EXPECT_TRUE(std::filesystem::exists(home_ / "In/kept"));
 }
 
 TEST_F(LinuxFileManager, readsTheDownloadsFolderFromTheUsersConfiguration) {
@@ -97,17 +108,17 @@ TEST_F(LinuxFileManager, takesTheEnvironmentsFolderWhenTheConfigurationHasNone) 
 TEST_F(LinuxFileManager, doesNotWaitForAPipeInThePlaceOfTheConfiguration) {
   std::filesystem::create_directory(home_ / ".config");
   ASSERT_EQ(mkfifo((home_ / ".config/user-dirs.dirs").c_str(), 0600), 0);
-  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
+  EXPECT_EQ(fileManager_.downloadsDirectory(), home_ / "Downloads");
 }
 
 TEST_F(LinuxFileManager, doesNotReadAConfigurationOfMoreThanAMegabyte) {
   configure(home_ / ".config", std::string(2'000'000, '#') + "\nXDG_DOWNLOAD_DIR=\"/srv\"\n");
-  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
+  EXPECT_EQ(fileManager_.downloadsDirectory(), home_ / "Downloads");
 }
 
 TEST_F(LinuxFileManager, takesTheHomeFolderForNoDownloadsFolder) {
   configure(home_ / ".config", "XDG_DOWNLOAD_DIR=\"$HOME/\"\n");
-  EXPECT_EQ(fileManager_.downloadsDirectory(), std::nullopt);
+  EXPECT_EQ(fileManager_.downloadsDirectory(), home_ / "Downloads");
 }
 
 TEST_F(LinuxFileManager, hasTheHomeFolderOfTheEnvironmentElseOfTheUserDatabase) {
