@@ -132,7 +132,7 @@ def encode_offline(wav, seconds, helper, stack):
     target = wav.with_suffix(".offline.m4a")
     frames = round(seconds * RATE)
     commands = (["ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "error", "-i", str(wav),
-                 "-c:a", "aac", "-b:a", "256k", "-aac_coder", "fast", "-aac_is", "0", str(target)],
+                 "-c:a", "aac", "-b:a", "256k", "-aac_is", "0", "-aac_pns", "0", str(target)],
                 [helper, str(frames), str(wav)])
     log = stack.folder / "encoder.log"
     costs = []
