@@ -4,8 +4,27 @@
 #include <optional>
 #include <string>
 
+#include "platform/CoreAudio.h"
+
 /// What a platform can tell about capturing beyond the frameworks' status results.
 namespace capture {
+
+/// What a file that was closed does not have of the audio that was handed to it.
+struct FileLoss {
+  std::uint64_t missing = 0;   ///< frames by which the file is too short
+  std::uint64_t silenced = 0;  ///< frames for which silence stands in the file
+  std::string why;             ///< a sentence with the remedy; may be empty when nothing is lost
+
+  bool isNothing() const { return missing == 0 && silenced == 0; }
+};
+
+/// What a process plays.
+struct Playback {
+  bool isRunning = false;  ///< one of its streams runs
+  std::string title;       ///< what it calls that; may be empty
+
+  bool operator==(const Playback&) const = default;
+};
 
 class Diagnostics {
  public:
@@ -19,6 +38,16 @@ class Diagnostics {
   /// and that stand as silence in the recording; while the output changes it may be fewer, or no
   /// silence. Any thread.
   virtual std::uint64_t lostFrames() = 0;
+
+  /// Of a process object, when the processes were listed last; nothing where the system does not
+  /// tell.
+  virtual std::optional<Playback> playback(CA::AudioObjectID /*process*/) { return std::nullopt; }
+
+  /// Whether the process of a process object has ended for good, as far as the system tells.
+  virtual bool hasQuit(CA::AudioObjectID /*process*/) { return false; }
+
+  /// Of the file that was opened last, once it is closed; nothing where the system does not tell.
+  virtual std::optional<FileLoss> fileLoss() { return std::nullopt; }
 };
 
 }  // namespace capture

@@ -123,9 +123,18 @@ class FakeDiagnostics final : public capture::Diagnostics {
  public:
   std::optional<std::string> sentence;
   std::uint64_t lost = 0;
+  std::map<CA::AudioObjectID, capture::Playback> playbacks;
+  CA::AudioObjectID gone = CA::kAudioObjectUnknown;  ///< the process that has quit
+  std::optional<capture::FileLoss> loss;
 
   std::optional<std::string> diagnosis() override { return sentence; }
   std::uint64_t lostFrames() override { return lost; }
+  std::optional<capture::Playback> playback(CA::AudioObjectID process) override {
+    const auto found = playbacks.find(process);
+    return found == playbacks.end() ? std::nullopt : std::optional(found->second);
+  }
+  bool hasQuit(CA::AudioObjectID process) override { return process == gone; }
+  std::optional<capture::FileLoss> fileLoss() override { return loss; }
 };
 
 }  // namespace audrel::fakes

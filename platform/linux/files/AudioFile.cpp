@@ -22,13 +22,15 @@ NS::Error outOfMemory() noexcept {
 
 AudioFile::AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
                      std::filesystem::path path, std::shared_ptr<os::Logger> logger,
-                     std::shared_ptr<SavingNotices> notices)
+                     std::shared_ptr<SavingNotices> notices,
+                     std::shared_ptr<capture::FileLoss> loss)
     : writer_(std::move(writer)),
       format_(format),
       converter_(format.commonFormat, format.interleaved, format.channels),
       path_(std::move(path)),
       logger_(std::move(logger)),
-      notices_(std::move(notices)) {}
+      notices_(std::move(notices)),
+      loss_(std::move(loss)) {}
 
 AudioFile::~AudioFile() {
   try {
@@ -36,6 +38,9 @@ AudioFile::~AudioFile() {
     if (ending.problem) {
       logger_->error(*ending.problem);
     }
+    *loss_ = {.missing = ending.missing - ending.silenced,
+              .silenced = ending.silenced,
+              .why = ending.why};
     notices_->fileEnded(static_cast<double>(ending.missing) / format_.sampleRate);
   } catch (const std::bad_alloc&) {
     logger_->error("Finishing a recording failed: there is no memory left.");

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/AVFAudio.h"
+#include "platform/Diagnostics.h"
 #include "platform/Log.h"
 #include "platform/linux/files/FrameWriter.h"
 #include "platform/linux/files/SampleConversion.h"
@@ -24,9 +25,10 @@ class AudioFile final : public AV::AudioFile {
 
   AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
             std::filesystem::path path, std::shared_ptr<os::Logger> logger,
-            std::shared_ptr<SavingNotices> notices);
+            std::shared_ptr<SavingNotices> notices, std::shared_ptr<capture::FileLoss> loss);
 
-  /// Finishes the file, and logs an error when that fails. The user is told when some is missing.
+  /// Finishes the file, sets `loss`, and logs an error when that fails. The user is told when some
+  /// is missing.
   ~AudioFile() override;
 
   AudioFile(const AudioFile&) = delete;
@@ -44,6 +46,7 @@ class AudioFile final : public AV::AudioFile {
   std::filesystem::path path_;
   std::shared_ptr<os::Logger> logger_;
   std::shared_ptr<SavingNotices> notices_;
+  std::shared_ptr<capture::FileLoss> loss_;
 };
 
 }  // namespace audrel::linuxos

@@ -85,7 +85,8 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
   }
   const AudioFile::ProcessingFormat format = {
       commonFormat, interleaved, static_cast<double>(read->sampleRate), read->channels};
-  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices);
+  loss_ = std::make_shared<capture::FileLoss>();
+  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices, loss_);
 }
 
 std::unique_ptr<FrameWriter> AudioFramework::makeWriter(const Order& order, NS::Error* error) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/AVFAudio.h"
+#include "platform/Diagnostics.h"
 #include "platform/Log.h"
 #include "platform/linux/files/FileSettings.h"
 #include "platform/linux/files/FrameWriter.h"
@@ -41,6 +42,10 @@ class AudioFramework final : public AV::AudioFramework {
                                                 AV::AudioCommonFormat commonFormat,
                                                 bool interleaved, NS::Error* error) override;
 
+  /// What the file lacks that was opened last, as soon as it is closed. Whoever asks comes after
+  /// its closing.
+  const capture::FileLoss& loss() const { return *loss_; }
+
  private:
   /// What is to be written where, and who tells of it.
   struct Order {
@@ -56,6 +61,7 @@ class AudioFramework final : public AV::AudioFramework {
   RawFileCreator createFile_;
   NoticeTaker tell_;
   std::shared_ptr<os::Logger> logger_;
+  std::shared_ptr<capture::FileLoss> loss_ = std::make_shared<capture::FileLoss>();
 };
 
 }  // namespace audrel::linuxos

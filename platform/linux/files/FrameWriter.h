@@ -24,6 +24,8 @@ class FrameWriter {
   struct Ending {
     std::optional<std::string> problem;  ///< a line for the log
     std::uint64_t missing = 0;           ///< frames that the file lacks, or has as silence
+    std::uint64_t silenced = 0;          ///< of them, those that it has as silence
+    std::string why = {};                ///< why finishing failed, for the user
   };
 
   /// Writes what is left and closes the file; nothing may follow.

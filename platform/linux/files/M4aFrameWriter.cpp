@@ -65,13 +65,14 @@ FrameWriter::Ending M4aFrameWriter::finish() {
   const std::uint64_t lost = frames_ - ending.frames;
   const std::uint64_t missing = lost + ending.silenced;
   if (ending.code == 0 && lost == 0) {
-    return {.problem = {}, .missing = missing};
+    return {.problem = {}, .missing = missing, .silenced = ending.silenced};
   }
-  std::string line = finishingProblem(path_, ending.code, lost, sampleRate_);
-  if (!ending.indexed) {
-    line += " The file plays, but has no index: some programs cannot seek in it.";
-  }
-  return {.problem = std::move(line), .missing = missing};
+  const std::string index =
+      ending.indexed ? "" : " The file plays, but has no index: some programs cannot seek in it.";
+  return {.problem = finishingProblem(path_, ending.code, lost, sampleRate_) + index,
+          .missing = missing,
+          .silenced = ending.silenced,
+          .why = ending.code != 0 ? reason(path_, ending.code) + index : ""};
 }
 
 void M4aFrameWriter::encodePacket(Problems& problems) {

@@ -49,7 +49,10 @@ FrameWriter::Ending WavFrameWriter::finish() {
   }
   const int code = writer_.finish();
   const std::uint64_t lost = frames_ - writer_.countedFrames();
-  Ending ending{.problem = {}, .missing = lost + writer_.silencedFrames()};
+  Ending ending{.problem = {},
+                .missing = lost + writer_.silencedFrames(),
+                .silenced = writer_.silencedFrames(),
+                .why = code != 0 ? reason(path_, code) : ""};
   if (code != 0 || lost > 0) {
     ending.problem = finishingProblem(path_, code, lost, sampleRate_);
   }

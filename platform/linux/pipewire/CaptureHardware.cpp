@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
+#include "platform/linux/pipewire/ShownName.h"
 
 namespace audrel::linuxos {
 
@@ -48,6 +49,7 @@ CaptureHardware::CaptureHardware(Connection& connection, CaptureTime& time, os::
     : connection_(connection),
       time_(time),
       log_(log.makeLogger(identity::bundleIdentifier, "capture")),
+      lossLog_(log.makeLogger(identity::bundleIdentifier, "loss")),
       uuids_(uuids) {
   const LoopLock lock(connection_.loop());
   connection_.setObserver(this);
@@ -82,6 +84,32 @@ std::optional<std::string> CaptureHardware::diagnosis() {
 std::uint64_t CaptureHardware::lostFrames() {
   const LoopLock lock(connection_.loop());
   return devices_.lostFrames();
+}
+
+std::optional<capture::Playback> CaptureHardware::playback(CA::AudioObjectID process) {
+  const LoopLock lock(connection_.loop());
+  if (processes_.find(process) == nullptr) {
+    return std::nullopt;
+  }
+  const Graph& graph = connection_.graph();
+  capture::Playback playback;
+  for (const auto& [id, node] : graph.nodes) {
+    if (!isPlaybackStream(node) || !isIdentified(graph, node) ||
+        processes_.processOf(node, clientOf(graph, node)).id != process) {
+      continue;
+    }
+    if (playback.title.empty() || (node.isRunning && !playback.isRunning)) {
+      playback.title = shownName(property(node.properties, "media.name"));
+    }
+    playback.isRunning = playback.isRunning || node.isRunning;
+  }
+  return playback;
+}
+
+bool CaptureHardware::hasQuit(CA::AudioObjectID process) {
+  const LoopLock lock(connection_.loop());
+  const auto* known = processes_.find(process);
+  return known != nullptr && !processes_.isAlive(*known, connection_.graph());
 }
 
 // Processes

@@ -77,6 +77,8 @@ class CaptureHardware final : public CA::AudioHardware,
 
   std::optional<std::string> diagnosis() override;
   std::uint64_t lostFrames() override;
+  std::optional<capture::Playback> playback(CA::AudioObjectID process) override;
+  bool hasQuit(CA::AudioObjectID process) override;
 
   std::optional<NS::RunningApplication> runningApplication(pid_t processIdentifier) override;
 
@@ -104,12 +106,13 @@ class CaptureHardware final : public CA::AudioHardware,
   Connection& connection_;
   CaptureTime& time_;
   std::shared_ptr<os::Logger> log_;
+  std::shared_ptr<os::Logger> lossLog_;
   NS::UUIDFactory& uuids_;
   ProcessTable processes_;
   CA::AudioObjectID nextID_ = CA::kAudioObjectSystemObject + 1;
   std::map<CA::AudioObjectID, Tap> taps_;
   std::map<CA::AudioObjectID, std::string> sinkNames_;
-  DeviceTable devices_{*log_};
+  DeviceTable devices_{*lossLog_};
   std::function<void(std::size_t)> runObserver_;
   std::string diagnosis_;
 };

@@ -35,8 +35,8 @@ struct Recording {
     AudioFramework framework(log, disk->creator());
     framework.setNoticeTaker([this](const Notice& notice) { told.push_back(textOf(notice)); });
     NS::Error error;
-    const auto file = framework.openForWriting(
-        "/music/recording", settings, AV::AudioCommonFormat::pcmFormatFloat32, true, &error);
+    auto file = framework.openForWriting("/music/recording", settings,
+                                         AV::AudioCommonFormat::pcmFormatFloat32, true, &error);
     if (!file) {
       openError = error;
       return;
@@ -47,6 +47,8 @@ struct Recording {
         beforeEach(*disk, frames);
       }
     });
+    file.reset();
+    loss = framework.loss();
   }
 
   std::shared_ptr<FakeDisk> disk = std::make_shared<FakeDisk>();
@@ -54,6 +56,7 @@ struct Recording {
   std::optional<NS::Error> openError;
   std::vector<NS::Error> writeErrors;
   std::vector<std::string> told;  ///< the user
+  capture::FileLoss loss;
 };
 
 enum class Kind { m4a, wav };
@@ -185,6 +188,12 @@ TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
     const std::size_t framesPerBlock = GetParam() == Kind::wav ? 24'000 : 23 * 1024;
     EXPECT_GE(playable + 1024, std::min(blocks * framesPerBlock, audio_.frames()));
     EXPECT_EQ(playable < audio_.frames(), line.find("missing") != std::string::npos) << line;
+    EXPECT_EQ(playable < audio_.frames(), recording.loss.missing > 0);
+    if (GetParam() == Kind::wav) {
+      EXPECT_EQ(playable + recording.loss.missing, audio_.frames());
+    }
+    EXPECT_EQ(recording.loss.silenced, 0U);
+    EXPECT_THAT(recording.loss.why, HasSubstr("has reached the largest size"));
     EXPECT_EQ(
         playable < audio_.frames(),
         !recording.told.empty() && recording.told.back().starts_with("Recording is incomplete"));
@@ -240,6 +249,7 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   }
   const FrameWriter::Ending ending = writer->finish();
   EXPECT_EQ(ending.problem, std::nullopt);
+  EXPECT_EQ(ending.silenced, ending.missing);
   EXPECT_TRUE(lossWasTold);
 
   disk->save(check_);

@@ -93,6 +93,23 @@ TEST(Processes, oneThatPausesIsListedAndOneThatClosesItsStreamsIsNot) {
   EXPECT_EQ(recorder.waitForProcess(player.pid()), process) << "it is the same as before";
 }
 
+TEST(Processes, tellWhatTheyPlayAndWhetherTheyDo) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server.socketPath());
+  Player player(server.socketPath());
+  ASSERT_TRUE(player.open("music", 1));
+  const auto process = recorder.waitForProcess(player.pid());
+  const auto playback = [&] {
+    recorder.processes();
+    return recorder.captureHardware().playback(process);
+  };
+  EXPECT_TRUE(waitFor([&] { return playback() == capture::Playback{true, "music"}; }));
+  ASSERT_TRUE(player.pause("music"));
+  EXPECT_TRUE(waitFor([&] { return playback() == capture::Playback{false, "music"}; }));
+  EXPECT_EQ(recorder.captureHardware().playback(process + 1), std::nullopt);
+}
+
 TEST(Processes, theyBearTheNameAndIdentifierThatTheyGiveThemselves) {
   TestServer server;
   ASSERT_TRUE(server.isRunning());
@@ -139,6 +156,8 @@ TEST(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
   const auto renewed = recorder.waitForProcess(after.pid());
 
   EXPECT_NE(renewed, old);
+  EXPECT_TRUE(recorder.captureHardware().hasQuit(old));
+  EXPECT_FALSE(recorder.captureHardware().hasQuit(renewed));
   EXPECT_THAT(recorder.processes(), ElementsAre(renewed));
   EXPECT_EQ(recorder.startProcess(old), badObject);
   EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("Radio has quit"));
