@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <variant>
@@ -29,8 +30,10 @@ namespace {
 
 using std::filesystem::path;
 
-/// Often enough for the eye, and well within once a second.
+/// Often enough for the eye, and well within once a second; where there is no eye, for the warning
+/// that writing fails.
 constexpr std::chrono::milliseconds redrawInterval{250};
+constexpr std::chrono::milliseconds warnInterval{1000};
 
 std::optional<RecordingSource> chosenSource(const Platform& platform, const Options& options,
                                             Console& console) {
@@ -65,7 +68,7 @@ std::uintmax_t sizeOf(const path& file) {
 std::string startLine(const RecordingSource& source, const path& file, const Console& console) {
   const auto* process = source.asProcess();
   return "Recording " + (process == nullptr ? "all system audio" : printable(process->name)) +
-         " to " + printable(file.native()) + (console.showsStatus() ? " (Ctrl-C stops)" : "");
+         " to " + printable(file.native()) + (console.isTerminal() ? " (Ctrl-C stops)" : "");
 }
 
 /// One recording, from a started engine to a closed file.
@@ -77,8 +80,9 @@ class Recording {
         signals_(signals),
         console_(console),
         file_(std::move(file)),
+        duration_(duration),
         framework_(platform.audioFramework, meter_, limit(signals, duration)),
-        engine_(RecordingEngine::make(withOwn(platform, framework_, platform.log))) {}
+        engine_(RecordingEngine::make(withOwn(platform, framework_))) {}
 
   /// Throws `RecorderError`.
   void start(const RecordingSource& source, RecordingFormat format) {
@@ -86,28 +90,29 @@ class Recording {
     console_.progress(startLine(source, file_, console_));
   }
 
-  /// Draws the status line until it is time to stop.
+  /// Draws the status line, and tells of failed writes, until it is time to stop.
   void follow() {
-    const auto interval = console_.showsStatus() ? std::optional(redrawInterval) : std::nullopt;
-    for (;;) {
+    const auto interval = console_.showsStatus() ? redrawInterval : warnInterval;
+    auto event = Signals::Event::timeout;
+    while (event != Signals::Event::stop && event != Signals::Event::woken) {
       drawStatus();
-      switch (signals_.wait(interval)) {
-        case Signals::Event::stop:
-        case Signals::Event::woken:
-          return;
-        case Signals::Event::resized:
-        case Signals::Event::timeout:
-          break;
+      event = signals_.wait(interval);
+      if (const auto failure = meter_.takeNewFailure(); failure.has_value()) {
+        console_.complain(printable(*failure));
       }
     }
   }
 
   Report stop() {
     engine_->stop();
+    const auto audio = meter_.total();
     return {.file = file_,
-            .audio = meter_.total(),
+            .audio = audio,
+            .loss = platform_.diagnostics.fileLoss().value_or(capture::FileLoss{
+                .missing = audio.failedFrames, .silenced = 0, .why = audio.firstFailure}),
             .underruns = engine_->underrunCount(),
             .lostFrames = platform_.diagnostics.lostFrames(),
+            .wasStopped = signals_.wasStopped(),
             .fileSize = sizeOf(file_)};
   }
 
@@ -126,15 +131,36 @@ class Recording {
     }
     const auto elapsed = platform_.clock.now() - engine_->startDate().value_or(NS::Date());
     const RecordingStatus status = {.elapsed = std::chrono::floor<std::chrono::seconds>(elapsed),
+                                    .total = total(),
+                                    .notice = notice(),
                                     .peak = meter_.takeRecentPeak(),
                                     .fileSize = sizeOf(file_)};
     console_.status(statusLine(status, console_.statusWidth()));
+  }
+
+  std::optional<std::chrono::seconds> total() const {
+    return duration_.has_value()
+               ? std::optional(std::chrono::ceil<std::chrono::seconds>(*duration_))
+               : std::nullopt;
+  }
+
+  /// The worst that there is to see.
+  std::string_view notice() const {
+    if (meter_.isFailing()) {
+      return "WRITING FAILS";
+    }
+    const auto* process = engine_->source().asProcess();
+    if (process != nullptr && platform_.diagnostics.hasQuit(process->id)) {
+      return "the application has quit";
+    }
+    return meter_.hasClipped() ? "CLIPPED" : "";
   }
 
   const Platform& platform_;
   Signals& signals_;
   Console& console_;
   const path file_;
+  const std::optional<std::chrono::microseconds> duration_;
   RecordingMeter meter_;
   MeteredAudioFramework framework_;
   const std::shared_ptr<RecordingEngine> engine_;
@@ -149,7 +175,8 @@ int tell(const Report& report, const Options& options, Console& console) {
   for (const auto& warning : warningsOf(report)) {
     console.complain(warning);
   }
-  return report.audio.failedWrites == 0 ? ExitStatus::success : ExitStatus::failure;
+  return report.loss.isNothing() && report.loss.why.empty() ? ExitStatus::success
+                                                            : ExitStatus::failure;
 }
 
 }  // namespace

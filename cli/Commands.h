@@ -20,7 +20,7 @@ struct ExitStatus {
 int list(const Platform& platform, const Options& options, Console& console);
 
 /// Records until a signal asks to stop or the length is reached, and reports. A failed write does
-/// not end the recording, but makes it a failure.
+/// not end the recording, but audio that could not be written makes it a failure.
 int record(const Platform& platform, const Options& options, Signals& signals, Console& console);
 
 /// Tells why the system refused, where the platform has more to say than the program's own text.

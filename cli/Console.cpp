@@ -3,15 +3,15 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
 #include <system_error>
 
 namespace audrel::cli {
 
 namespace {
-
-constexpr std::string_view clearLine = "\r\x1b[K";
 
 /// 0, or the `errno` value of why not all of it was taken.
 int writeAll(int descriptor, std::string_view text) {
@@ -33,6 +33,11 @@ std::optional<int> windowWidth(int descriptor) {
   return isKnown ? std::optional<int>(window.ws_col) : std::nullopt;
 }
 
+bool canOverwrite() {
+  const char* const terminal = std::getenv("TERM");  // NOLINT(concurrency-mt-unsafe)
+  return terminal == nullptr || std::string_view(terminal) != "dumb";
+}
+
 std::string withLineFeed(std::string_view line) {
   return std::string(line).append("\n");
 }
@@ -43,7 +48,8 @@ Console::Console(int output, int errorOutput, Options::Progress progress)
     : output_(output),
       errorOutput_(errorOutput),
       progress_(progress),
-      showsStatus_(progress == Options::Progress::shown && isatty(errorOutput) == 1) {}
+      isTerminal_(progress == Options::Progress::shown && isatty(errorOutput) == 1),
+      showsStatus_(isTerminal_ && canOverwrite()) {}
 
 void Console::result(std::string_view line) {
   print(withLineFeed(line));
@@ -77,8 +83,8 @@ void Console::print(std::string_view text) {
 
 void Console::status(std::string_view line) {
   if (showsStatus_) {
-    writeAll(errorOutput_, std::string(clearLine).append(line));
-    hasStatus_ = true;
+    writeAll(errorOutput_, clearing().append(line));
+    statusSize_ = std::max<std::size_t>(line.size(), 1);
   }
 }
 
@@ -96,10 +102,17 @@ int Console::statusWidth() const {
 }
 
 void Console::clearStatus() {
-  if (hasStatus_) {
-    writeAll(errorOutput_, clearLine);
-    hasStatus_ = false;
+  if (statusSize_ > 0) {
+    writeAll(errorOutput_, clearing());
+    statusSize_ = 0;
   }
+}
+
+std::string Console::clearing() const {
+  // A window that has become narrower shows the line as several, with the cursor in the last.
+  const auto width = static_cast<std::size_t>(statusWidth() + 1);
+  const auto above = statusSize_ == 0 ? 0 : (statusSize_ - 1) / width;
+  return above == 0 ? "\r\x1b[K" : "\r\x1b[" + std::to_string(above) + "A\x1b[J";
 }
 
 }  // namespace audrel::cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,8 +13,8 @@ namespace audrel::cli {
 /// do not take is lost and ends nothing, since a recording must go on beside a closed terminal; a
 /// result that is lost is told on standard error.
 ///
-/// On a terminal, standard error can carry a status line, which is overwritten in place; other
-/// texts first clear it. Main thread only.
+/// On a terminal that can do so (the environment's TERM is not "dumb"), standard error can carry a
+/// status line, which is overwritten in place; other texts first clear it. Main thread only.
 class Console {
  public:
   /// `progress`: whether the start and end of a recording are told, and the status line drawn.
@@ -42,6 +43,9 @@ class Console {
   std::optional<int> outputWidth() const;
   std::optional<int> errorWidth() const;
 
+  /// Whether somebody is told on a terminal.
+  bool isTerminal() const { return isTerminal_; }
+
   bool showsStatus() const { return showsStatus_; }
 
   /// Overwrites the status line. Does nothing where none is shown.
@@ -53,12 +57,14 @@ class Console {
 
  private:
   void clearStatus();
+  std::string clearing() const;
 
   const int output_;
   const int errorOutput_;
   const Options::Progress progress_;
+  const bool isTerminal_;
   const bool showsStatus_;
-  bool hasStatus_ = false;
+  std::size_t statusSize_ = 0;  ///< of the status line that is shown; 0: none is
   bool hasLostResults_ = false;
 };
 

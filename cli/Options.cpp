@@ -20,8 +20,8 @@ const char* const helpText =
 Records what this computer plays to an audio file, until Ctrl-C.
 
   -l, --list           list the applications that can be recorded, and exit
-  -a, --app WHO        record one application: its name, bundle identifier,
-                       process id, or "#" and its object id
+  -a, --app WHO        record one application: its name or a part of it,
+                       bundle identifier, process id, or "#" and object id
   -f, --format FORMAT  m4a (AAC, 256 kbit/s; the default) or wav (16 bit)
   -o, --output FILE    record to FILE, which must not exist yet, or to a new
                        file in FILE if that is a folder (default: Downloads);

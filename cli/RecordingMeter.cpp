@@ -56,6 +56,7 @@ std::string describePeak(float peak) {
 void RecordingMeter::add(std::uint32_t frames, double sampleRate, std::optional<float> peak) {
   const std::scoped_lock lock(mutex_);
   total_.frames += frames;
+  lastFrames_ = frames;
   total_.sampleRate = sampleRate;
   // Nothing is less than any peak.
   total_.peak = std::max(total_.peak, peak);
@@ -68,11 +69,33 @@ void RecordingMeter::addFailure(const NS::Error& error) {
     total_.firstFailure = error.localizedDescription;
   }
   ++total_.failedWrites;
+  total_.failedFrames += lastFrames_;
+  framesAtFailure_ = total_.frames;
+  if (error.localizedDescription != lastFailure_) {
+    lastFailure_ = error.localizedDescription;
+    newFailure_ = lastFailure_;
+  }
 }
 
 RecordedAudio RecordingMeter::total() const {
   const std::scoped_lock lock(mutex_);
   return total_;
+}
+
+bool RecordingMeter::isFailing() const {
+  const std::scoped_lock lock(mutex_);
+  return total_.failedWrites > 0 &&
+         static_cast<double>(total_.frames - framesAtFailure_) < total_.sampleRate;
+}
+
+bool RecordingMeter::hasClipped() const {
+  const std::scoped_lock lock(mutex_);
+  return total_.peak > 1.0F;
+}
+
+std::optional<std::string> RecordingMeter::takeNewFailure() {
+  const std::scoped_lock lock(mutex_);
+  return std::exchange(newFailure_, std::nullopt);
 }
 
 std::optional<float> RecordingMeter::takeRecentPeak() {

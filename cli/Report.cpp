@@ -25,26 +25,52 @@ std::string counted(std::uint64_t number, const std::string& one, const std::str
   return std::to_string(number) + " " + (number == 1 ? one : several);
 }
 
-std::string failedWrites(const RecordedAudio& audio) {
-  return counted(audio.failedWrites, "write", "writes") +
-         " failed, so audio may be missing; the rest of the file is kept. The first failure: " +
-         printable(audio.firstFailure);
+std::string amount(const RecordedAudio& audio, std::uint64_t frames) {
+  return lengthOf(audio.secondsOf(frames)) + " of audio (" + counted(frames, "frame", "frames") +
+         ")";
 }
 
-std::string lostFrames(std::uint64_t frames, double sampleRate) {
+/// What failed writes came to, a line each.
+std::vector<std::string> failuresOf(const Report& report) {
+  const auto& audio = report.audio;
+  const auto& loss = report.loss;
+  const auto why = " " + printable(loss.why.empty() ? audio.firstFailure : loss.why);
+  std::vector<std::string> lines;
+  if (loss.missing > 0) {
+    lines.push_back("Missing in the file: " + amount(audio, loss.missing) +
+                    ", which could not be written." + why);
+  }
+  if (loss.silenced > 0) {
+    lines.push_back("Silence in the file in place of " + amount(audio, loss.silenced) +
+                    ", which could not be written." + why);
+  }
+  if (lines.empty() && !loss.why.empty()) {
+    lines.push_back("The file holds all of the audio, but could not be finished." + why);
+  } else if (lines.empty() && audio.failedWrites > 0) {
+    lines.push_back(counted(audio.failedWrites, "write", "writes") +
+                    " failed, but nothing is missing: it was all written later.");
+  }
+  return lines;
+}
+
+std::string lostFrames(const Report& report) {
+  const auto frames = report.lostFrames;
+  const double sampleRate = report.audio.sampleRate;
   auto line = counted(frames, "frame was", "frames were") + " not delivered in time";
   if (sampleRate > 0) {
     line += " (" + withDecimals(static_cast<double>(frames) / sampleRate, 3) + " s)";
   }
-  return line + "; silence stands in their place. Is the computer busy?";
+  return line + "; silence stands in their place. " +
+         (report.wasStopped ? "The program was stopped for a while, by Ctrl-Z for instance."
+                            : "Is the computer busy?");
 }
 
 }  // namespace
 
 std::string textOf(const Report& report) {
   const auto& audio = report.audio;
-  auto line = "Saved " + printable(report.file.native()) + ": " + lengthOf(audio.seconds()) + ", " +
-              formatByteCount(report.fileSize);
+  auto line = "Saved " + printable(report.file.native()) + ": " +
+              lengthOf(audio.secondsOf(report.frames())) + ", " + formatByteCount(report.fileSize);
   if (audio.peak.has_value()) {
     line += ", peak " + describePeak(*audio.peak);
   }
@@ -56,8 +82,11 @@ std::string jsonOf(const Report& report) {
   const auto peak = audio.peak.has_value() ? decibels(*audio.peak) : std::nullopt;
   return jsonObject({
       {"file", jsonString(std::string_view(report.file.native()))},
-      {"seconds", jsonNumber(audio.seconds())},
-      {"frames", std::to_string(audio.frames)},
+      {"seconds", jsonNumber(audio.secondsOf(report.frames()))},
+      {"frames", std::to_string(report.frames())},
+      {"complete", report.isComplete() ? "true" : "false"},
+      {"missingFrames", std::to_string(report.missingFrames())},
+      {"failedWrites", std::to_string(audio.failedWrites)},
       {"underruns", std::to_string(report.underruns)},
       {"lostFrames", std::to_string(report.lostFrames)},
       {"peakDBFS", peak.has_value() ? withDecimals(*peak, 2) : "null"},
@@ -66,12 +95,9 @@ std::string jsonOf(const Report& report) {
 
 std::vector<std::string> warningsOf(const Report& report) {
   const auto& audio = report.audio;
-  std::vector<std::string> warnings;
-  if (audio.failedWrites > 0) {
-    warnings.push_back(failedWrites(audio));
-  }
+  auto warnings = failuresOf(report);
   if (report.lostFrames > 0) {
-    warnings.push_back(lostFrames(report.lostFrames, audio.sampleRate));
+    warnings.push_back(lostFrames(report));
   }
   if (report.underruns > 0) {
     warnings.push_back(counted(static_cast<std::uint64_t>(report.underruns), "cycle of audio was",

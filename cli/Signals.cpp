@@ -17,6 +17,7 @@ namespace {
 std::atomic<bool> stopAsked = false;
 std::atomic<bool> wakeAsked = false;
 std::atomic<bool> resizeSeen = false;
+std::atomic<bool> continueSeen = false;
 std::atomic<int> bellEnd = -1;
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
@@ -35,6 +36,11 @@ void onStop(int /*signal*/) {
 void onResize(int /*signal*/) {
   resizeSeen = true;
   ring();
+}
+
+void onContinue(int signal) {
+  continueSeen = true;
+  onResize(signal);
 }
 
 void makeBell(std::array<int, 2>& ends) {
@@ -71,11 +77,12 @@ std::optional<Signals::Event> pendingEvent() {
 Signals::Signals() {
   makeBell(bell_);
   bellEnd = bell_[1];
-  stopAsked = wakeAsked = resizeSeen = false;
+  stopAsked = wakeAsked = resizeSeen = continueSeen = false;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     handle(signal, onStop);
   }
   handle(SIGWINCH, onResize);
+  handle(SIGCONT, onContinue);
   for (const int signal : {SIGPIPE, SIGXFSZ}) {
     handle(signal, SIG_IGN);
   }
@@ -124,6 +131,10 @@ Signals::Event Signals::wait(std::optional<std::chrono::milliseconds> timeout) {
     pollfd bell{.fd = bell_[0], .events = POLLIN, .revents = 0};
     poll(&bell, 1, milliseconds);
   }
+}
+
+bool Signals::wasStopped() const {
+  return continueSeen;
 }
 
 void Signals::wake() noexcept {

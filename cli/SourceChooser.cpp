@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <iterator>
@@ -10,6 +11,7 @@
 
 #include "platform/Foundation.h"
 #include "platform/Printable.h"
+#include "platform/Utf8.h"
 
 namespace audrel::cli {
 
@@ -49,6 +51,19 @@ Matches matchesByID(const Platform& platform, std::string_view who) {
   });
 }
 
+/// Whether a run of characters in `name` is what `isMeant` says.
+bool hasPart(std::string_view name, const std::function<bool(std::string_view)>& isMeant) {
+  for (auto rest = name; !rest.empty(); rest.remove_prefix(firstCharacter(rest).size)) {
+    for (std::size_t size = 0; size < rest.size();) {
+      size += firstCharacter(rest.substr(size)).size;
+      if (isMeant(rest.substr(0, size))) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
 Matches matchesByName(const Platform& platform, const std::vector<Recordable>& listed,
                       std::string_view who) {
   auto exact = matchesAmong(listed, [who](const Recordable& it) {
@@ -61,10 +76,15 @@ Matches matchesByName(const Platform& platform, const std::vector<Recordable>& l
     return platform.collation.localizedCaseInsensitiveCompare(text, who) ==
            NS::ComparisonResult::orderedSame;
   };
-  return matchesAmong(listed, [&equal](const Recordable& it) {
+  auto whole = matchesAmong(listed, [&equal](const Recordable& it) {
     return equal(it.process.name) ||
            (it.process.bundleID.has_value() && equal(*it.process.bundleID));
   });
+  if (!whole.empty()) {
+    return whole;
+  }
+  return matchesAmong(listed,
+                      [&equal](const Recordable& it) { return hasPart(it.process.name, equal); });
 }
 
 NoSource nothingMeant(std::string_view who, std::vector<Recordable> listed) {

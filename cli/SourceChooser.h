@@ -17,8 +17,8 @@ struct NoSource {
 };
 
 /// The process that `who` means: "#" and an object id, a process id, or else a name or bundle
-/// identifier, first as it is spelled and then whatever the case. Names are looked up among the
-/// listed processes; ids among all.
+/// identifier, first as it is spelled, then whatever the case, then as a part of a name. Names are
+/// looked up among the listed processes; ids among all.
 std::variant<Recordable, NoSource> chooseProcess(const Platform& platform, std::string_view who);
 
 }  // namespace audrel::cli

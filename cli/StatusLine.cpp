@@ -35,20 +35,24 @@ std::string padded(const std::string& text, std::size_t size) {
 
 std::string statusLine(const RecordingStatus& status, int width) {
   const auto room = static_cast<std::size_t>(std::max(width, 0));
-  const auto time = formatDuration(status.elapsed);
+  const auto time = formatDuration(status.elapsed) +
+                    (status.total.has_value() ? " / " + formatDuration(*status.total) : "");
   const auto level = padded(describePeak(status.peak.value_or(0)), sizeof "-120.0 dBFS" - 1);
   const auto size = padded(formatByteCount(status.fileSize), sizeof "999.9 MB" - 1);
 
-  auto withLevel = time + gap + level;
-  auto withSize = withLevel + gap + size;
+  const auto head = status.notice.empty() ? time : (time + gap).append(status.notice);
+  const auto withLevel = head + gap + level;
+  const auto withSize = withLevel + gap + size;
   if (withSize.size() + gapSize + narrowestBar + 2 <= room) {
     const auto barSize = std::min(room - withSize.size() - gapSize - 2, widestBar);
-    return time + gap + "[" + bar(status.peak, barSize) + "]" + gap + level + gap + size;
+    return head + gap + "[" + bar(status.peak, barSize) + "]" + gap + level + gap + size;
   }
-  if (withSize.size() <= room) {
-    return withSize;
+  for (const auto& line : {withSize, withLevel, head, time}) {
+    if (line.size() <= room) {
+      return line;
+    }
   }
-  return withLevel.size() <= room ? withLevel : time.substr(0, room);
+  return "";
 }
 
 }  // namespace audrel::cli

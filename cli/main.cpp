@@ -1,3 +1,4 @@
+#include <locale.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -9,7 +10,6 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
-#include "cli/OwnPlatform.h"
 #include "cli/Signals.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
@@ -28,10 +28,8 @@ int runOnPlatform(const Options& options, Console& console) {
       return ExitStatus::failure;
     }
   }
-  SilentLog silent;
-  const auto whole = native->interfaces();
-  const auto platform =
-      native->logsOnStandardError() ? withOwn(whole, whole.audioFramework, silent) : whole;
+  native->keepOffStandardError({"engine", "discovery", "file", "loss"});
+  const auto platform = native->interfaces();
   return options.task == Options::Task::list ? list(platform, options, console)
                                              : record(platform, options, signals, console);
 }
@@ -70,6 +68,9 @@ int run(std::span<char*> arguments) {
 
 int main(int argumentCount, char** arguments) {
   using audrel::cli::ExitStatus;
+  // Names are UTF-8 whatever the user's locale, and their width on a terminal depends on it. The
+  // first thing that happens here: there is no other thread yet.
+  setlocale(LC_CTYPE, "C.UTF-8");  // NOLINT(concurrency-mt-unsafe)
   try {
     return audrel::cli::run({arguments, static_cast<std::size_t>(argumentCount)});
   } catch (const std::exception& error) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,8 +25,9 @@ class NativePlatform {
 
   virtual Platform interfaces() = 0;
 
-  /// Whether the errors of the log come out on standard error, among what the program says there.
-  virtual bool logsOnStandardError() const = 0;
+  /// Where the log comes out on standard error, leaves out what has these categories: the program
+  /// tells it there itself.
+  virtual void keepOffStandardError(std::set<std::string, std::less<>> categories) = 0;
 
   /// What the menu-bar program needs besides; made on the first call. Nothing when that program
   /// runs already in this session, which the user was told.

@@ -1,3 +1,4 @@
+#include "platform/Diagnostics.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
 #include "platform/linux/LinuxDesktop.h"
@@ -21,6 +22,25 @@ namespace audrel::linuxos {
 
 namespace {
 
+/// What capturing and writing can tell.
+class WholeDiagnostics final : public capture::Diagnostics {
+ public:
+  WholeDiagnostics(CaptureHardware& hardware, const AudioFramework& audioFramework)
+      : hardware_(hardware), audioFramework_(audioFramework) {}
+
+  std::optional<std::string> diagnosis() override { return hardware_.diagnosis(); }
+  std::uint64_t lostFrames() override { return hardware_.lostFrames(); }
+  std::optional<capture::Playback> playback(CA::AudioObjectID process) override {
+    return hardware_.playback(process);
+  }
+  bool hasQuit(CA::AudioObjectID process) override { return hardware_.hasQuit(process); }
+  std::optional<capture::FileLoss> fileLoss() override { return audioFramework_.loss(); }
+
+ private:
+  CaptureHardware& hardware_;
+  const AudioFramework& audioFramework_;
+};
+
 class LinuxPlatform final : public NativePlatform {
  public:
   LinuxPlatform() {
@@ -39,10 +59,12 @@ class LinuxPlatform final : public NativePlatform {
             .uuids = uuids_,
             .dispatch = dispatch_,
             .log = log_,
-            .diagnostics = hardware_};
+            .diagnostics = diagnostics_};
   }
 
-  bool logsOnStandardError() const override { return log_.isOnStandardError(); }
+  void keepOffStandardError(std::set<std::string, std::less<>> categories) override {
+    log_.keepOffStandardError(std::move(categories));
+  }
 
   std::optional<Desktop> desktop() override {
     if (!desktop_) {
@@ -90,6 +112,7 @@ class LinuxPlatform final : public NativePlatform {
   MonotonicTime captureTime_;
   CaptureAccess captureAccess_{connection_, log_};
   CaptureHardware hardware_{connection_, captureTime_, log_, uuids_};
+  WholeDiagnostics diagnostics_{hardware_, audioFramework_};
   std::unique_ptr<MelodyPlayer> demoPlayer_;
   std::optional<LinuxDesktop> desktop_;
 };

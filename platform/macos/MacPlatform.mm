@@ -30,7 +30,7 @@ class MacPlatform final : public NativePlatform {
             .diagnostics = diagnostics_};
   }
 
-  bool logsOnStandardError() const override { return false; }
+  void keepOffStandardError(std::set<std::string, std::less<>> /*categories*/) override {}
 
   // The system starts an application once, and shows the one that runs when it is asked again.
   std::optional<Desktop> desktop() override {

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "tests/cli/TerminalPair.h"
+#include "tests/fakes/ScopedVariable.h"
 
 namespace audrel::cli {
 namespace {
@@ -47,6 +48,8 @@ class Channel {
 
 class ConsoleOutput : public testing::Test {
  protected:
+  const fakes::ScopedVariable terminal_{"TERM", "xterm"};
+
   static Channel makePipe() {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
@@ -86,6 +89,30 @@ TEST_F(ConsoleOutput, theStatusLineIsOverwrittenAndClearedBeforeOtherText) {
   console.complain("Hm.");
   EXPECT_EQ(terminal.takeText(), "Recording\n\r\x1b[K0:01\r\x1b[K0:02\r\x1b[Kaudrel-record: Hm.\n");
   EXPECT_EQ(output_.text(), "Saved\n");
+}
+
+TEST_F(ConsoleOutput, theStatusLineIsClearedWholeWhereANarrowerWindowHasWrappedIt) {
+  const TerminalPair terminal(80);
+  Console console(output_.end(), terminal.terminal(), Options::Progress::shown);
+  console.status(std::string(79, 'x'));
+  terminal.takeText();
+  terminal.setColumns(30);  // three lines
+  console.status("0:02");
+  EXPECT_EQ(terminal.takeText(), "\r\x1b[2A\x1b[J0:02");
+  console.complain("Hm.");
+  EXPECT_EQ(terminal.takeText(), "\r\x1b[Kaudrel-record: Hm.\n");
+}
+
+TEST_F(ConsoleOutput, aTerminalThatCannotOverwriteGetsPlainLines) {
+  const fakes::ScopedVariable term("TERM", "dumb");
+  const TerminalPair terminal(80);
+  Console console(output_.end(), terminal.terminal(), Options::Progress::shown);
+  EXPECT_TRUE(console.isTerminal());
+  EXPECT_FALSE(console.showsStatus());
+  console.progress("Recording");
+  console.status("0:01");
+  console.complain("Hm.");
+  EXPECT_EQ(terminal.takeText(), "Recording\naudrel-record: Hm.\n");
 }
 
 TEST_F(ConsoleOutput, quietHasNoProgressButComplains) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +31,7 @@ using std::filesystem::path;
 using support::ChildProcess;
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 /// 0 for a file that is not there yet.
@@ -110,13 +112,14 @@ TEST_F(Demo, keepsItsMessagesOutOfTheFileWhenStandardOutputIsClosed) {
   closed.closed = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
   EXPECT_EQ(support::outcomeOf(closed).status, 0);
   EXPECT_EQ(readWave(file_).frames, 48000U);
-  EXPECT_THAT(contentsOf(file_), testing::Not(HasSubstr("Saved")));
+  EXPECT_THAT(contentsOf(file_), Not(HasSubstr("Saved")));
 }
 
 TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   TerminalPair window(60);
   auto inTheWindow = program({"--demo"});
   inTheWindow.terminal = window.terminal();
+  inTheWindow.environment = {{"TERM", "xterm"}};
   const auto child = ChildProcess::start(inTheWindow);
   std::string text;
   ASSERT_TRUE(support::waitFor([&] {
@@ -155,6 +158,32 @@ TEST_F(Demo, neverReplacesAFile) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.errors, HasSubstr("audrel-record: Could not create the output file: "));
   EXPECT_EQ(contentsOf(file_), "precious");
+}
+
+TEST_F(Demo, tellsOnceWhatTheFileDoesNotHold) {
+  const auto child =
+      ChildProcess::start(program({"--demo", "--duration", "3", "--json", "--quiet"}));
+  ASSERT_TRUE(support::waitFor([this] { return sizeOf(file_) > 0; })) << child->errorOutput();
+  const rlimit half = {100'000, RLIM_INFINITY};  // a block of half a second, and the header
+  ASSERT_EQ(prlimit(child->pid(), RLIMIT_FSIZE, &half, nullptr), 0);
+  EXPECT_EQ(child->waitForEnd(), 1);
+
+  const auto json = child->output();
+  const auto missing = number(json, "missingFrames");
+  EXPECT_EQ(static_cast<std::int64_t>(readWave(file_).frames), number(json, "frames"));
+  EXPECT_EQ(number(json, "frames") + missing, 144'000);
+  EXPECT_GT(missing, 0);
+  EXPECT_THAT(json, AllOf(HasSubstr("\"complete\": false"), Not(HasSubstr("\"failedWrites\": 0"))));
+  const std::string why =
+      "\"take.wav\" has reached the largest size that a file may have here. Raise the limit "
+      "(\"ulimit -f\"), or record to another disk.";
+  EXPECT_THAT(child->errorOutput(), StartsWith("audrel-record: " + why +
+                                               " Until then the recording is kept in memory.\n"
+                                               "audrel-record: Missing in the file: "));
+  EXPECT_THAT(child->errorOutput(),
+              HasSubstr("(" + std::to_string(missing) + " frames), which could not be written. " +
+                        why + "\n"));
+  EXPECT_THAT(child->errorOutput(), Not(HasSubstr("[")));  // no line of the log beside them
 }
 
 TEST_F(Demo, namesAFolderThatIsMissing) {

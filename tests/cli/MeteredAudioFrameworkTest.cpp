@@ -80,7 +80,7 @@ TEST_F(MeteredFile, writesEveryBufferAsItIsAndCountsItsFrames) {
   EXPECT_EQ(framesInFile(), 514U);
   EXPECT_EQ(meter_.total().frames, 514U);
   EXPECT_EQ(meter_.total().sampleRate, 48000);
-  EXPECT_DOUBLE_EQ(meter_.total().seconds(), 514 / 48000.0);
+  EXPECT_DOUBLE_EQ(meter_.total().secondsOf(meter_.total().frames), 514 / 48000.0);
 }
 
 TEST_F(MeteredFile, measuresTheLargestMagnitude) {
@@ -152,6 +152,15 @@ TEST_F(MeteredFile, measuresOnlyWhatIsBeforeItsEnd) {
   EXPECT_EQ(meter_.total().peak, 0.5F);
 }
 
+TEST_F(MeteredFile, remembersWhatWasLouderThanFullScale) {
+  const auto file = open();
+  file->write(*buffer({1.0F, -1.0F}));
+  EXPECT_FALSE(meter_.hasClipped());
+  file->write(*buffer({0.0F, -1.01F}));
+  file->write(*buffer({0.0F, 0.0F}));
+  EXPECT_TRUE(meter_.hasClipped());
+}
+
 TEST_F(MeteredFile, passesFailedWritesOnAndRemembersTheFirst) {
   const auto file = open();
   file->write(*frames(10));
@@ -162,7 +171,37 @@ TEST_F(MeteredFile, passesFailedWritesOnAndRemembersTheFirst) {
   audio_.writeError.reset();
   EXPECT_EQ(file->write(*frames(10)), std::nullopt);
   EXPECT_EQ(meter_.total().failedWrites, 2U);
+  EXPECT_EQ(meter_.total().failedFrames, 20U);
   EXPECT_EQ(meter_.total().firstFailure, "The disk is full.");
+}
+
+TEST_F(MeteredFile, tellsEachReasonWhyWritingFailsOnce) {
+  const auto file = open();
+  file->write(*frames(10));
+  EXPECT_EQ(meter_.takeNewFailure(), std::nullopt);
+  audio_.writeError = NS::Error{"domain", 28, "The disk is full."};
+  file->write(*frames(10));
+  file->write(*frames(10));
+  EXPECT_EQ(meter_.takeNewFailure(), "The disk is full.");
+  file->write(*frames(10));
+  EXPECT_EQ(meter_.takeNewFailure(), std::nullopt);
+  audio_.writeError = NS::Error{"domain", 5, "The disk is broken."};
+  file->write(*frames(10));
+  EXPECT_EQ(meter_.takeNewFailure(), "The disk is broken.");
+}
+
+TEST_F(MeteredFile, isFailingForASecondOfAudioAfterAFailedWrite) {
+  const auto file = open();
+  file->write(*frames(10));
+  EXPECT_FALSE(meter_.isFailing());
+  audio_.writeError = NS::Error{"domain", 28, "The disk is full."};
+  file->write(*frames(10));
+  EXPECT_TRUE(meter_.isFailing());
+  audio_.writeError.reset();
+  file->write(*frames(47999));
+  EXPECT_TRUE(meter_.isFailing());
+  file->write(*frames(1));
+  EXPECT_FALSE(meter_.isFailing());
 }
 
 TEST_F(MeteredFile, itsLengthIsReachedEvenWhenNothingCanBeWritten) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/cli/TerminalPair.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Waiting.h"
 
@@ -54,7 +55,8 @@ TEST(Program, printsOneJsonObject) {
   const auto outcome = run({"--duration", "2", "--output", "take.wav", "--json"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output,
-            R"({"file": "take.wav", "seconds": 2, "frames": 96000, "underruns": 0, )"
+            R"({"file": "take.wav", "seconds": 2, "frames": 96000, "complete": true, )"
+            R"("missingFrames": 0, "failedWrites": 0, "underruns": 0, )"
             R"("lostFrames": 0, "peakDBFS": -6.02})"
             "\n");
 }
@@ -75,7 +77,7 @@ TEST(Program, namesTheFileAfterSourceAndTime) {
   const auto all = run({"--duration", "1", "--json"});
   EXPECT_THAT(all.output,
               StartsWith(R"({"file": "/scripted/audio-SystemMix-2026-11-16-070900.m4a")"));
-  const auto one = run({"--duration", "1", "--json", "--app", "web radio", "--format", "wav"});
+  const auto one = run({"--duration", "1", "--json", "--app", "RAD", "--format", "wav"});
   EXPECT_THAT(one.errors, StartsWith("Recording Web Radio to /scripted/audio-Web-Radio-"));
   EXPECT_THAT(one.output,
               StartsWith(R"({"file": "/scripted/audio-Web-Radio-2026-11-16-070900.wav")"));
@@ -128,13 +130,41 @@ TEST(Program, saysWhenFramesWereLost) {
   EXPECT_THAT(outcome.output, HasSubstr("\"lostFrames\": 480"));
 }
 
-TEST(Program, goesOnWhenWritesFailAndFailsInTheEnd) {
+TEST(Program, goesOnWhenWritesFailAndTellsInTheEndWhatIsMissing) {
   const auto outcome = run({"--duration", "1", "--output", "take.wav"}, "cannot-write");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.output, StartsWith("Saved take.wav: 1.0 s"));
-  EXPECT_THAT(outcome.errors,
-              HasSubstr("94 writes failed, so audio may be missing; the rest of the "
-                        "file is kept. The first failure: The disk is full.\n"));
+  EXPECT_EQ(outcome.output, "Saved take.wav: 0.0 s, 0 B, peak -6.0 dBFS\n");
+  EXPECT_EQ(outcome.errors,
+            "Recording all system audio to take.wav\n"
+            "audrel-record: The disk is full.\n"
+            "audrel-record: Missing in the file: 1.0 s of audio (48000 frames), which could not be "
+            "written. The disk is full.\n");
+  EXPECT_EQ(run({"--duration", "1", "--output", "take.wav", "--json"}, "cannot-write").output,
+            R"({"file": "take.wav", "seconds": 0, "frames": 0, "complete": false, )"
+            R"("missingFrames": 48000, "failedWrites": 94, "underruns": 0, )"
+            R"("lostFrames": 0, "peakDBFS": -6.02})"
+            "\n");
+}
+
+TEST(Program, tellsAtOnceThatWritesFail) {
+  const auto child =
+      ChildProcess::start(program({"--output", "take.wav", "--quiet"}, "cannot-write"));
+  EXPECT_TRUE(support::waitFor([&] { return !child->errorOutput().empty(); }));
+  EXPECT_EQ(child->errorOutput(), "audrel-record: The disk is full.\n");
+  child->signal(SIGTERM);
+  EXPECT_EQ(child->waitForEnd(), 1);
+}
+
+TEST(Program, tellsWhatTheSystemSaysOfTheFile) {
+  const auto outcome = run({"-d", "2", "-o", "take.wav"}, "loses-the-end");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "Saved take.wav: 1.5 s, 0 B, peak -6.0 dBFS\n");
+  EXPECT_EQ(outcome.errors,
+            "Recording all system audio to take.wav\n"
+            "audrel-record: Missing in the file: 0.5 s of audio (24000 frames), which could not be "
+            "written. The disk is full.\n"
+            "audrel-record: Silence in the file in place of 0.3 s of audio (12000 frames), which "
+            "could not be written. The disk is full.\n");
 }
 
 TEST(Program, tellsWhyItCannotStart) {
@@ -195,14 +225,15 @@ TEST(Program, listsWhatCanBeRecorded) {
   const auto table = run({"--list"});
   EXPECT_EQ(table.status, 0);
   EXPECT_EQ(table.output,
-            "ID   PID   NAME       BUNDLE IDENTIFIER\n"
-            "#12  1200  Player     -\n"
-            "#13  1300  Player     -\n"
-            "#11  1100  Web Radio  org.example.Radio\n");
+            "ID   PID   NAME       BUNDLE IDENTIFIER  PLAYS\n"
+            "#12  1200  Player     -                  音楽 \\x1b[1m\n"
+            "#13  1300  Player     -                  idle\n"
+            "#11  1100  Web Radio  org.example.Radio  -\n");
   const auto json = run({"--list", "--json"});
   EXPECT_EQ(json.status, 0);
   EXPECT_THAT(json.output, StartsWith("[\n  {\"id\": 12, \"pid\": 1200, \"name\": \"Player\", "
-                                      "\"bundleIdentifier\": null},\n"));
+                                      "\"bundleIdentifier\": null, \"playing\": true, "
+                                      "\"title\": \"音楽 \\u001b[1m\"},\n"));
 }
 
 TEST(Program, listsNothingWithoutAnError) {
@@ -226,13 +257,61 @@ TEST(Program, listsWhatThereIsWhenTheApplicationIsUnclear) {
   EXPECT_EQ(several.errors,
             "audrel-record: \"player\" may be any of these; give the id of one, as in --app "
             "'#12':\n"
-            "ID   PID   NAME    BUNDLE IDENTIFIER\n"
-            "#12  1200  Player  -\n"
-            "#13  1300  Player  -\n");
+            "ID   PID   NAME    BUNDLE IDENTIFIER  PLAYS\n"
+            "#12  1200  Player  -                  音楽 \\x1b[1m\n"
+            "#13  1300  Player  -                  idle\n");
   const auto unknown = run({"--app", "nobody"});
   EXPECT_EQ(unknown.status, 1);
   EXPECT_THAT(unknown.errors, AllOf(HasSubstr("\"nobody\" is no application"),
-                                    HasSubstr("#11  1100  Web Radio  org.example.Radio\n")));
+                                    HasSubstr("#11  1100  Web Radio  org.example.Radio  -\n")));
+}
+
+TEST(Program, saysOnATerminalWhatMustBeSeen) {
+  const auto shownUntil = [](const std::string& text, const std::vector<std::string>& words,
+                             const std::string& script) {
+    const TerminalPair window(80);
+    auto inTheWindow = program(words, script);
+    inTheWindow.environment["TERM"] = "xterm";
+    inTheWindow.terminal = window.terminal();
+    const auto child = ChildProcess::start(inTheWindow);
+    std::string shown;
+    EXPECT_TRUE(support::waitFor([&] {
+      return (shown += window.takeText()).find(text) != shown.npos;
+    })) << shown;
+    child->end(SIGTERM);
+    return shown;
+  };
+  EXPECT_THAT(shownUntil("  [", {"-o", "take.wav", "-d", "1h"}, ""),
+              StartsWith("Recording all system audio to take.wav (Ctrl-C stops)\n"
+                         "\r\x1b[K0:00 / 1:00:00  ["));
+  shownUntil("\r\x1b[K0:00  CLIPPED  [", {"-o", "take.wav"}, "clips");
+  shownUntil("\r\x1b[K0:00  the application has quit  [", {"-o", "take.wav", "-a", "radio"},
+             "radio-quits");
+  shownUntil("audrel-record: The disk is full.\n\r\x1b[K0:00  WRITING FAILS  [", {"-o", "take.wav"},
+             "cannot-write");
+}
+
+TEST(Program, saysItInPlainLinesOnATerminalThatCannotOverwrite) {
+  const TerminalPair window(80);
+  auto inTheWindow = program({"-o", "take.wav", "-d", "1"});
+  inTheWindow.environment["TERM"] = "dumb";
+  inTheWindow.terminal = window.terminal();
+  EXPECT_EQ(ChildProcess::start(inTheWindow)->waitForEnd(), 0);
+  EXPECT_EQ(window.takeText(),
+            "Recording all system audio to take.wav (Ctrl-C stops)\n"
+            "Saved take.wav: 1.0 s, 0 B, peak -6.0 dBFS\n");
+}
+
+TEST(Program, saysThatItWasStoppedWhereFramesWereLostMeanwhile) {
+  const auto child = ChildProcess::start(program({"-o", "take.wav"}, "loses-frames"));
+  EXPECT_TRUE(support::waitFor([&] { return child->errorOutput().starts_with("Recording"); }));
+  child->signal(SIGSTOP);
+  child->signal(SIGCONT);
+  child->signal(SIGTERM);
+  EXPECT_EQ(child->waitForEnd(), 0);
+  EXPECT_THAT(child->errorOutput(),
+              HasSubstr("; silence stands in their place. The program was stopped for a while, by "
+                        "Ctrl-Z for instance.\n"));
 }
 
 TEST(Program, refusesAWrongCommandLine) {

@@ -43,7 +43,31 @@ TEST(Report, jsonIsOneObject) {
   report.lostFrames = 1024;
   EXPECT_EQ(jsonOf(report),
             R"({"file": "/home/me/Downloads/take.wav", "seconds": 10, "frames": 480000, )"
+            R"("complete": false, "missingFrames": 0, "failedWrites": 0, )"
             R"("underruns": 2, "lostFrames": 1024, "peakDBFS": -6.02})");
+}
+
+TEST(Report, tellsTheLengthOfTheFileAndNotOfWhatCouldNotBeWritten) {
+  auto report = tenSeconds();
+  report.audio.failedWrites = 9;
+  report.loss = {.missing = 96'000, .silenced = 48'000, .why = "The disk is full."};
+  EXPECT_EQ(textOf(report), "Saved /home/me/Downloads/take.wav: 8.0 s, 1.9 MB, peak -6.0 dBFS");
+  EXPECT_EQ(jsonOf(report),
+            R"({"file": "/home/me/Downloads/take.wav", "seconds": 8, "frames": 384000, )"
+            R"("complete": false, "missingFrames": 144000, "failedWrites": 9, )"
+            R"("underruns": 0, "lostFrames": 0, "peakDBFS": -6.02})");
+}
+
+TEST(Report, isCompleteWhenAllThatPlayedIsInTheFile) {
+  auto report = tenSeconds();
+  report.audio.failedWrites = 9;
+  EXPECT_TRUE(report.isComplete());
+  auto lacking = report;
+  lacking.lostFrames = 1;
+  EXPECT_FALSE(lacking.isComplete());
+  lacking = report;
+  lacking.underruns = 1;
+  EXPECT_FALSE(lacking.isComplete());
 }
 
 TEST(Report, jsonHasNoPeakForSilence) {
@@ -74,14 +98,44 @@ TEST(Report, warnsOfWhatIsMissing) {
   report.lostFrames = 4800;
   report.underruns = 1;
   report.audio.failedWrites = 3;
-  report.audio.firstFailure = "No space left\x07.";
+  report.loss = {.missing = 144'000, .silenced = 1, .why = "No space left\x07."};
   EXPECT_THAT(
       warningsOf(report),
-      ElementsAre("3 writes failed, so audio may be missing; the rest of the file is kept. The "
-                  "first failure: No space left\\x07.",
-                  "4800 frames were not delivered in time (0.100 s); silence stands in their "
-                  "place. Is the computer busy?",
-                  "1 cycle of audio was dropped for lack of memory."));
+      ElementsAre(
+          "Missing in the file: 3.0 s of audio (144000 frames), which could not be written. "
+          "No space left\\x07.",
+          "Silence in the file in place of 0.0 s of audio (1 frame), which could not be "
+          "written. No space left\\x07.",
+          "4800 frames were not delivered in time (0.100 s); silence stands in their "
+          "place. Is the computer busy?",
+          "1 cycle of audio was dropped for lack of memory."));
+}
+
+TEST(Report, saysThatTheProgramWasStoppedWhereFramesWereLostMeanwhile) {
+  auto report = tenSeconds();
+  report.wasStopped = true;
+  EXPECT_THAT(warningsOf(report), IsEmpty());
+  report.lostFrames = 4800;
+  EXPECT_THAT(
+      warningsOf(report),
+      ElementsAre("4800 frames were not delivered in time (0.100 s); silence stands in their "
+                  "place. The program was stopped for a while, by Ctrl-Z for instance."));
+}
+
+TEST(Report, tellsTheFirstFailureWhereTheFilesEndingSaysNothing) {
+  auto report = tenSeconds();
+  report.audio.firstFailure = "The audio could not be encoded.";
+  report.loss.missing = 4800;
+  EXPECT_THAT(warningsOf(report),
+              ElementsAre("Missing in the file: 0.1 s of audio (4800 frames), which could not be "
+                          "written. The audio could not be encoded."));
+}
+
+TEST(Report, tellsOfAFileThatCouldNotBeFinished) {
+  auto report = tenSeconds();
+  report.loss.why = "The disk is full.";
+  EXPECT_THAT(warningsOf(report), ElementsAre("The file holds all of the audio, but could not be "
+                                              "finished. The disk is full."));
 }
 
 TEST(Report, countsOneAndMany) {
@@ -89,10 +143,10 @@ TEST(Report, countsOneAndMany) {
   report.lostFrames = 1;
   report.underruns = 2;
   report.audio.failedWrites = 1;
-  EXPECT_THAT(
-      warningsOf(report),
-      ElementsAre(HasSubstr("1 write failed"), HasSubstr("1 frame was not delivered in time"),
-                  "2 cycles of audio were dropped for lack of memory."));
+  EXPECT_THAT(warningsOf(report),
+              ElementsAre("1 write failed, but nothing is missing: it was all written later.",
+                          HasSubstr("1 frame was not delivered in time"),
+                          "2 cycles of audio were dropped for lack of memory."));
 }
 
 }  // namespace

@@ -5,12 +5,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "platform/NativePlatform.h"
 #include "tests/fakes/IOThread.h"
@@ -41,6 +44,7 @@ class ScriptedPlatform final : public NativePlatform {
     };
     world_.runningApplications.applications = {
         {1100, {"Web Radio"}}, {1200, {"Player"}}, {1300, {"Player"}}};
+    world_.diagnostics.playbacks = {{12, {true, "音楽 \x1b[1m"}}, {13, {false, "Blue"}}};
     world_.fileManager.downloads = "/scripted";
     if (scriptSays("nobody-plays")) {
       world_.hardware.processObjects.clear();
@@ -59,12 +63,23 @@ class ScriptedPlatform final : public NativePlatform {
     if (scriptSays("cannot-write")) {
       world_.audio.writeError = NS::Error{"scripted", 28, "The disk is full."};
     }
+    if (scriptSays("loses-the-end")) {
+      world_.diagnostics.loss = {.missing = 24'000, .silenced = 12'000, .why = "The disk is full."};
+    }
+    if (scriptSays("clips")) {
+      cycle_.fill(1.5F);
+    }
+    if (scriptSays("radio-quits")) {
+      world_.diagnostics.gone = 11;
+    }
     if (scriptSays("loses-frames")) {
       world_.diagnostics.lost = 480;
     }
-    if (logsOnStandardError()) {
-      world_.journal.whenAdded = [](const std::string& line) {
-        if (line.starts_with("log ")) {
+    if (scriptSays("no-journal")) {
+      world_.journal.whenAdded = [this](const std::string& line) {
+        const auto begin = line.find('[') + 1;
+        if (line.starts_with("log ") &&
+            !keptOff_.contains(line.substr(begin, line.find(']') - begin))) {
           std::cerr << line << std::endl;
         }
       };
@@ -73,7 +88,9 @@ class ScriptedPlatform final : public NativePlatform {
 
   Platform interfaces() override { return world_.platformWith(dispatch_); }
 
-  bool logsOnStandardError() const override { return scriptSays("no-journal"); }
+  void keepOffStandardError(std::set<std::string, std::less<>> categories) override {
+    keptOff_ = std::move(categories);
+  }
 
   std::optional<Desktop> desktop() override { return std::nullopt; }
 
@@ -91,6 +108,7 @@ class ScriptedPlatform final : public NativePlatform {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 
+  std::set<std::string, std::less<>> keptOff_;
   fakes::World world_;
   fakes::ThreadDispatch dispatch_;
   Cycle cycle_{};

@@ -66,6 +66,14 @@ TEST_F(SignalsTest, aNewWindowSizeIsToldOnce) {
   EXPECT_EQ(signals.wait(atOnce), Event::timeout);
 }
 
+TEST_F(SignalsTest, goingOnAfterAStopIsRememberedAndMayHaveChangedTheWindow) {
+  Signals signals;
+  EXPECT_FALSE(signals.wasStopped());
+  raise(SIGCONT);
+  EXPECT_EQ(signals.wait(std::nullopt), Event::resized);
+  EXPECT_TRUE(signals.wasStopped());
+}
+
 TEST_F(SignalsTest, anotherThreadEndsTheWait) {
   Signals signals;
   std::thread other([&signals] {
@@ -116,7 +124,7 @@ TEST_F(SignalsTest, allIsAsBeforeAfterwards) {
     const Signals signals;
     EXPECT_NE(handlerOf(SIGINT), SIG_DFL);
   }
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGWINCH, SIGPIPE, SIGXFSZ}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGWINCH, SIGCONT, SIGPIPE, SIGXFSZ}) {
     EXPECT_EQ(handlerOf(signal), SIG_DFL) << signal;
   }
 }
@@ -125,8 +133,10 @@ TEST_F(SignalsTest, laterOnesStartAfresh) {
   {
     const Signals signals;
     raise(SIGINT);
+    raise(SIGCONT);
   }
   Signals signals;
+  EXPECT_FALSE(signals.wasStopped());
   EXPECT_EQ(signals.wait(atOnce), Event::timeout);
 }
 

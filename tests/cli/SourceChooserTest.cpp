@@ -130,51 +130,69 @@ TEST_F(SourceChoice, takesAnApplicationWhoseNameIsANumber) {
   EXPECT_EQ(chosen("1942"), 11U);
 }
 
-TEST_F(SourceChoice, listsIdPidNameAndBundleIdentifier) {
+TEST_F(SourceChoice, isByAPartOfTheNameWhenOnlyOneHasIt) {
+  add(11, 1100, "Web Radio", "org.example.Radio");
+  add(12, 1200, "Web Player", "");
+  add(13, 1300, "Émission", "");
+  EXPECT_EQ(chosen("radio"), 11U);
+  EXPECT_EQ(chosen("b P"), 12U);
+  EXPECT_EQ(chosen("mission"), 13U);
+  EXPECT_THAT(ids(refused("web").candidates), ElementsAre(12, 11));
+  EXPECT_EQ(refused("web").complaint,
+            "\"web\" may be any of these; give the id of one, as in --app '#12':");
+  EXPECT_THAT(refused("example").complaint, HasSubstr("is no application that can be recorded"));
+}
+
+TEST_F(SourceChoice, isByAWholeNameBeforeAPartOfOthers) {
+  add(11, 1100, "Web Radio", "");
+  add(12, 1200, "radio", "");
+  EXPECT_EQ(chosen("RADIO"), 12U);
+}
+
+TEST_F(SourceChoice, listsWhatIsKnownOfEach) {
   add(11, 1100, "Web Radio", "org.example.Radio");
   add(4242, 7, "Zoé\nName", "");
+  add(13, 1300, "Zoé", "");
+  add(14, 1400, "Zoé", "");
+  world_.diagnostics.playbacks = {
+      {4242, {true, "Blue \x1b Green"}}, {13, {true, ""}}, {14, {false, "Blue"}}};
   EXPECT_EQ(tableOf(listedProcesses(world_.platform()), std::nullopt),
-            "ID     PID   NAME         BUNDLE IDENTIFIER\n"
-            "#11    1100  Web Radio    org.example.Radio\n"
-            "#4242  7     Zoé\\x0aName  -\n");
+            "ID     PID   NAME         BUNDLE IDENTIFIER  PLAYS\n"
+            "#11    1100  Web Radio    org.example.Radio  -\n"
+            "#13    1300  Zoé          -                  playing\n"
+            "#14    1400  Zoé          -                  idle\n"
+            "#4242  7     Zoé\\x0aName  -                  Blue \\x1b Green\n");
   EXPECT_EQ(jsonOf(listedProcesses(world_.platform())),
             "[\n"
             R"(  {"id": 11, "pid": 1100, "name": "Web Radio", )"
-            R"("bundleIdentifier": "org.example.Radio"},)"
+            R"("bundleIdentifier": "org.example.Radio", "playing": null, "title": null},)"
             "\n"
-            R"(  {"id": 4242, "pid": 7, "name": "Zoé\u000aName", "bundleIdentifier": null})"
+            R"(  {"id": 13, "pid": 1300, "name": "Zoé", )"
+            R"("bundleIdentifier": null, "playing": true, "title": null},)"
+            "\n"
+            R"(  {"id": 14, "pid": 1400, "name": "Zoé", )"
+            R"("bundleIdentifier": null, "playing": false, "title": "Blue"},)"
+            "\n"
+            R"(  {"id": 4242, "pid": 7, "name": "Zoé\u000aName", )"
+            R"("bundleIdentifier": null, "playing": true, "title": "Blue \u001b Green"})"
             "\n]");
 }
 
 TEST_F(SourceChoice, listsNoPidOfAProcessThatIsGone) {
   EXPECT_EQ(
       tableOf({{{11, "Init", std::nullopt}, 1}, {{12, "Gone", std::nullopt}, 0}}, std::nullopt),
-      "ID   PID  NAME  BUNDLE IDENTIFIER\n"
-      "#11  1    Init  -\n"
-      "#12  -    Gone  -\n");
+      "ID   PID  NAME  BUNDLE IDENTIFIER  PLAYS\n"
+      "#11  1    Init  -                  -\n"
+      "#12  -    Gone  -                  -\n");
 }
 
 TEST_F(SourceChoice, cutsTheListToAWindow) {
   add(11, 1100, "Web Radio, the station for names", "org.example.Radio");
-  add(4242, 7, "Zoé", "");
   const auto listed = listedProcesses(world_.platform());
   EXPECT_EQ(tableOf(listed, 44),
-            "ID     PID   NAME            BUNDLE IDENTIF…\n"
-            "#11    1100  Web Radio, th…  org.example.Ra…\n"
-            "#4242  7     Zoé             -\n");
+            "ID   PID   NAME          BUNDLE IDEN…  PLAYS\n"
+            "#11  1100  Web Radio, …  org.example…  -\n");
   EXPECT_EQ(tableOf(listed, 1000), tableOf(listed, std::nullopt));
-}
-
-TEST_F(SourceChoice, givesTheNameOfAListWhatTheIdentifierDoesNotNeed) {
-  add(11, 1100, std::string(200, 'n'), "short");
-  EXPECT_EQ(tableOf(listedProcesses(world_.platform()), 50),
-            "ID   PID   NAME                  BUNDLE IDENTIFIER\n"
-            "#11  1100  nnnnnnnnnnnnnnnnnnn…  short\n");
-}
-
-TEST_F(SourceChoice, listsNoMoreThanFitsIntoANarrowWindow) {
-  add(11, 1100, "Web Radio", "org.example.Radio");
-  EXPECT_EQ(tableOf(listedProcesses(world_.platform()), 0), "ID   PID   …  …\n#11  1100  …  …\n");
 }
 
 TEST_F(SourceChoice, listsNothingAsAnEmptyArray) {

@@ -23,15 +23,35 @@ TEST(StatusLine, hasTimeBarLevelAndSize) {
             "0:35  [################################........]   -12.0 dBFS    1.2 MB");
 }
 
+TEST(StatusLine, hasTheTotalWhereThereIsOne) {
+  auto status = halfMinute;
+  status.total = seconds(90);
+  EXPECT_EQ(statusLine(status, 79),
+            "0:35 / 1:30  [################################........]   -12.0 dBFS    1.2 MB");
+  EXPECT_EQ(statusLine(status, 11), "0:35 / 1:30");
+}
+
 TEST(StatusLine, shortensTheBarFirst) {
   EXPECT_EQ(statusLine(halfMinute, 50), "0:35  [###############....]   -12.0 dBFS    1.2 MB");
 }
 
-TEST(StatusLine, dropsBarThenSizeThenLevel) {
+TEST(StatusLine, hasANoticeBehindTheTime) {
+  auto status = halfMinute;
+  status.notice = "WRITING FAILS";
+  EXPECT_EQ(statusLine(status, 79),
+            "0:35  WRITING FAILS  [##########################.......]   -12.0 dBFS    1.2 MB");
+  EXPECT_EQ(statusLine(status, 45), "0:35  WRITING FAILS   -12.0 dBFS    1.2 MB");
+  EXPECT_EQ(statusLine(status, 33), "0:35  WRITING FAILS   -12.0 dBFS");
+  EXPECT_EQ(statusLine(status, 19), "0:35  WRITING FAILS");
+  EXPECT_EQ(statusLine(status, 18), "0:35");
+}
+
+TEST(StatusLine, dropsBarThenSizeThenLevelThenTime) {
   EXPECT_EQ(statusLine(halfMinute, 40), "0:35   -12.0 dBFS    1.2 MB");
   EXPECT_EQ(statusLine(halfMinute, 20), "0:35   -12.0 dBFS");
   EXPECT_EQ(statusLine(halfMinute, 10), "0:35");
-  EXPECT_EQ(statusLine(halfMinute, 3), "0:3");
+  EXPECT_EQ(statusLine(halfMinute, 4), "0:35");
+  EXPECT_EQ(statusLine(halfMinute, 3), "");
   EXPECT_EQ(statusLine(halfMinute, 0), "");
   EXPECT_EQ(statusLine(halfMinute, -1), "");
 }

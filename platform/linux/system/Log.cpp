@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "platform/linux/system/JournalLogger.h"
 
 namespace audrel::linuxos {
@@ -26,6 +28,12 @@ std::shared_ptr<os::Logger> Log::makeLogger(const std::string& subsystem,
     }
     return std::make_shared<JournalLogger>(subsystem, category, sendToJournal);
   });
+}
+
+void Log::keepOffStandardError(std::set<std::string, std::less<>> categories) {
+  if (standardError_ != nullptr) {
+    standardError_->leaveOut(std::move(categories));
+  }
 }
 
 }  // namespace audrel::linuxos

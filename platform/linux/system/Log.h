@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "platform/Log.h"
@@ -19,7 +21,8 @@ class Log final : public os::Log {
   std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
                                          const std::string& category) override;
 
-  bool isOnStandardError() const { return standardError_ != nullptr; }
+  /// From now on, of all loggers, where there is no journal.
+  void keepOffStandardError(std::set<std::string, std::less<>> categories);
 
  private:
   /// Null where there is a journal.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/Printable.h"
+#include "platform/linux/system/Environment.h"
 
 namespace audrel::linuxos {
 
@@ -28,7 +29,9 @@ class StandardErrorLog::CategoryLogger final : public os::Logger {
 };
 
 StandardErrorLog::StandardErrorLog(int descriptor, os::LogLevel minimum)
-    : descriptor_(descriptor), minimum_(minimum), terminal_(isatty(descriptor) == 1) {}
+    : descriptor_(descriptor),
+      minimum_(minimum),
+      terminal_(isatty(descriptor) == 1 && environmentVariable("TERM") != "dumb") {}
 
 StandardErrorLog::~StandardErrorLog() {
   try {
@@ -42,6 +45,11 @@ std::shared_ptr<os::Logger> StandardErrorLog::makeLogger(const std::string& cate
   return std::make_shared<CategoryLogger>(shared_from_this(), category);
 }
 
+void StandardErrorLog::leaveOut(std::set<std::string, std::less<>> categories) {
+  const std::scoped_lock lock(mutex_);
+  leftOut_ = std::move(categories);
+}
+
 void StandardErrorLog::log(const std::string& category, os::LogLevel level, std::string_view text) {
   if (level < minimum_) {
     return;
@@ -50,6 +58,9 @@ void StandardErrorLog::log(const std::string& category, os::LogLevel level, std:
                      printable(text);
 
   const std::scoped_lock lock(mutex_);
+  if (leftOut_.contains(category)) {
+    return;
+  }
   if (line == last_) {
     ++repetitions_;
     return;

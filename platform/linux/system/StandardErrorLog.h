@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -11,8 +13,8 @@
 namespace audrel::linuxos {
 
 /// Lines of "[category] level: text" on a file descriptor, each written in one piece and printable,
-/// since the text holds names that other programs chose. On a terminal a line first clears the one
-/// that the cursor stands in, which may be a status line.
+/// since the text holds names that other programs chose. On a terminal that can do so (TERM is not
+/// "dumb") a line first clears the one that the cursor stands in, which may be a status line.
 ///
 /// A line that repeats the one before is only counted, and the count told before the next other
 /// line: a full disk must not flood the terminal. Thread-safe.
@@ -26,6 +28,9 @@ class StandardErrorLog : public std::enable_shared_from_this<StandardErrorLog> {
   /// The logger keeps the log alive.
   std::shared_ptr<os::Logger> makeLogger(const std::string& category);
 
+  /// Drops all lines of these categories from now on.
+  void leaveOut(std::set<std::string, std::less<>> categories);
+
  private:
   class CategoryLogger;
 
@@ -37,6 +42,7 @@ class StandardErrorLog : public std::enable_shared_from_this<StandardErrorLog> {
   const os::LogLevel minimum_;
   const bool terminal_;
   std::mutex mutex_;
+  std::set<std::string, std::less<>> leftOut_;
   std::string last_;
   std::uint64_t repetitions_ = 0;
 };

@@ -130,7 +130,7 @@ TEST_F(LoadedProgramTest, answersWhatAPersonTyped) {
       {audrelRecord,
        {"audrel-record", "--list"},
        0,
-       "#71  710  game       -\n#70  700  Web Radio  org.example.radio\n"},
+       "#71  710  game       -                  -\n#70  700  Web Radio  org.example.radio  -\n"},
       {audrelRecord, {"audrel-record", "--unknown"}, 2, "'--unknown' is no option"},
       // On macOS the option parser of the C library says these two in another way.
       {audrelRecord, {"audrel-record", "--json=1"}, 2, "--json takes no value"},

@@ -94,6 +94,18 @@ TEST(StandardErrorLog, countsALineThatComesAgain) {
             "[engine] error: disk full\n(the last line came 1 more times)\n");
 }
 
+TEST(StandardErrorLog, leavesOutWhatOthersTell) {
+  EXPECT_EQ(written(LogLevel::error,
+                    [](const std::shared_ptr<StandardErrorLog>& log) {
+                      const auto engine = log->makeLogger("engine");
+                      log->leaveOut({"engine", "file"});
+                      engine->error("It failed.");
+                      log->makeLogger("file")->error("It failed.");
+                      log->makeLogger("capture")->error("Audio server lost");
+                    }),
+            "[capture] error: Audio server lost\n");
+}
+
 TEST(StandardErrorLog, showsNamesAsTheTerminalDoes) {
   EXPECT_EQ(written(LogLevel::info,
                     [](const std::shared_ptr<StandardErrorLog>& log) {

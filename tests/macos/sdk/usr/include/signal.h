@@ -20,6 +20,7 @@ struct sigaction {
 #define SIGINT 2
 #define SIGPIPE 13
 #define SIGTERM 15
+#define SIGCONT 19
 #define SIGXFSZ 25
 #define SIGWINCH 28
 #define SIG_IGN ((void (*)(int))1)

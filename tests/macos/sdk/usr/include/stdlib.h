@@ -18,6 +18,7 @@ div_t div(int dividend, int divisor);
 ldiv_t ldiv(long dividend, long divisor);
 lldiv_t lldiv(long long dividend, long long divisor);
 void free(void* memory);
+char* getenv(const char* name);
 void* malloc(size_t size);
 void* realloc(void* memory, size_t size);
 double strtod_l(const char* text, char** end, locale_t locale);

@@ -10,6 +10,7 @@
 #endif
 
 __BEGIN_DECLS
+int wcwidth(wchar_t character);
 wchar_t* wcschr(const wchar_t* text, wchar_t character);
 wchar_t* wcspbrk(const wchar_t* text, const wchar_t* accepted);
 wchar_t* wcsrchr(const wchar_t* text, wchar_t character);
