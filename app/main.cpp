@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <array>
 #include <cstddef>
 #include <exception>
@@ -57,6 +59,11 @@ int runOnPlatform(Server server) {
   const auto desktop = native->desktop();
   if (!desktop) {
     return complain("Audrel is already running; its icon is in the panel.", failure);
+  }
+  if (isatty(STDERR_FILENO) == 1) {
+    std::cerr
+        << "Audrel is running; its icon is in the panel (the menu bar). \"Quit Audrel\" in the "
+           "icon's menu ends it, and so does Ctrl-C here.\n";
   }
   return runApplication(native->interfaces(), *desktop);
 }

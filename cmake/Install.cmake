@@ -5,12 +5,14 @@ if(AUDREL_PLATFORM STREQUAL "linux")
   install(TARGETS audrel audrel-record)
   install(FILES packaging/linux/audrel.1 packaging/linux/audrel-record.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES packaging/linux/completions/audrel-record.bash
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME audrel-record)
-  install(FILES packaging/linux/completions/_audrel-record
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
-  install(FILES packaging/linux/completions/audrel-record.fish
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  foreach(program audrel audrel-record)
+    install(FILES packaging/linux/completions/${program}.bash
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+    install(FILES packaging/linux/completions/_${program}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+    install(FILES packaging/linux/completions/${program}.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  endforeach()
 
   set(application io.github.audrel.Audrel)
   install(FILES packaging/linux/${application}.desktop

@@ -49,6 +49,7 @@ testPackages=(
   locales                # a language with a decimal comma
   mandoc                 # checks the manual pages
   git                    # repositories for the tests of commands that go by commits
+  fish                   # completes the words of a command line, as bash does
   desktop-file-utils     # checks the desktop entry
   appstream              # checks the metainfo
   libxml2-utils          # checks the icons' drawings

@@ -3,11 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
 #include "platform/Identity.h"
+#include "tests/cli/TerminalPair.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel {
 namespace {
@@ -51,6 +55,23 @@ TEST(Arguments, thatAreNotKnownAreErrors) {
 TEST(Arguments, areOneAtMost) {
   EXPECT_EQ(run({"--help", "--version"}), usageError("It takes one option at most."));
   EXPECT_EQ(run({"-NSDoubleLocalizedStrings", "YES"}), usageError("It takes one option at most."));
+}
+
+TEST(Arguments, noneOnATerminalSayWhereTheIconIsAndHowToEndTheProgram) {
+  const support::TemporaryFolder folder;  // without a session bus, an audio server and settings
+  const cli::TerminalPair window(80);
+  const auto program =
+      support::ChildProcess::start({.arguments = {AUDREL_PROGRAM},
+                                    .environment = {{"XDG_RUNTIME_DIR", folder.path().string()},
+                                                    {"DBUS_SESSION_BUS_ADDRESS", ""},
+                                                    {"HOME", folder.path().string()}},
+                                    .terminal = window.terminal()});
+  std::string text;
+  EXPECT_TRUE(support::waitFor([&] { return !(text += window.takeText()).empty(); }));
+  EXPECT_THAT(text, StartsWith("Audrel is running; its icon is in the panel (the menu bar). \"Quit "
+                               "Audrel\" in the icon's menu ends it, and so does Ctrl-C here.\n"));
+  program->signal(SIGINT);
+  EXPECT_EQ(program->waitForEnd(), 0);
 }
 
 TEST(Arguments, thatAreAnsweredAtOnceMakeNoPlatform) {

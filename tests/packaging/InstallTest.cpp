@@ -35,9 +35,11 @@ TEST_F(InstallTest, everythingIsWhereTheConventionsWantIt) {
            "bin/audrel-record",
            "libexec/audrel/audrel-alert",
            "share/applications/io.github.audrel.Audrel.desktop",
+           "share/bash-completion/completions/audrel",
            "share/bash-completion/completions/audrel-record",
            "share/dbus-1/services/io.github.audrel.Audrel.service",
            "share/fish/vendor_completions.d/audrel-record.fish",
+           "share/fish/vendor_completions.d/audrel.fish",
            "share/icons/hicolor/scalable/apps/io.github.audrel.Audrel.svg",
            "share/icons/hicolor/scalable/status/io.github.audrel.Audrel-idle-symbolic.svg",
            "share/icons/hicolor/scalable/status/io.github.audrel.Audrel-recording.svg",
@@ -46,6 +48,7 @@ TEST_F(InstallTest, everythingIsWhereTheConventionsWantIt) {
            "share/man/man1/audrel-record.1",
            "share/man/man1/audrel.1",
            "share/metainfo/io.github.audrel.Audrel.metainfo.xml",
+           "share/zsh/site-functions/_audrel",
            "share/zsh/site-functions/_audrel-record",
        }) {
     expected.push_back(std::string(AUDREL_INSTALL_PREFIX "/") + file);
