@@ -79,14 +79,14 @@ std::string cutToWidth(std::string_view text, std::size_t width) {
 
 std::string tableOf(const std::vector<Row>& rows, std::size_t fixed, std::optional<int> width) {
   auto widths = widthsOf(rows);
-  std::size_t longest = std::string::npos;
+  std::size_t widest = std::string::npos;
   if (width.has_value()) {
-    longest = static_cast<std::size_t>(std::max(*width, 1));
-    fitInto(widths, fixed, longest);
+    widest = static_cast<std::size_t>(std::max(*width, 1));
+    fitInto(widths, fixed, widest);
   }
   std::string table;
   for (const auto& row : rows) {
-    table += cutToWidth(lineOf(row, widths), longest) + "\n";
+    table += cutToWidth(lineOf(row, widths), widest) + "\n";
   }
   return table;
 }

@@ -66,10 +66,15 @@ TEST(Arguments, noneOnATerminalSayWhereTheIconIsAndHowToEndTheProgram) {
                                                     {"DBUS_SESSION_BUS_ADDRESS", ""},
                                                     {"HOME", folder.path().string()}},
                                     .terminal = window.terminal()});
+  // Beside it, on a machine without a journal, stands that there is no session bus.
+  const std::string said =
+      "Audrel is running; its icon is in the panel (the menu bar). \"Quit Audrel\" in the icon's "
+      "menu "
+      "ends it, and so does Ctrl-C here.\n";
   std::string text;
-  EXPECT_TRUE(support::waitFor([&] { return !(text += window.takeText()).empty(); }));
-  EXPECT_THAT(text, StartsWith("Audrel is running; its icon is in the panel (the menu bar). \"Quit "
-                               "Audrel\" in the icon's menu ends it, and so does Ctrl-C here.\n"));
+  EXPECT_TRUE(support::waitFor([&] {
+    return (text += window.takeText()).find(said) != std::string::npos;
+  })) << text;
   program->signal(SIGINT);
   EXPECT_EQ(program->waitForEnd(), 0);
 }
