@@ -110,7 +110,7 @@ void Console::clearStatus() {
 
 std::string Console::clearing() const {
   // A window that has become narrower shows the line as several, with the cursor in the last.
-  const auto width = static_cast<std::size_t>(statusWidth() + 1);
+  const auto width = static_cast<std::size_t>(std::max(statusWidth(), 0)) + 1;
   const auto above = statusSize_ == 0 ? 0 : (statusSize_ - 1) / width;
   return above == 0 ? "\r\x1b[K" : "\r\x1b[" + std::to_string(above) + "A\x1b[J";
 }

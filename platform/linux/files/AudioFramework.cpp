@@ -85,8 +85,18 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
   }
   const AudioFile::ProcessingFormat format = {
       commonFormat, interleaved, static_cast<double>(read->sampleRate), read->channels};
-  loss_ = std::make_shared<capture::FileLoss>();
-  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices, loss_);
+  auto loss = std::make_shared<capture::FileLoss>();
+  {
+    const std::lock_guard lock(mutex_);
+    loss_ = loss;
+  }
+  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices,
+                                     std::move(loss));
+}
+
+capture::FileLoss AudioFramework::loss() const {
+  const std::lock_guard lock(mutex_);
+  return *loss_;
 }
 
 std::unique_ptr<FrameWriter> AudioFramework::makeWriter(const Order& order, NS::Error* error) {

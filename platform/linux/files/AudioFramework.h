@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 #include "platform/AVFAudio.h"
@@ -44,7 +45,7 @@ class AudioFramework final : public AV::AudioFramework {
 
   /// What the file lacks that was opened last, as soon as it is closed. Whoever asks comes after
   /// its closing.
-  const capture::FileLoss& loss() const { return *loss_; }
+  capture::FileLoss loss() const;
 
  private:
   /// What is to be written where, and who tells of it.
@@ -61,6 +62,7 @@ class AudioFramework final : public AV::AudioFramework {
   RawFileCreator createFile_;
   NoticeTaker tell_;
   std::shared_ptr<os::Logger> logger_;
+  mutable std::mutex mutex_;  ///< files may be opened on several threads
   std::shared_ptr<capture::FileLoss> loss_ = std::make_shared<capture::FileLoss>();
 };
 
