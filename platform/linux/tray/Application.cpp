@@ -17,7 +17,9 @@ gboolean terminateOnSignal(gpointer application) noexcept {
 }  // namespace
 
 Application::Application()
-    : context_(mainContext()), loop_(g_main_loop_new(context_.get(), FALSE)) {}
+    : context_(mainContext()), loop_(g_main_loop_new(context_.get(), FALSE)) {
+  installSignalHandlers();
+}
 
 Application::~Application() {
   for (const SourceHandle& source : signalSources_) {
@@ -35,7 +37,6 @@ void Application::run() {
   if (isTerminating_) {
     return;
   }
-  installSignalHandlers();
   if (const auto delegate = delegate_.lock()) {
     delegate->applicationDidFinishLaunching();
   }

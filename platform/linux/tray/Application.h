@@ -12,9 +12,9 @@ class ModalSession;
 
 /// The application on a GLib main loop of the thread that makes it. Opens no display.
 ///
-/// SIGTERM, SIGINT and SIGHUP, from `run` on, end it as `terminate` does: the delegate is told
-/// first and has all the time it needs. More of them meanwhile change nothing. SIGPIPE and SIGXFSZ
-/// are ignored.
+/// SIGTERM, SIGINT and SIGHUP end it as `terminate` does, those that came before once it runs: the
+/// delegate is told first and has all the time it needs. More of them meanwhile change nothing.
+/// SIGPIPE and SIGXFSZ are ignored.
 class Application final : public NS::Application {
  public:
   Application();

@@ -86,6 +86,12 @@ TEST_P(SignalTest, endsTheApplicationThroughItsDelegate) {
   EXPECT_THAT(delegate->calls, ElementsAre("launched", "will terminate"));
 }
 
+TEST_P(SignalTest, thatComesWhileTheProgramStartsEndsItOnceItRuns) {
+  std::raise(GetParam());
+  application.run();
+  EXPECT_THAT(delegate->calls, ElementsAre("launched", "will terminate"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Signals, SignalTest, testing::Values(SIGTERM, SIGINT, SIGHUP));
 
 class ModalSessionTest : public ApplicationTest {
