@@ -1,6 +1,7 @@
 #include "platform/linux/alert/AlertWindow.h"
 
 #include "platform/Identity.h"
+#include "platform/linux/system/ProgramFolder.h"
 
 namespace audrel::alerthelper {
 
@@ -72,11 +73,19 @@ void addButtons(GtkDialog* dialog, std::span<const std::string> titles) {
   }
 }
 
+/// As the build leaves them beside this program, and as they are installed.
+void findOwnIcons() {
+  const auto folder = linuxos::programFolder();
+  for (const char* place : {"share/icons", AUDREL_ICONS_FROM_HELPER}) {
+    gtk_icon_theme_append_search_path(gtk_icon_theme_get_default(), (folder / place).c_str());
+  }
+}
+
 }  // namespace
 
 const char* iconOfStyle(const std::string& style) {
   if (style == "informational") {
-    return "dialog-information";
+    return identity::bundleIdentifier;
   }
   if (style == "warning") {
     return "dialog-warning";
@@ -85,6 +94,7 @@ const char* iconOfStyle(const std::string& style) {
 }
 
 DialogHandle makeAlertWindow(const AlertTexts& texts) {
+  findOwnIcons();
   DialogHandle handle(gtk_dialog_new());
   auto* window = GTK_WINDOW(handle.get());
   gtk_window_set_title(window, "Audrel");

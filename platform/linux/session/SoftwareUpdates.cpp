@@ -19,10 +19,11 @@ class Controller final : public SPU::StandardUpdaterController {
       return;
     }
     const auto alert = makeAlert_();
-    alert->setMessageText("Updates come with your system");
+    alert->setMessageText("Audrel does not update itself");
     alert->setInformativeText(
-        "This desktop has no software center that could show Audrel's page. The package manager "
-        "updates Audrel together with everything else.");
+        "If it came as a package, the package manager updates it together with everything else. If "
+        "it was built from its sources, build newer ones.\n"
+        "This desktop has no software center that could show Audrel's page.");
     alert->setAlertStyle(NS::AlertStyle::informational);
     alert->addButton("OK");
     alert->runModal();

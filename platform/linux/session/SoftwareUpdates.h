@@ -8,8 +8,8 @@
 
 namespace audrel::linuxos {
 
-/// Updates come with the system's packages: to check for them opens the program's page in the
-/// software center. A desktop without one gets an alert that says so.
+/// The program does not update itself: to check for updates opens its page in the software center.
+/// A desktop without one gets an alert that says so, and where updates come from.
 class SoftwareUpdates final : public SPU::UpdateFramework {
  public:
   using MakeAlert = std::function<std::unique_ptr<NS::Alert>()>;

@@ -11,7 +11,7 @@ constexpr Wording table[] = {
     {"Reveal Last Recording in Finder", "Show Last Recording in File Manager"},
     {"Reveal Recording in Finder", "Show Recording in File Manager"},
 
-    // Updates come with the system's packages.
+    // Updates are the matter of the software center.
     {"Check for Updates…", "Check for Updates in Software Center…"},
 
     // The audio server decides, and each desktop calls its settings differently.

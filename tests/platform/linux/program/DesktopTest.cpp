@@ -39,8 +39,12 @@ TEST_F(Desktop, withoutASoftwareCenterIsToldWhereUpdatesComeFrom) {
   auto shown = notifications();
   startProgram();
   choose("Check for Updates in Software Center…");
-  EXPECT_THAT(nextCall(shown, "Notify"),
-              AllOf(HasSubstr("'Updates come with your system'"), HasSubstr("package manager")));
+  EXPECT_THAT(
+      nextCall(shown, "Notify"),
+      HasSubstr("'Audrel does not update itself', \"If it came as a package, the package manager "
+                "updates it together with everything else. If it was built from its sources, build "
+                "newer ones.\\nThis desktop has no software center that could show Audrel's "
+                "page.\""));
 }
 
 TEST_F(Desktop, withoutAnAudioServerIsToldWhyNothingIsRecorded) {

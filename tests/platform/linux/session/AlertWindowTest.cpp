@@ -3,7 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/linux/alert/ExitStatus.h"
@@ -83,19 +84,38 @@ TEST_F(AlertWindow, hasTheFirstButtonAsDefaultWithTheFocus) {
   EXPECT_EQ(gtk_window_get_default_widget(GTK_WINDOW(window.get())), focused);
 }
 
-TEST_F(AlertWindow, drawsThreeStylesThatDiffer) {
-  std::map<std::string, std::string> pictures;
-  for (const char* style : {"informational", "warning", "critical"}) {
-    const char* name = iconOfStyle(style);
-    ASSERT_NE(name, nullptr);
-    constexpr int size = 48;
-    const PixbufHandle picture(gtk_icon_theme_load_icon(gtk_icon_theme_get_default(), name, size,
-                                                        GTK_ICON_LOOKUP_FORCE_SIZE, nullptr));
-    ASSERT_NE(picture, nullptr) << name;
-    const auto* bytes = reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(picture.get()));
-    pictures[std::string(bytes, gdk_pixbuf_get_byte_length(picture.get()))] = style;
+constexpr int iconSize = 48;
+
+std::string pixelsOf(const PixbufHandle& picture) {
+  if (picture == nullptr) {
+    return "";
   }
-  EXPECT_EQ(pictures.size(), 3U);
+  const auto* bytes = reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(picture.get()));
+  return {bytes, gdk_pixbuf_get_byte_length(picture.get())};
+}
+
+/// The pixels of the icon that the theme has under that name.
+std::string drawn(const char* name) {
+  return pixelsOf(PixbufHandle(gtk_icon_theme_load_icon(
+      gtk_icon_theme_get_default(), name, iconSize, GTK_ICON_LOOKUP_FORCE_SIZE, nullptr)));
+}
+
+TEST_F(AlertWindow, drawsThreeStylesThatDiffer) {
+  std::set<std::string> pictures = {""};
+  for (const char* style : {"informational", "warning", "critical"}) {
+    show(style);
+    pictures.insert(drawn(iconOfStyle(style)));
+  }
+  EXPECT_EQ(pictures.size(), 4U);
+}
+
+TEST_F(AlertWindow, hasTheProgramsIconWhereTheProgramSpeaksOfItself) {
+  show("informational");
+  EXPECT_EQ(shown().front(), "io.github.audrel.Audrel");
+  const PixbufHandle ours(gdk_pixbuf_new_from_file(
+      "packaging/linux/icons/hicolor/48x48/apps/io.github.audrel.Audrel.png", nullptr));
+  ASSERT_NE(ours, nullptr);
+  EXPECT_EQ(drawn("io.github.audrel.Audrel"), pixelsOf(ours));
 }
 
 TEST_F(AlertWindow, staysOnTheScreenWithALongText) {
