@@ -17,9 +17,16 @@ if(AUDREL_PLATFORM STREQUAL "linux")
   set(application io.github.audrel.Audrel)
   install(FILES packaging/linux/${application}.desktop
     DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
-  install(FILES ${PROJECT_BINARY_DIR}/packaging/linux/${application}.service
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
+  # The bus starts the program by its whole path, so the service is written once the prefix is known.
+  set(service ${PROJECT_BINARY_DIR}/packaging/linux/${application}.service)
+  install(CODE "
+    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX NORMALIZE OUTPUT_VARIABLE prefix)
+    cmake_path(APPEND prefix \"${CMAKE_INSTALL_BINDIR}\" audrel OUTPUT_VARIABLE program)
+    configure_file(\"${PROJECT_SOURCE_DIR}/packaging/linux/${application}.service.in\"
+      \"${service}\" @ONLY)")
+  install(FILES ${service} DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
   install(FILES packaging/linux/${application}.metainfo.xml
     DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
   install(DIRECTORY packaging/linux/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
+  install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endif()

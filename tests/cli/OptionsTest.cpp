@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -189,6 +191,21 @@ TEST(HelpText, namesEveryOption) {
         "-q, --quiet", "-h, --help", "-V, --version", "    --demo"}) {
     EXPECT_THAT(helpText, HasSubstr(std::string("  ") + option + " ")) << option;
   }
+}
+
+TEST(Readme, hasCommandLinesThatAreUnderstood) {
+  std::ifstream readme("README.md");
+  int count = 0;
+  for (std::string line; std::getline(readme, line);) {
+    std::istringstream stream(line.substr(0, line.find('#')));
+    std::vector<std::string> words(std::istream_iterator<std::string>(stream), {});
+    if (!words.empty() && words.front() == "build/run/audrel-record") {
+      words.erase(words.begin());
+      EXPECT_EQ(usageError(words), "no error") << line;
+      ++count;
+    }
+  }
+  EXPECT_GE(count, 3);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "platform/Identity.h"
 #include "tests/packaging/InstalledTree.h"
+#include "tests/packaging/KeyFile.h"
 #include "tests/support/RunTool.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -38,6 +39,8 @@ TEST_F(InstallTest, everythingIsWhereTheConventionsWantIt) {
            "share/bash-completion/completions/audrel",
            "share/bash-completion/completions/audrel-record",
            "share/dbus-1/services/io.github.audrel.Audrel.service",
+           "share/doc/Audrel/CHANGELOG.md",
+           "share/doc/Audrel/LICENSE",
            "share/fish/vendor_completions.d/audrel-record.fish",
            "share/fish/vendor_completions.d/audrel.fish",
            "share/icons/hicolor/scalable/apps/io.github.audrel.Audrel.svg",
@@ -111,6 +114,66 @@ TEST_F(InstallTest, theMetainfoNamesWhatIsInstalled) {
   EXPECT_THAT(elementsOf(metainfo, "dbus type=\"user\""), ElementsAre(identity::bundleIdentifier));
   EXPECT_NE(metainfo.find(std::string("<release version=\"") + identity::version + "\""),
             std::string::npos);
+}
+
+/// What is installed under another prefix than the build was configured for.
+class OtherPrefix : public testing::Test {
+ protected:
+  void SetUp() override { install(prefix.path()); }
+
+  /// As somebody in the folder `prefix` writes it.
+  void install(const std::string& path) {
+    ASSERT_EQ(runTool({AUDREL_CMAKE, "-E", "chdir", prefix.path(), AUDREL_CMAKE, "--install",
+                       AUDREL_BINARY_DIR, "--prefix", path})
+                  .exitCode,
+              0);
+  }
+
+  /// What the session bus starts where that folder is the prefix.
+  static std::string startedFrom(const fs::path& folder) {
+    return KeyFile(folder / "share/dbus-1/services/io.github.audrel.Audrel.service")
+        .text("D-BUS Service", "Exec");
+  }
+
+  std::vector<fs::path> files() const {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(prefix.path())) {
+      if (!entry.is_directory()) {
+        files.push_back(entry.path());
+      }
+    }
+    return files;
+  }
+
+  const support::TemporaryFolder prefix;
+};
+
+TEST_F(OtherPrefix, isThatOfTheProgramThatTheBusStarts) {
+  EXPECT_EQ(startedFrom(prefix.path()), (prefix / "bin/audrel").string());
+}
+
+TEST_F(OtherPrefix, mayBeWrittenFromTheFolderOfWhoInstalls) {
+  install("below/it");
+  EXPECT_EQ(startedFrom(prefix / "below/it"), (prefix / "below/it/bin/audrel").string());
+}
+
+/// The line of the README that removes what was installed, for this build and without root.
+std::string uninstallation() {
+  std::ifstream readme("README.md");
+  const std::regex command("sudo (xargs .*<)build/run(/install_manifest\\.txt).*");
+  std::smatch match;
+  for (std::string line; std::getline(readme, line);) {
+    if (std::regex_match(line, match, command)) {
+      return match[1].str() + AUDREL_BINARY_DIR + match[2].str();
+    }
+  }
+  return "false";
+}
+
+TEST_F(OtherPrefix, keepsNoFileAfterTheCommandOfTheReadme) {
+  ASSERT_FALSE(files().empty());
+  EXPECT_EQ(runTool({"sh", "-c", uninstallation()}).exitCode, 0);
+  EXPECT_THAT(files(), testing::IsEmpty());
 }
 
 }  // namespace
