@@ -65,6 +65,30 @@ testPackages=(
   pulseaudio-utils       # paplay, a client that is not ours
 )
 
+# What shows that a package's content is there, wherever it came from: a command, or a library as
+# pkg-config calls it, and the least version that Audrel is built with.
+declare -A signs=(
+  [g++]='command g++ 12'
+  [cmake]='command cmake 3.25'
+  [ninja-build]='command ninja'
+  [pkg-config]='command pkg-config'
+  [libpipewire-0.3-dev]='library libpipewire-0.3 0.3.65'
+  [libavcodec-dev]='library libavcodec 59.37'  # FFmpeg 5.1
+  [libglib2.0-dev]='library gio-unix-2.0'
+  [libgtk-3-dev]='library gtk+-3.0'
+  [libicu-dev]='library icu-i18n'
+  [libsystemd-dev]='library libsystemd'
+  [uuid-dev]='library uuid'
+  [pipewire]='command pipewire'
+  [ffmpeg]='command ffmpeg'
+  [xvfb]='command Xvfb'
+  [dbus]='command dbus-daemon'
+  [xfce4-panel]='command xfce4-panel'
+  [xdotool]='command xdotool'
+  [libglib2.0-bin]='command gdbus'
+  [python3]='command python3'
+)
+
 # Where every warning is known, so that ./test makes errors of them: elsewhere they stop nobody.
 provenSystems=(
   'debian 12, g++ 12, clang 14'
@@ -113,13 +137,48 @@ asRoot() {
   fi
 }
 
-# Shows and installs what is missing of the packages "$@"; asks nothing.
-installMissing() {
-  if ! command -v apt-get >/dev/null; then
-    printf 'This machine has no apt-get. Install what these packages of Debian hold:\n' >&2
-    printf '  %s\n' "$@" >&2
+# isAtLeast VERSION COMMAND: whether the command says that it has that version or a later one.
+isAtLeast() {
+  [[ "$("$2" --version)" =~ [0-9]+(\.[0-9]+)* ]] &&
+    printf '%s\n' "$1" "${BASH_REMATCH[0]}" | sort --version-sort --check=quiet
+}
+
+# isThere PACKAGE: whether what it holds is there. One that has no sign cannot be judged, and passes.
+isThere() {
+  local kind name least
+  read -r kind name least <<<"${signs[$1]-}"
+  case $kind in
+    command) command -v "$name" >/dev/null && { [[ -z $least ]] || isAtLeast "$least" "$name"; } ;;
+    library) pkg-config --exists "$name${least:+ >= $least}" 2>/dev/null ;;
+  esac
+}
+
+# Fails unless all is there that the packages "$@" hold, and names what is not.
+requireAll() {
+  local package kind name least absent=
+  for package in "$@"; do
+    if ! isThere "$package"; then
+      read -r kind name least <<<"${signs[$package]}"
+      absent+="  $kind $name${least:+, $least or later} (Debian's package $package)"$'\n'
+    fi
+  done
+  if [[ -n $absent ]]; then
+    printf 'Missing, or too old:\n%s' "$absent" >&2
+    printf 'Install it and try again; docs/distributions.md names packages of other systems.\n' >&2
     return 1
   fi
+}
+
+# Installs what is missing of the packages "$@" where there is apt-get, and fails unless all is there.
+installMissing() {
+  if command -v apt-get >/dev/null; then
+    installPackages "$@"
+  fi
+  requireAll "$@"
+}
+
+# Shows and installs what is missing of the packages "$@"; asks nothing.
+installPackages() {
   local missing
   mapfile -t missing < <(missingPackages "$@")
   if [[ ${#missing[@]} -eq 0 ]]; then

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""How ./run and ./test build: beside tools that only write down how they are called, and where
-warnings are errors."""
+"""How ./run and ./test build: beside tools that only write down how they are called, where
+warnings are errors, and what the README says of them."""
 
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -12,6 +13,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 DEBIAN_12 = 'ID=debian\nVERSION_ID="12"\n'
 DEBIAN_13 = 'ID=debian\nVERSION_ID="13"\n'
+MISSING = ("Missing, or too old:\n{}"
+           "Install it and try again; docs/distributions.md names packages of other systems.\n")
 
 
 def call(command, **options):
@@ -34,7 +37,7 @@ class ScratchTest(unittest.TestCase):
         path.chmod(0o755)
 
     def compilers(self, gcc, clang):
-        self.tool("g++", f"echo {gcc}")
+        self.tool("g++", f"echo '{gcc}'")
         self.tool("clang++", f"echo {clang}")
 
     def environment(self):
@@ -71,26 +74,44 @@ class ProvenSystemsTest(ScratchTest):
                 self.assertEqual(self.is_proven(release, gcc, clang), (name, False))
 
 
-class CommandsTest(ScratchTest):
-    """The commands in a copy of the scripts alone, where every package is installed."""
+class CopyTest(ScratchTest):
+    """A copy of the scripts alone, where everything is there that they ask for."""
 
     def setUp(self):
         super().setUp()
         self.calls = self.scratch / "calls"
+        self.calls.touch()
         self.copy = self.scratch / "copy"
         shutil.copytree(ROOT / "packaging" / "linux", self.copy / "packaging" / "linux")
         for script in ("run", "test"):
             shutil.copy(ROOT / script, self.copy / script)
-        self.tool("dpkg-query", "printf 'install ok installed'")
-        self.tool("cmake", f"""printf '%s\\n' "$*" >>"{self.calls}" """)
-        for name in ("ctest", "clang-format-19", "mandoc", "ffmpeg", "ffprobe",
-                     "desktop-file-validate", "appstreamcli", "xmllint", "rsvg-convert"):
+        for program in ("build/run/audrel", "build/run/audrel-record", "tests/panel/show-menu"):
+            self.tool(Path(program).name, "exit 0", self.copy / Path(program).parent)
+        self.compilers("g++ (Name) 12.1.0", "14.0.6")
+        self.make_cmake("3.25.0")
+        for name in ("ninja", "pkg-config", "pipewire", "ffmpeg", "ffprobe", "Xvfb", "dbus-daemon",
+                     "xfce4-panel", "xdotool", "gdbus"):
             self.tool(name, "exit 0")
-        self.tool("fetch-libcxx", "exit 0", self.copy / "tests/macos")
+
+    def make_cmake(self, version):
+        self.tool("cmake", f"""[ "$1" != --version ] || exec echo "cmake version {version}"
+printf '%s\\n' "$*" >>"{self.calls}" """)
 
     def run_command(self, *words):
         result = call([self.copy / words[0], *words[1:]], env=self.environment())
         return result, self.calls.read_text(encoding="utf-8").splitlines()
+
+
+class CommandsTest(CopyTest):
+    """Where every package is installed."""
+
+    def setUp(self):
+        super().setUp()
+        self.tool("dpkg-query", "printf 'install ok installed'")
+        for name in ("ctest", "clang-format-19", "mandoc", "desktop-file-validate",
+                     "appstreamcli", "xmllint", "rsvg-convert"):
+            self.tool(name, "exit 0")
+        self.tool("fetch-libcxx", "exit 0", self.copy / "tests/macos")
 
     def test_everywhere_else_the_tests_are_built_with_warnings_that_stop_nobody(self):
         self.compilers("99", "99")
@@ -114,12 +135,86 @@ class CommandsTest(ScratchTest):
             self.assertIn(" -DAUDREL_STRICT=ON ", line)
 
     def test_what_is_run_is_built_in_a_folder_of_its_own(self):
-        for program in ("build/run/audrel", "build/run/audrel-record", "tests/panel/show-menu"):
-            self.tool(Path(program).name, "exit 0", self.copy / Path(program).parent)
         result, calls = self.run_command("run", "--headless")
         self.assertEqual(result.returncode, 0, result.stdout)
         self.assertEqual([line.split()[:3] for line in calls], [
             ["--preset", "run", "--log-level=WARNING"], ["--build", "--preset", "run"]])
+
+    def test_what_is_too_old_of_the_packages_is_named(self):
+        self.make_cmake("3.22.1")
+        result, calls = self.run_command("run", "--headless")
+        self.assertEqual((result.returncode, result.stdout, calls), (1, MISSING.format(
+            "  command cmake, 3.25 or later (Debian's package cmake)\n"), []))
+
+
+class WithoutAptTest(CopyTest):
+    """A system that has other packages."""
+
+    def setUp(self):
+        super().setUp()
+        self.others = self.scratch / "others"
+        self.others.mkdir()
+        for path in Path("/usr/bin").iterdir():
+            if path.name not in ("apt-get", "dpkg-query", "sudo") and not path.name.endswith("g++"):
+                (self.others / path.name).symlink_to(path)
+
+    def environment(self):
+        return {**super().environment(), "PATH": f"{self.tools}:{self.others}"}
+
+    def test_what_is_there_is_used(self):
+        result, calls = self.run_command("run", "--headless")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(len(calls), 2, calls)
+        self.assertNotIn("ackage", result.stdout)
+
+    def test_what_is_missing_is_named_and_nothing_else(self):
+        self.compilers("g++ (Name 11.4.0-1) 11.4.0", "14.0.6")
+        self.tool("pkg-config", """[ "$*" != '--exists libpipewire-0.3 >= 0.3.65' ]""")
+        for name in ("ninja", "pipewire"):
+            (self.tools / name).unlink()
+            (self.others / name).unlink(missing_ok=True)
+        result, calls = self.run_command("run", "--headless")
+        self.assertEqual((result.returncode, result.stdout, calls), (1, MISSING.format(
+            "  command g++, 12 or later (Debian's package g++)\n"
+            "  command ninja (Debian's package ninja-build)\n"
+            "  library libpipewire-0.3, 0.3.65 or later (Debian's package libpipewire-0.3-dev)\n"
+            "  command pipewire (Debian's package pipewire)\n"), []))
+
+    def test_a_desktop_needs_no_other(self):
+        for name in ("Xvfb", "xfce4-panel", "xdotool"):
+            (self.tools / name).unlink()
+            (self.others / name).unlink(missing_ok=True)
+        variables = {**self.environment(), "DISPLAY": ":0"}
+        variables.pop("CI", None)
+        result = call([self.copy / "run"], env=variables)
+        self.assertEqual(result.returncode, 0, result.stdout)
+
+
+class ReadmeTest(unittest.TestCase):
+    """The commands of the README, as somebody types them after ./run."""
+
+    README = (ROOT / "README.md").read_text(encoding="utf-8")
+
+    def commands(self):
+        for block in self.README.split("```sh\n")[1:]:
+            yield from (line.split() for line in block.split("```")[0].splitlines())
+
+    def test_programs_are_called_where_run_leaves_them(self):
+        called = [words[0] for words in self.commands() if words and "audrel" in words[0]]
+        self.assertIn("build/run/audrel-record", called)
+        self.assertLessEqual(set(called), {"build/run/audrel", "build/run/audrel-record"})
+
+    def test_files_of_the_sources_are_there(self):
+        named = re.findall(r"`(?:man )?((?:packaging|tests|docs)/[^` ]+)`", self.README)
+        self.assertGreater(len(named), 2)
+        for path in named:
+            self.assertTrue((ROOT / path).exists(), path)
+
+    def test_least_versions_are_those_that_are_asked_for(self):
+        packages = (ROOT / "packaging/linux/packages.sh").read_text(encoding="utf-8")
+        for name, sign in (("g++", "g++"), ("CMake", "cmake"), ("PipeWire", "libpipewire-0.3")):
+            version = re.search(rf"='\w+ {re.escape(sign)} ([\d.]+)'", packages).group(1)
+            self.assertIn(f"{name} {version}", self.README)
 
 
 class DistributionsTest(ScratchTest):
