@@ -30,8 +30,7 @@ namespace {
 
 using std::filesystem::path;
 
-/// Often enough for the eye, and well within once a second; where there is no eye, for the warning
-/// that writing fails.
+/// Often enough for the eye, and well within once a second; where there is no eye, for warnings.
 constexpr std::chrono::milliseconds redrawInterval{250};
 constexpr std::chrono::milliseconds warnInterval{1000};
 
@@ -90,16 +89,17 @@ class Recording {
     console_.progress(startLine(source, file_, console_));
   }
 
-  /// Draws the status line, and tells of failed writes, until it is time to stop.
+  /// Whether it could not start because somebody else has just taken the file's name.
+  bool wasNameTaken() const { return framework_.wasNameTaken(); }
+
+  /// Draws the status line, and warns, until it is time to stop.
   void follow() {
     const auto interval = console_.showsStatus() ? redrawInterval : warnInterval;
     auto event = Signals::Event::timeout;
     while (event != Signals::Event::stop && event != Signals::Event::woken) {
       drawStatus();
       event = signals_.wait(interval);
-      if (const auto failure = meter_.takeNewFailure(); failure.has_value()) {
-        console_.complain(printable(*failure));
-      }
+      warn();
     }
   }
 
@@ -123,6 +123,15 @@ class Recording {
       return std::nullopt;
     }
     return MeteredAudioFramework::Limit{*duration, [&signals] { signals.wake(); }};
+  }
+
+  void warn() {
+    if (const auto failure = meter_.takeNewFailure(); failure.has_value()) {
+      console_.complain(printable(*failure));
+    }
+    while (const auto notice = platform_.diagnostics.nextNotice()) {
+      console_.complain(printable(*notice));
+    }
   }
 
   void drawStatus() {
@@ -200,10 +209,10 @@ int list(const Platform& platform, const Options& options, Console& console) {
 }
 
 void complainWithDiagnosis(Console& console, const Platform& platform, const std::string& text) {
-  console.complain(text);
   if (const auto diagnosis = platform.diagnostics.diagnosis(); diagnosis.has_value()) {
     console.complain(printable(*diagnosis));
   }
+  console.complain(text);
 }
 
 int record(const Platform& platform, const Options& options, Signals& signals, Console& console) {
@@ -211,16 +220,22 @@ int record(const Platform& platform, const Options& options, Signals& signals, C
   if (!source.has_value()) {
     return ExitStatus::failure;
   }
-  const auto file = chosenFile(platform, options, *source);
-  Recording recording(platform, signals, console, file, options.duration);
-  try {
-    recording.start(*source, options.format);
-  } catch (const RecorderError& error) {
-    complainWithDiagnosis(console, platform, printable(error.errorDescription().value_or("")));
-    return ExitStatus::failure;
+  for (auto file = chosenFile(platform, options, *source);;) {
+    Recording recording(platform, signals, console, file, options.duration);
+    try {
+      recording.start(*source, options.format);
+    } catch (const RecorderError& error) {
+      const auto next = chosenFile(platform, options, *source);
+      if (recording.wasNameTaken() && next != file) {
+        file = next;
+        continue;
+      }
+      complainWithDiagnosis(console, platform, printable(error.errorDescription().value_or("")));
+      return ExitStatus::failure;
+    }
+    recording.follow();
+    return tell(recording.stop(), options, console);
   }
-  recording.follow();
-  return tell(recording.stop(), options, console);
 }
 
 }  // namespace audrel::cli

@@ -23,7 +23,7 @@ int list(const Platform& platform, const Options& options, Console& console);
 /// not end the recording, but audio that could not be written makes it a failure.
 int record(const Platform& platform, const Options& options, Signals& signals, Console& console);
 
-/// Tells why the system refused, where the platform has more to say than the program's own text.
+/// Tells why the system refused, before the program's own text, where the platform knows.
 void complainWithDiagnosis(Console& console, const Platform& platform, const std::string& text);
 
 }  // namespace audrel::cli

@@ -1,6 +1,7 @@
 #include "cli/MeteredAudioFramework.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -79,6 +80,7 @@ std::shared_ptr<AV::AudioFile> MeteredAudioFramework::openForWriting(
     const std::filesystem::path& url, const AV::Settings& settings,
     AV::AudioCommonFormat commonFormat, bool interleaved, NS::Error* error) {
   auto file = framework_.openForWriting(url, settings, commonFormat, interleaved, error);
+  wasNameTaken_ = file == nullptr && error->domain == NS::POSIXErrorDomain && error->code == EEXIST;
   if (file == nullptr) {
     return nullptr;
   }

@@ -28,6 +28,9 @@ class MeteredAudioFramework final : public AV::AudioFramework {
   MeteredAudioFramework(AV::AudioFramework& framework, RecordingMeter& meter,
                         std::optional<Limit> limit);
 
+  /// Whether there was a file of that name already when one was opened last.
+  bool wasNameTaken() const { return wasNameTaken_; }
+
   std::shared_ptr<const AV::AudioFormat> makeFormat(
       const CA::AudioStreamBasicDescription& description) override;
   std::unique_ptr<AV::PCMBuffer> makePCMBuffer(const std::shared_ptr<const AV::AudioFormat>& format,
@@ -41,6 +44,7 @@ class MeteredAudioFramework final : public AV::AudioFramework {
   AV::AudioFramework& framework_;
   RecordingMeter& meter_;
   const std::optional<Limit> limit_;
+  bool wasNameTaken_ = false;
 };
 
 }  // namespace audrel::cli

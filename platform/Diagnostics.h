@@ -46,6 +46,10 @@ class Diagnostics {
   /// Whether the process of a process object has ended for good, as far as the system tells.
   virtual bool hasQuit(CA::AudioObjectID /*process*/) { return false; }
 
+  /// A sentence on what has become of the running recording's audio, for a user who did not ask;
+  /// each once, in their order. Nothing when there is none. Any thread.
+  virtual std::optional<std::string> nextNotice() { return std::nullopt; }
+
   /// Of the file that was opened last, once it is closed; nothing where the system does not tell.
   virtual std::optional<FileLoss> fileLoss() { return std::nullopt; }
 };

@@ -1,3 +1,7 @@
+#include <deque>
+#include <mutex>
+#include <utility>
+
 #include "platform/Diagnostics.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
@@ -22,11 +26,35 @@ namespace audrel::linuxos {
 
 namespace {
 
+/// What the user is to learn of a running recording, until somebody asks. Any thread.
+class WaitingNotices {
+ public:
+  void take(const Notice& notice) {
+    const std::lock_guard lock(mutex_);
+    texts_.push_back(notice.body);
+  }
+
+  std::optional<std::string> next() {
+    const std::lock_guard lock(mutex_);
+    if (texts_.empty()) {
+      return std::nullopt;
+    }
+    auto text = std::move(texts_.front());
+    texts_.pop_front();
+    return text;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<std::string> texts_;
+};
+
 /// What capturing and writing can tell.
 class WholeDiagnostics final : public capture::Diagnostics {
  public:
-  WholeDiagnostics(CaptureHardware& hardware, const AudioFramework& audioFramework)
-      : hardware_(hardware), audioFramework_(audioFramework) {}
+  WholeDiagnostics(CaptureHardware& hardware, const AudioFramework& audioFramework,
+                   WaitingNotices& notices)
+      : hardware_(hardware), audioFramework_(audioFramework), notices_(notices) {}
 
   std::optional<std::string> diagnosis() override { return hardware_.diagnosis(); }
   std::uint64_t lostFrames() override { return hardware_.lostFrames(); }
@@ -34,11 +62,13 @@ class WholeDiagnostics final : public capture::Diagnostics {
     return hardware_.playback(process);
   }
   bool hasQuit(CA::AudioObjectID process) override { return hardware_.hasQuit(process); }
+  std::optional<std::string> nextNotice() override { return notices_.next(); }
   std::optional<capture::FileLoss> fileLoss() override { return audioFramework_.loss(); }
 
  private:
   CaptureHardware& hardware_;
   const AudioFramework& audioFramework_;
+  WaitingNotices& notices_;
 };
 
 class LinuxPlatform final : public NativePlatform {
@@ -46,6 +76,7 @@ class LinuxPlatform final : public NativePlatform {
   LinuxPlatform() {
     hardware_.setRunObserver(
         [this](std::size_t running) { running > 0 ? inhibitor_.hold() : inhibitor_.release(); });
+    hardware_.setNoticeTaker([this](const Notice& notice) { notices_.take(notice); });
   }
 
   Platform interfaces() override {
@@ -107,12 +138,13 @@ class LinuxPlatform final : public NativePlatform {
   Dispatch dispatch_;
   AudioFramework audioFramework_{log_};
   SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
+  WaitingNotices notices_;
   std::unique_ptr<PrivateServer> demoServer_;
   Connection connection_;
   MonotonicTime captureTime_;
   CaptureAccess captureAccess_{connection_, log_};
   CaptureHardware hardware_{connection_, captureTime_, log_, uuids_};
-  WholeDiagnostics diagnostics_{hardware_, audioFramework_};
+  WholeDiagnostics diagnostics_{hardware_, audioFramework_, notices_};
   std::unique_ptr<MelodyPlayer> demoPlayer_;
   std::optional<LinuxDesktop> desktop_;
 };

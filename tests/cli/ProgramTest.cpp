@@ -83,6 +83,16 @@ TEST(Program, namesTheFileAfterSourceAndTime) {
               StartsWith(R"({"file": "/scripted/audio-Web-Radio-2026-11-16-070900.wav")"));
 }
 
+TEST(Program, takesTheNextNameWhereAnotherProgramHasJustTakenIt) {
+  const auto own = run({"--duration", "1"}, "other-takes-name");
+  EXPECT_EQ(own.status, 0);
+  EXPECT_EQ(own.errors,
+            "Recording all system audio to /scripted/audio-SystemMix-2026-11-16-070900-2.m4a\n");
+  const auto given = run({"--duration", "1", "--output", "take.wav"}, "other-takes-name");
+  EXPECT_EQ(given.status, 1);
+  EXPECT_EQ(given.errors, "audrel-record: Could not create the output file: It exists already.\n");
+}
+
 /// A program that is asked to stop in the middle of its recording.
 Outcome runUntil(int signal, int times) {
   const auto child = ChildProcess::start(program({"--output", "take.wav", "--json"}));
@@ -155,6 +165,17 @@ TEST(Program, tellsAtOnceThatWritesFail) {
   EXPECT_EQ(child->waitForEnd(), 1);
 }
 
+TEST(Program, tellsWhileItRecordsWhatBecomesOfTheAudio) {
+  const auto child = ChildProcess::start(program({"--output", "take.wav", "-q"}, "server-goes"));
+  const std::string told =
+      "audrel-record: The audio server has gone.\\x1b\n"
+      "audrel-record: The audio server is back.\n";
+  EXPECT_TRUE(support::waitFor([&] { return child->errorOutput() == told; }))
+      << child->errorOutput();
+  child->signal(SIGTERM);
+  EXPECT_EQ(child->waitForEnd(), 0);
+}
+
 TEST(Program, tellsWhatTheSystemSaysOfTheFile) {
   const auto outcome = run({"-d", "2", "-o", "take.wav"}, "loses-the-end");
   EXPECT_EQ(outcome.status, 1);
@@ -172,8 +193,9 @@ TEST(Program, tellsWhyItCannotStart) {
   EXPECT_EQ(noServer.status, 1);
   EXPECT_EQ(noServer.output, "");
   EXPECT_EQ(noServer.errors,
+            "audrel-record: The audio server is not running: start it.\n"
             "audrel-record: Could not create the audio tap (OSStatus -7). Try restarting "
-            "Audrel.\naudrel-record: The audio server is not running: start it.\n");
+            "Audrel.\n");
 
   const auto cannotOpen = run({"--output", "take.wav"}, "cannot-open");
   EXPECT_EQ(cannotOpen.status, 1);

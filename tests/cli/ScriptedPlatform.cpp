@@ -2,6 +2,7 @@
 // faster than time goes. The environment variable AUDREL_SCRIPT says what goes wrong, in words.
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
@@ -60,6 +61,16 @@ class ScriptedPlatform final : public NativePlatform {
     if (scriptSays("cannot-open")) {
       world_.audio.openError = NS::Error{"scripted", 17, "It exists\x1b already."};
     }
+    if (scriptSays("other-takes-name")) {
+      world_.audio.openError = NS::Error{NS::POSIXErrorDomain, EEXIST, "It exists already."};
+      world_.journal.whenAdded = [this](const std::string& line) {
+        if (line.starts_with("AVAudioFile") && world_.audio.openError) {
+          world_.audio.openError.reset();
+          world_.fileManager.existing = {"/scripted/audio-SystemMix-2026-11-16-070900.m4a",
+                                         "take.wav"};
+        }
+      };
+    }
     if (scriptSays("cannot-write")) {
       world_.audio.writeError = NS::Error{"scripted", 28, "The disk is full."};
     }
@@ -71,6 +82,9 @@ class ScriptedPlatform final : public NativePlatform {
     }
     if (scriptSays("radio-quits")) {
       world_.diagnostics.gone = 11;
+    }
+    if (scriptSays("server-goes")) {
+      world_.diagnostics.notices = {"The audio server is back.", "The audio server has gone.\x1b"};
     }
     if (scriptSays("loses-frames")) {
       world_.diagnostics.lost = 480;

@@ -165,8 +165,8 @@ std::shared_ptr<AV::AudioFile> FakeAudio::openForWriting(const std::filesystem::
                            std::to_string(static_cast<std::uint64_t>(commonFormat)) +
                            ", interleaved " + (interleaved ? "true" : "false") + ") -> ";
   if (openError) {
-    journal_.add(call + "error " + inQuotes(openError->localizedDescription));
     *error = *openError;
+    journal_.add(call + "error " + inQuotes(error->localizedDescription));
     return nullptr;
   }
   journal_.add(call + "file");

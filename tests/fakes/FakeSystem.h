@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/AppKit.h"
 #include "platform/CoreGraphics.h"
@@ -126,6 +127,7 @@ class FakeDiagnostics final : public capture::Diagnostics {
   std::map<CA::AudioObjectID, capture::Playback> playbacks;
   CA::AudioObjectID gone = CA::kAudioObjectUnknown;  ///< the process that has quit
   std::optional<capture::FileLoss> loss;
+  std::vector<std::string> notices;  ///< the next one last
 
   std::optional<std::string> diagnosis() override { return sentence; }
   std::uint64_t lostFrames() override { return lost; }
@@ -135,6 +137,14 @@ class FakeDiagnostics final : public capture::Diagnostics {
   }
   bool hasQuit(CA::AudioObjectID process) override { return process == gone; }
   std::optional<capture::FileLoss> fileLoss() override { return loss; }
+  std::optional<std::string> nextNotice() override {
+    if (notices.empty()) {
+      return std::nullopt;
+    }
+    auto notice = notices.back();
+    notices.pop_back();
+    return notice;
+  }
 };
 
 }  // namespace audrel::fakes

@@ -6,6 +6,7 @@
 
 #include "platform/Identity.h"
 #include "platform/linux/pipewire/ShownName.h"
+#include "platform/linux/pipewire/SourceWatch.h"
 
 namespace audrel::linuxos {
 
@@ -48,7 +49,6 @@ CaptureHardware::CaptureHardware(Connection& connection, CaptureTime& time, os::
                                  NS::UUIDFactory& uuids)
     : connection_(connection),
       time_(time),
-      log_(log.makeLogger(identity::bundleIdentifier, "capture")),
       lossLog_(log.makeLogger(identity::bundleIdentifier, "loss")),
       uuids_(uuids) {
   const LoopLock lock(connection_.loop());
@@ -81,6 +81,11 @@ std::optional<std::string> CaptureHardware::diagnosis() {
   return diagnosis_.empty() ? std::nullopt : std::optional(diagnosis_);
 }
 
+std::string CaptureHardware::whyNoServer() const {
+  const LoopLock lock(connection_.loop());
+  return connection_.isConnected() ? "" : connection_.failure();
+}
+
 std::uint64_t CaptureHardware::lostFrames() {
   const LoopLock lock(connection_.loop());
   return devices_.lostFrames();
@@ -109,7 +114,7 @@ std::optional<capture::Playback> CaptureHardware::playback(CA::AudioObjectID pro
 bool CaptureHardware::hasQuit(CA::AudioObjectID process) {
   const LoopLock lock(connection_.loop());
   const auto* known = processes_.find(process);
-  return known != nullptr && !processes_.isAlive(*known, connection_.graph());
+  return known != nullptr && isGone(known->owner, connection_.graph());
 }
 
 // Processes
@@ -152,7 +157,7 @@ CA::OSStatus CaptureHardware::checkTapped(const std::vector<CA::AudioObjectID>& 
     }
     if (!processes_.isAlive(*process, connection_.graph())) {
       return fail(CA::kAudioHardwareBadObjectError,
-                  process->name + " has quit: start it again and choose it again.");
+                  process->name + " has quit. Start it again and choose it again.");
     }
   }
   return CA::kAudioHardwareNoError;
@@ -195,6 +200,24 @@ bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
     return isListed;
   }
   return !isListed && !isCopyOfOtherStreams(graph, node);
+}
+
+TapSource CaptureHardware::sourceOf(const Tap& tap) {
+  std::vector<SourceWatch> watches;
+  if (tap.description.kind == CA::TapDescription::Kind::stereoMixdownOfProcesses) {
+    for (const CA::AudioObjectID process : tap.description.processes) {
+      watches.emplace_back(processes_, process);
+    }
+  }
+  return {.isTapped = [this, tap](const GraphNode& node) { return isTapped(tap, node); },
+          .news =
+              [this, watches]() mutable {
+                std::optional<Notice> news;
+                for (SourceWatch& watch : watches) {
+                  news = news ? news : watch.look(connection_.graph());
+                }
+                return news;
+              }};
 }
 
 // Aggregate devices
@@ -285,12 +308,10 @@ CA::OSStatus CaptureHardware::start(CA::AudioObjectID device, CA::AudioDeviceIOP
     return status;
   }
   auto failure = devices_.start(
-      *installed,
-      std::make_unique<TapDevice>(
-          connection_, time_, *log_, [this](const Notice& notice) { devices_.tell(notice); },
-          tap->second.rate,
-          [this, tap = tap->second](const GraphNode& node) { return isTapped(tap, node); }, device,
-          installed->procedure, installed->clientData));
+      *installed, std::make_unique<TapDevice>(
+                      connection_, time_, *lossLog_,
+                      [this](const Notice& notice) { devices_.tell(notice); }, tap->second.rate,
+                      sourceOf(tap->second), device, installed->procedure, installed->clientData));
   return failure ? fail(CA::kAudioHardwareUnspecifiedError, std::move(*failure))
                  : CA::kAudioHardwareNoError;
 }

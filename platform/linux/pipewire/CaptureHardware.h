@@ -18,6 +18,7 @@
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/DeviceTable.h"
 #include "platform/linux/pipewire/ProcessTable.h"
+#include "platform/linux/pipewire/TapDevice.h"
 
 namespace audrel::linuxos {
 
@@ -41,6 +42,9 @@ class CaptureHardware final : public CA::AudioHardware,
   /// From now on the user is told by `taker` of what is lost of a running recording; null: by
   /// nobody.
   void setNoticeTaker(NoticeTaker taker);
+
+  /// Why nobody answered who was asked last, with the remedy; empty while somebody does.
+  std::string whyNoServer() const;
 
   /// Whether a device runs, started and not yet stopped.
   bool isRunning() const;
@@ -98,6 +102,7 @@ class CaptureHardware final : public CA::AudioHardware,
   void forgetGoneProcesses();
   CA::OSStatus checkTapped(const std::vector<CA::AudioObjectID>& processes);
   bool isTapped(const Tap& tap, const GraphNode& node);
+  TapSource sourceOf(const Tap& tap);
   CA::AudioObjectID objectOfSink(const GraphNode& sink);
   CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);
   CA::OSStatus start(CA::AudioObjectID device, CA::AudioDeviceIOProcID ioProcID);
@@ -105,7 +110,6 @@ class CaptureHardware final : public CA::AudioHardware,
 
   Connection& connection_;
   CaptureTime& time_;
-  std::shared_ptr<os::Logger> log_;
   std::shared_ptr<os::Logger> lossLog_;
   NS::UUIDFactory& uuids_;
   ProcessTable processes_;

@@ -30,6 +30,8 @@ class LinkSet {
   /// away is made again by the next call.
   void follow(const std::set<PortPair>& plan);
 
+  bool isEmpty() const { return links_.empty(); }
+
   /// Whether every link carries audio, waits for its stream to play again, or was refused.
   /// `isPlaying` tells whether the stream with that output port plays.
   bool isSettled(const std::function<bool(std::uint32_t outputPort)>& isPlaying) const;

@@ -45,14 +45,14 @@ const TapDevice::Loss TapDevice::hang{.begins = "Audio graph stands still",
                                       .told = "The audio server stands still."};
 
 TapDevice::TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, NoticeTaker tell,
-                     double rate, TapStream::IsTapped isTapped, CA::AudioObjectID device,
+                     double rate, TapSource source, CA::AudioObjectID device,
                      CA::AudioDeviceIOProc procedure, void* clientData)
     : connection_(connection),
       time_(time),
       log_(log),
       tell_(std::move(tell)),
       rate_(rate),
-      isTapped_(std::move(isTapped)),
+      source_(std::move(source)),
       timeline_(device, procedure, clientData, rate) {}
 
 TapDevice::~TapDevice() {
@@ -117,7 +117,7 @@ void TapDevice::stop() {
 // The stream
 
 void TapDevice::makeStream() {
-  stream_ = std::make_unique<TapStream>(connection_, time_, rate_, isTapped_, timeline_);
+  stream_ = std::make_unique<TapStream>(connection_, time_, rate_, source_.isTapped, timeline_);
   nextStream_ = time_.now() + streamInterval;
   heard_ = timeline_.cyclesHeard();
   readyTicks_ = 0;
@@ -166,6 +166,7 @@ void TapDevice::graphChanged() {
 void TapDevice::tick() {
   if (state_ == State::streaming) {
     watch();
+    tellOfSource();
   } else {
     timeline_.feedSilenceUntil(time_.now());
     tellOfLoss();
@@ -219,6 +220,15 @@ void TapDevice::tellOfEnd() {
     tell_({.matter = "audio server",
            .summary = "Recording sound again",
            .body = "The audio server is back."});
+  }
+}
+
+void TapDevice::tellOfSource() {
+  if (!stream_ || stream_->hasSources()) {
+    return;
+  }
+  if (const auto news = source_.news()) {
+    tell_(*news);
   }
 }
 

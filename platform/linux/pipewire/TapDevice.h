@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,14 +17,22 @@
 
 namespace audrel::linuxos {
 
+/// What a device records.
+struct TapSource {
+  TapStream::IsTapped isTapped;
+  /// What the user is to learn of it. Asked while it has no stream.
+  std::function<std::optional<Notice>()> news;
+};
+
 /// The running part of an aggregate device: calls one IO procedure with what a tap captures, and
 /// with counted silence while nothing is captured, for whatever reason. All but `lostFrames` under
 /// the connection's lock.
 class TapDevice {
  public:
-  /// Losses and their ends are logged. The user is told of one that lasts a second, and of its end.
+  /// Losses and their ends are logged. The user is told of one that lasts a second, of its end, and
+  /// of what becomes of the source.
   TapDevice(Connection& connection, CaptureTime& time, os::Logger& log, NoticeTaker tell,
-            double rate, TapStream::IsTapped isTapped, CA::AudioObjectID device,
+            double rate, TapSource source, CA::AudioObjectID device,
             CA::AudioDeviceIOProc procedure, void* clientData);
   ~TapDevice();
   TapDevice(const TapDevice&) = delete;
@@ -64,13 +73,14 @@ class TapDevice {
   void takeOver();
   void tellOfLoss();
   void tellOfEnd();
+  void tellOfSource();
 
   Connection& connection_;
   CaptureTime& time_;
   os::Logger& log_;
   NoticeTaker tell_;
   double rate_;
-  TapStream::IsTapped isTapped_;
+  TapSource source_;
   Timeline timeline_;
   std::unique_ptr<CaptureTime::Ticks> ticks_;  ///< once started
   State state_ = State::idle;

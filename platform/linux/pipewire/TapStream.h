@@ -41,6 +41,9 @@ class TapStream {
   /// Whether it also gets everything that is played and to be tapped now.
   bool isLinked() const;
 
+  /// Whether there is a stream to be tapped, playing or paused.
+  bool hasSources() const { return !links_.isEmpty(); }
+
   /// Why the stream has ended; empty while it has not.
   const std::string& failure() const { return failure_; }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <fstream>
 #include <future>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -161,6 +162,46 @@ TEST(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
   EXPECT_THAT(recorder.processes(), ElementsAre(renewed));
   EXPECT_EQ(recorder.startProcess(old), badObject);
   EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("Radio has quit"));
+}
+
+TEST(Processes, theUserLearnsThatTheRecordedOneHasQuitAndThatItRunsAgain) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server);
+  std::mutex mutex;
+  std::vector<std::string> told;
+  recorder.captureHardware().setNoticeTaker([&](const linuxos::Notice& notice) {
+    const std::lock_guard lock(mutex);
+    told.push_back(notice.matter + ": " + notice.summary + ": " + notice.body);
+  });
+  const auto takeTold = [&] {
+    const std::lock_guard lock(mutex);
+    return std::exchange(told, {});
+  };
+  constexpr int cyclesBetweenLooks = 10;
+  Player other(server.socketPath(), {"application.name=Other"});
+  Player before(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(before.open("music", 1));
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(before.pid())), 0);
+  ASSERT_TRUE(server.step(cyclesBetweenLooks, heard({"music"})));
+  ASSERT_TRUE(before.close("music"));
+  ASSERT_TRUE(server.step(cyclesBetweenLooks, {}));
+  EXPECT_THAT(takeTold(), IsEmpty()) << "it may play again";
+
+  before.end(SIGKILL);
+  ASSERT_TRUE(server.step(cyclesBetweenLooks, {}));
+  EXPECT_THAT(takeTold(), ElementsAre("source: Recording silence: Radio has quit. The recording "
+                                      "goes on in silence until you stop it."));
+  ASSERT_TRUE(other.open("call", 2));
+  ASSERT_TRUE(server.step(cyclesBetweenLooks, stereoLinks({"call"}, {"speakers"})));
+  EXPECT_THAT(takeTold(), IsEmpty());
+
+  Player after(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(after.open("music", 3));
+  ASSERT_TRUE(server.step(2 * cyclesBetweenLooks, stereoLinks({"call", "music"}, {"speakers"})));
+  EXPECT_THAT(takeTold(), ElementsAre("source: Still recording silence: Radio runs again, but not "
+                                      "in this recording: stop it and choose Radio again."));
+  recorder.captureHardware().setNoticeTaker(nullptr);
 }
 
 TEST(Processes, anUnknownObjectCannotBeTappedOrRead) {

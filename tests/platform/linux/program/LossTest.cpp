@@ -20,6 +20,8 @@
 #include "tests/platform/linux/program/harness/WavRecording.h"
 #include "tests/platform/linux/session/harness/DesktopSessionManager.h"
 #include "tests/platform/linux/session/harness/XServer.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::programtest {
 namespace {
@@ -104,6 +106,33 @@ TEST_F(Loss, ofTheAudioServerCostsWhatWasPlayedInItsLastSecondAtMost) {
   EXPECT_EQ(segments[1].kind, Segment::Kind::silence) << describe(segments);
   EXPECT_EQ(segments[2].first.stream, 2U) << describe(segments);
   EXPECT_GE(segments[2].endPosition(), frameOfSecond - onTheWay) << describe(segments);
+}
+
+TEST_F(Loss, ofTheSourceIsToldInThePanelAndInTheTerminal) {
+  auto desktop = notifications();
+  const auto file = home.path() / "take.wav";
+  const auto command = support::ChildProcess::start(
+      {.arguments = {AUDREL_COMMAND, "--app", "Web Radio", "--output", file, "--quiet"},
+       .environment = environment,
+       .keepsErrors = true});
+  ASSERT_NE(command, nullptr);
+  ASSERT_TRUE(support::waitFor([&] {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file, error);
+    return !error && size > 10'000;
+  }));
+  player.end(SIGKILL);
+  EXPECT_TRUE(support::waitFor([&] {
+    return command->errorOutput().find(
+               "audrel-record: Web Radio has quit. The recording goes on "
+               "in silence until you stop it.\n") != std::string::npos;
+  })) << command->errorOutput();
+  command->signal(SIGTERM);
+  EXPECT_EQ(command->waitForEnd(), 0);
+  EXPECT_THAT(nextCall(desktop, "Notify"),
+              HasSubstr("'Recording silence', 'Web Radio has quit. The recording goes on in "
+                        "silence until you stop it.'"));
+  stopRecording();
 }
 
 TEST_F(Loss, ofTheDiskIsToldAndCostsNothingOnceThereIsRoomAgain) {

@@ -165,8 +165,8 @@ TEST_F(ProcessTableTest, namesAreFitToBeShownWhereverTheyComeFrom) {
   addStream(1, getpid(),
             {{"application.name", "a\x1b[31m\u202ec\xff\nd"}, {"application.id", "\x07"}});
   const auto* process = table.playing(graph).front();
-  EXPECT_EQ(process->name, "a\uFFFD[31m\uFFFDc\uFFFD\uFFFDd");
-  EXPECT_EQ(process->bundleID, "\uFFFD");
+  EXPECT_EQ(process->name, "a\\x1b[31m\\u202ec\\xff\\x0ad");
+  EXPECT_EQ(process->bundleID, "\\x07");
   addStream(2, 0, {{"application.name", std::string(200'000, 'x')}});
   graph.nodes.erase(1);
   EXPECT_EQ(table.playing(graph).front()->name, std::string(256, 'x'));
