@@ -10,7 +10,7 @@ namespace audrel::linuxos {
 
 namespace {
 
-const NS::Selector toggleRecording(selectors::toggleRecording);
+const NS::Selector toggle(selectors::toggleRecording);
 const NS::Selector selectFormatM4A(selectors::selectFormatM4A);
 
 /// Whether what can be started from the menu is an M4A.
@@ -71,11 +71,13 @@ Desktop LinuxDesktop::interfaces() {
 }
 
 std::unique_ptr<NS::Alert> LinuxDesktop::makeAlert() {
-  return std::make_unique<Alert>(AlertParts{.application = application_,
-                                            .diagnostics = hardware_,
-                                            .notifier = notifier_,
-                                            .helper = alertHelperProgram(),
-                                            .logger = logger_});
+  return std::make_unique<Alert>(
+      AlertParts{.application = application_,
+                 .diagnostics = hardware_,
+                 .whyNoServer = [this] { return hardware_.whyNoServer(); },
+                 .notifier = notifier_,
+                 .helper = alertHelperProgram(),
+                 .logger = logger_});
 }
 
 /// The next click is likely to be "Start Recording".
@@ -87,14 +89,18 @@ void LinuxDesktop::menuOpened(const MenuTree& menu) {
 
 void LinuxDesktop::Commands::startRecording() {
   if (!desktop_.hardware_.isRunning()) {
-    desktop_.appKit_.chooseMenuItem(toggleRecording);
+    desktop_.appKit_.chooseMenuItem(toggle);
   }
 }
 
 void LinuxDesktop::Commands::stopRecording() {
   if (desktop_.hardware_.isRunning()) {
-    desktop_.appKit_.chooseMenuItem(toggleRecording);
+    desktop_.appKit_.chooseMenuItem(toggle);
   }
+}
+
+void LinuxDesktop::Commands::toggleRecording() {
+  desktop_.appKit_.chooseMenuItem(toggle);
 }
 
 void LinuxDesktop::Commands::quit() {

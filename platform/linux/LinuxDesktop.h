@@ -16,6 +16,7 @@
 #include "platform/linux/session/LogoutWatch.h"
 #include "platform/linux/session/NoticeBoard.h"
 #include "platform/linux/session/Notifier.h"
+#include "platform/linux/session/RecordingState.h"
 #include "platform/linux/session/SoftwareUpdates.h"
 #include "platform/linux/session/URLParser.h"
 #include "platform/linux/session/UserDefaults.h"
@@ -38,6 +39,9 @@ class LinuxDesktop {
   /// Makes this process the session's one Audrel; whether it is. If it is not, the user was told.
   bool claimSession();
 
+  /// To be called when a recording has started or stopped.
+  void recordingChanged() const { recordingState_.changed(); }
+
   Desktop interfaces();
 
  private:
@@ -49,6 +53,7 @@ class LinuxDesktop {
     explicit Commands(LinuxDesktop& desktop) : desktop_(desktop) {}
     void startRecording() override;
     void stopRecording() override;
+    void toggleRecording() override;
     void quit() override;
 
    private:
@@ -73,6 +78,7 @@ class LinuxDesktop {
   TrayAppKit appKit_;
   AacPreload aacPreload_;
   ApplicationService service_;
+  RecordingState recordingState_{bus_, [this] { return hardware_.isRunning(); }};
   LogoutWatch logout_;
   std::shared_ptr<Commands> commands_ = std::make_shared<Commands>(*this);
 };

@@ -74,8 +74,12 @@ class WholeDiagnostics final : public capture::Diagnostics {
 class LinuxPlatform final : public NativePlatform {
  public:
   LinuxPlatform() {
-    hardware_.setRunObserver(
-        [this](std::size_t running) { running > 0 ? inhibitor_.hold() : inhibitor_.release(); });
+    hardware_.setRunObserver([this](std::size_t running) {
+      running > 0 ? inhibitor_.hold() : inhibitor_.release();
+      if (desktop_) {
+        desktop_->recordingChanged();
+      }
+    });
     hardware_.setNoticeTaker([this](const Notice& notice) { notices_.take(notice); });
   }
 

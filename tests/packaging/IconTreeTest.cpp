@@ -214,7 +214,7 @@ TEST_F(StatusIconTest, hasTheShapeThatIsDrawnWhereThereAreNoIcons) {
   };
   for (const auto& [file, picture] : icons) {
     const auto shown = icon(file);
-    const auto drawn = linuxos::drawPixmap(picture, side).argb;
+    const auto drawn = linuxos::drawPixmap(linuxos::inShapeOfState(picture), side).argb;
     ASSERT_EQ(shown.size(), drawn.size()) << file;
     // Only along the edges, where the two round differently.
     EXPECT_LT(difference(shown, drawn), 0.005) << file;

@@ -60,6 +60,7 @@ class Program final : public linuxos::ApplicationCommands {
 
   void startRecording() override { calls.emplace_back("start-recording"); }
   void stopRecording() override { calls.emplace_back("stop-recording"); }
+  void toggleRecording() override { calls.emplace_back("toggle-recording"); }
   void quit() override { calls.emplace_back("quit"); }
 };
 

@@ -2,8 +2,9 @@
 //
 // Shows one alert and answers by its exit status (see ExitStatus.h). Standard input has a line with
 // the number of the bytes that follow, and these: the style ("informational", "warning" or
-// "critical"), the message, the text and the buttons, each with a NUL behind it. The alert goes
-// when the input's other end does: the program that asked has no use for the answer any more.
+// "critical"), the message, the text and the buttons, each with a NUL behind it. Each further byte
+// brings the alert to the front. It goes when the input's other end does: the program that asked
+// has no use for the answer any more.
 
 #include <glib-unix.h>
 #include <gtk/gtk.h>
@@ -25,7 +26,21 @@ namespace audrel::alerthelper {
 
 namespace {
 
-gboolean closeAlert(gint /*descriptor*/, GIOCondition /*hangup*/, gpointer dialog) noexcept {
+/// The next byte; nothing at the end.
+std::optional<char> readByte() {
+  char byte = 0;
+  ssize_t count = 0;
+  do {
+    count = read(STDIN_FILENO, &byte, 1);
+  } while (count < 0 && errno == EINTR);
+  return count == 1 ? std::optional(byte) : std::nullopt;
+}
+
+gboolean inputCame(gint /*descriptor*/, GIOCondition /*condition*/, gpointer dialog) noexcept {
+  if (readByte()) {
+    gtk_window_present(static_cast<GtkWindow*>(dialog));
+    return G_SOURCE_CONTINUE;
+  }
   gtk_dialog_response(static_cast<GtkDialog*>(dialog), GTK_RESPONSE_DELETE_EVENT);
   return G_SOURCE_REMOVE;
 }
@@ -37,20 +52,11 @@ int show(const AlertTexts& texts) {
     return noDisplay;
   }
   const DialogHandle dialog = makeAlertWindow(texts);
-  g_unix_fd_add(STDIN_FILENO, G_IO_HUP, closeAlert, dialog.get());
+  g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), inputCame,
+                dialog.get());
   gtk_window_present(GTK_WINDOW(dialog.get()));
   const int response = gtk_dialog_run(GTK_DIALOG(dialog.get()));
   return response < 0 ? closed : firstButton + response;
-}
-
-/// The next byte; nothing at the end.
-std::optional<char> readByte() {
-  char byte = 0;
-  ssize_t count = 0;
-  do {
-    count = read(STDIN_FILENO, &byte, 1);
-  } while (count < 0 && errno == EINTR);
-  return count == 1 ? std::optional(byte) : std::nullopt;
 }
 
 /// Whatever has arrived before the end.

@@ -12,6 +12,8 @@ namespace audrel::linuxos {
 
 namespace {
 
+constexpr std::string_view permitted = "Permission to capture: granted";
+
 std::string nameOf(NS::AlertStyle style) {
   switch (style) {
     case NS::AlertStyle::warning:
@@ -56,10 +58,15 @@ std::optional<int> Alert::ask() {
   if (parts_.application.isTerminating()) {
     return std::nullopt;
   }
-  ModalSession session(parts_.application);
+  std::unique_ptr<AlertHelper> helper;
+  ModalSession session(parts_.application, [&helper] {
+    if (helper != nullptr) {
+      helper->present();
+    }
+  });
   std::optional<int> exitStatus;
   std::string failure;
-  const auto helper = AlertHelper::start(
+  helper = AlertHelper::start(
       parts_.helper, helperTexts(),
       [&](std::optional<int> status) {
         exitStatus = status;
@@ -97,6 +104,12 @@ std::optional<int> Alert::notShown(const std::string& reason) {
 }
 
 std::string Alert::text() const {
+  if (informative_.ends_with(permitted)) {
+    const std::string problem = parts_.whyNoServer();
+    return problem.empty() ? informative_
+                           : informative_.substr(0, informative_.size() - permitted.size()) +
+                                 "Permission to capture: not known\n\n" + problem;
+  }
   const auto diagnosis = style_ == NS::AlertStyle::critical ? parts_.diagnostics.diagnosis()
                                                             : std::optional<std::string>();
   return diagnosis ? *diagnosis + "\n\n" + informative_ : informative_;

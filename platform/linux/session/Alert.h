@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ namespace audrel::linuxos {
 struct AlertParts {
   Application& application;
   capture::Diagnostics& diagnostics;
+  std::function<std::string()> whyNoServer;  ///< empty while there is an audio server
   Notifier& notifier;
 
   /// The program that shows the window; `alertHelperProgram()`.
@@ -26,7 +28,8 @@ struct AlertParts {
 };
 
 /// An alert in a window of the helper's, in the desktop's own words. A critical one tells of a
-/// recording that failed, and says first why the system refused.
+/// recording that failed, and says first why the system refused. That capturing is permitted, which
+/// is so where nobody refuses it, is said only where there is an audio server.
 ///
 /// Escape, closing the window and the end of the application answer with the button that changes
 /// nothing: "Cancel", else "OK", else the last one. So does, at once, an alert that cannot be shown

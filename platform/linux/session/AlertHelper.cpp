@@ -61,6 +61,15 @@ void AlertHelper::send(const std::vector<std::string>& texts) {
                                   input.release());
 }
 
+void AlertHelper::present() {
+  GOutputStream* pipe = g_subprocess_get_stdin_pipe(process_.get());
+  // While the texts are on their way the window has yet to come, and comes in front.
+  if (g_output_stream_has_pending(pipe) == FALSE) {
+    g_pollable_output_stream_write_nonblocking(G_POLLABLE_OUTPUT_STREAM(pipe), "\n", 1, nullptr,
+                                               nullptr);
+  }
+}
+
 AlertHelper::~AlertHelper() {
   g_cancellable_cancel(cancellable_.get());
   g_subprocess_send_signal(process_.get(), SIGTERM);  // nothing if it has ended

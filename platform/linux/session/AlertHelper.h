@@ -24,6 +24,10 @@ class AlertHelper {
                                             std::function<void(std::optional<int>)> ended,
                                             std::string* outFailure);
   ~AlertHelper();
+
+  /// Brings the alert to the front.
+  void present();
+
   AlertHelper(const AlertHelper&) = delete;
   AlertHelper& operator=(const AlertHelper&) = delete;
 

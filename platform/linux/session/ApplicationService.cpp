@@ -23,9 +23,6 @@ constexpr auto activationAfterStart = 10s;
 constexpr guint32 doNotQueue = 4;
 constexpr guint32 someoneElseHasTheName = 3;
 
-/// The identifier with slashes.
-constexpr const char* objectPath = "/io/github/audrel/Audrel";
-
 constexpr const char* interfaceXml = R"(
 <node>
   <interface name="org.freedesktop.Application">
@@ -50,7 +47,7 @@ constexpr SessionBus::Method requestNameMethod = {.service = "org.freedesktop.DB
                                                   .member = "RequestName"};
 
 constexpr SessionBus::Method activateMethod = {.service = identity::bundleIdentifier,
-                                               .path = objectPath,
+                                               .path = ApplicationService::objectPath,
                                                .interface = "org.freedesktop.Application",
                                                .member = "Activate"};
 
@@ -62,6 +59,7 @@ struct Action {
 constexpr Action actions[] = {
     {"start-recording", &ApplicationCommands::startRecording},
     {"stop-recording", &ApplicationCommands::stopRecording},
+    {"toggle-recording", &ApplicationCommands::toggleRecording},
     {"quit", &ApplicationCommands::quit},
 };
 
@@ -179,7 +177,9 @@ void ApplicationService::activateOther() {
 // What the desktop asks
 
 void ApplicationService::activate() {
-  if (LoopSource::now() >= std::exchange(activationExpectedUntil_, 0us)) {
+  if (application_.isModal()) {
+    application_.presentAlert();
+  } else if (LoopSource::now() >= std::exchange(activationExpectedUntil_, 0us)) {
     notifyRunning();
   }
 }
@@ -226,8 +226,9 @@ void ApplicationService::performNextCommand() {
     perform_.callSoon();  // also when this one waits in an alert: the next may be quit
   }
   const auto commands = commands_->lock();
-  const bool isHonoured = !application_.isModal() || command == &ApplicationCommands::quit;
-  if (commands != nullptr && isHonoured) {
+  if (application_.isModal() && command != &ApplicationCommands::quit) {
+    application_.presentAlert();
+  } else if (commands != nullptr) {
     ((*commands).*command)();
   }
 }

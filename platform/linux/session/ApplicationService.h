@@ -28,17 +28,23 @@ class ApplicationCommands {
 
   /// Nothing while it does not.
   virtual void stopRecording() = 0;
+
+  /// Whichever of the two it is.
+  virtual void toggleRecording() = 0;
   virtual void quit() = 0;
 };
 
 /// The program on the session bus, as desktops know applications: it owns its identifier as a name,
 /// so that there is one of it in a session, and offers org.freedesktop.Application with the actions
-/// "start-recording", "stop-recording" and "quit". To be activated while it runs, as a second start
-/// does, makes it say so by a notification.
+/// "start-recording", "stop-recording", "toggle-recording" and "quit". To be activated while it
+/// runs, as a second start does, makes it say so by a notification.
 ///
 /// When the bus is lost, name and object are there again once the bus is. Main thread.
 class ApplicationService {
  public:
+  /// The identifier with slashes.
+  static constexpr const char* objectPath = "/io/github/audrel/Audrel";
+
   enum class Claim {
     first,        ///< this one is to run; also where there is no bus, or it does not answer
     runsAlready,  ///< another one does, and the user was told
@@ -55,8 +61,8 @@ class ApplicationService {
   Claim claim();
 
   /// Actions that came before are performed then, from the main loop, and each once the one before
-  /// it has had its effect or waits in an alert. While an alert is up only quit is honoured, and
-  /// while nobody is there nothing.
+  /// it has had its effect or waits in an alert. While an alert is up only quit is honoured, all
+  /// else brings the alert to the front; while nobody is there nothing is.
   void setCommands(const std::weak_ptr<ApplicationCommands>& commands);
 
   /// What the desktop entry offers.

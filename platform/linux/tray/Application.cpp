@@ -59,6 +59,12 @@ void Application::terminate() {
   g_main_loop_quit(loop_.get());
 }
 
+void Application::presentAlert() const {
+  if (!modalSessions_.empty() && modalSessions_.back()->present_) {
+    modalSessions_.back()->present_();
+  }
+}
+
 void Application::setModalObserver(std::function<void()> observer) {
   modalObserver_ = std::move(observer);
 }
@@ -93,8 +99,10 @@ void Application::installSignalHandlers() {
   }
 }
 
-ModalSession::ModalSession(Application& application)
-    : application_(application), loop_(g_main_loop_new(application.context_.get(), FALSE)) {
+ModalSession::ModalSession(Application& application, std::function<void()> present)
+    : application_(application),
+      present_(std::move(present)),
+      loop_(g_main_loop_new(application.context_.get(), FALSE)) {
   application_.begin(*this);
 }
 

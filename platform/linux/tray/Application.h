@@ -39,6 +39,9 @@ class Application final : public NS::Application {
   /// Whether an alert waits for its answer.
   bool isModal() const { return !modalSessions_.empty(); }
 
+  /// Brings the alert that came up last to the front, if there is one.
+  void presentAlert() const;
+
   /// `observer` is called whenever `isModal` may have changed.
   void setModalObserver(std::function<void()> observer);
 
@@ -62,7 +65,8 @@ class Application final : public NS::Application {
 /// honoured meanwhile. Main thread; it must not outlive the application object.
 class ModalSession {
  public:
-  explicit ModalSession(Application& application);
+  /// `present` brings the alert to the front.
+  explicit ModalSession(Application& application, std::function<void()> present = {});
   ~ModalSession();
   ModalSession(const ModalSession&) = delete;
   ModalSession& operator=(const ModalSession&) = delete;
@@ -80,6 +84,7 @@ class ModalSession {
   void abort();
 
   Application& application_;
+  std::function<void()> present_;
   MainLoopHandle loop_;
   bool isFinished_ = false;
   bool isAborted_ = false;

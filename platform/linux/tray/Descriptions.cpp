@@ -14,6 +14,7 @@ const char* const statusNotifierItemXml = R"xml(
     <property name="IconThemePath" type="s" access="read"/>
     <property name="IconName" type="s" access="read"/>
     <property name="IconPixmap" type="a(iiay)" access="read"/>
+    <property name="IconAccessibleDesc" type="s" access="read"/>
     <property name="OverlayIconName" type="s" access="read"/>
     <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
     <property name="AttentionIconName" type="s" access="read"/>

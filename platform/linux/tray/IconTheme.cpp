@@ -1,6 +1,8 @@
 #include "platform/linux/tray/IconTheme.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <span>
 #include <system_error>
 #include <utility>
 
@@ -13,26 +15,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* idleIcon = "-idle-symbolic";
-constexpr const char* recordingIcon = "-recording";
-constexpr const char* warningIcon = "-warning";
-
-std::string iconName(const char* suffix) {
-  return std::string(identity::bundleIdentifier) + suffix;
+std::span<const StateIcon> stateIcons() {
+  static const StateIcon icons[] = {
+      {.suffix = "-idle-symbolic",
+       .description = "Audrel, not recording",
+       .picture = {std::string(waveformInRing), std::nullopt},
+       .shape = waveformInRing},
+      {.suffix = "-recording",
+       .description = "Audrel, recording",
+       .picture = {std::string(waveformInDisc), systemRed},
+       .shape = waveformInDisc},
+      {.suffix = "-warning",
+       .description = "Audrel, recording for more than an hour",
+       .picture = {std::string(waveformInDisc), systemOrange},
+       .shape = waveformInSquare},
+  };
+  return icons;
 }
 
-std::optional<std::string> nameFor(const Picture& picture) {
-  const auto symbol = tintedSymbolOf(picture);
-  if (picture.isTemplate && symbol == TintedSymbol{std::string(waveformInRing), std::nullopt}) {
-    return iconName(idleIcon);
-  }
-  if (picture.isTemplate || !symbol || symbol->name != waveformInDisc) {
-    return std::nullopt;
-  }
-  if (symbol->tint == systemRed) {
-    return iconName(recordingIcon);
-  }
-  return symbol->tint == systemOrange ? std::optional(iconName(warningIcon)) : std::nullopt;
+std::string nameOf(const StateIcon& icon) {
+  return std::string(identity::bundleIdentifier).append(icon.suffix);
 }
 
 /// Whether the tree has the icon in any size and context: hicolor/<size>/<context>/<name>.
@@ -51,9 +53,32 @@ bool hasIcon(const fs::path& folder, const std::string& name) {
 
 }  // namespace
 
+const StateIcon* stateIconOf(const Picture& picture) {
+  const auto symbol = tintedSymbolOf(picture);
+  const auto icons = stateIcons();
+  const auto found = std::ranges::find_if(icons, [&](const StateIcon& icon) {
+    return symbol == icon.picture && picture.isTemplate == !icon.picture.tint.has_value();
+  });
+  return found == icons.end() ? nullptr : &*found;
+}
+
+Picture inShapeOfState(const Picture& picture) {
+  const StateIcon* icon = stateIconOf(picture);
+  if (icon == nullptr) {
+    return picture;
+  }
+  Picture drawn{.size = picture.size,
+                .isTemplate = picture.isTemplate,
+                .steps = {SymbolStep{std::string(icon->shape)}}};
+  if (icon->picture.tint) {
+    drawn.steps.emplace_back(FillStep{*icon->picture.tint, {0, 0, picture.size}});
+  }
+  return drawn;
+}
+
 IconTheme::IconTheme(fs::path folder) : folder_(std::move(folder)) {
-  for (const char* suffix : {idleIcon, recordingIcon, warningIcon}) {
-    if (std::string name = iconName(suffix); hasIcon(folder_, name)) {
+  for (const StateIcon& icon : stateIcons()) {
+    if (std::string name = nameOf(icon); hasIcon(folder_, name)) {
       names_.insert(std::move(name));
     }
   }
@@ -70,8 +95,9 @@ IconTheme IconTheme::ofProgramIn(const fs::path& folder) {
 }
 
 std::optional<std::string> IconTheme::iconFor(const Picture& picture) const {
-  auto name = nameFor(picture);
-  return name && names_.contains(*name) ? name : std::nullopt;
+  const StateIcon* icon = stateIconOf(picture);
+  return icon != nullptr && names_.contains(nameOf(*icon)) ? std::optional(nameOf(*icon))
+                                                           : std::nullopt;
 }
 
 }  // namespace audrel::linuxos

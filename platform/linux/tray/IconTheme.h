@@ -4,10 +4,25 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/tray/Picture.h"
 
 namespace audrel::linuxos {
+
+/// A state of the program that its picture shows.
+struct StateIcon {
+  std::string_view suffix;       ///< of the icon's name
+  std::string_view description;  ///< for who does not see it
+  TintedSymbol picture;          ///< as the program draws it; a template where it has no tint
+  std::string_view shape;        ///< the symbol that stands for it here: of each state another
+};
+
+/// Null for a picture of none of them.
+const StateIcon* stateIconOf(const Picture& picture);
+
+/// The picture with its state's shape in its colour; one of no state stays as it is.
+Picture inShapeOfState(const Picture& picture);
 
 /// The program's own icons in a tree of the hicolor theme, which panels find by name and recolour
 /// where they are symbolic.

@@ -2,12 +2,8 @@
 
 namespace audrel::linuxos {
 
-MenuItem::MenuItem(Kind kind, std::string title, std::optional<NS::Selector> action,
-                   std::string keyEquivalent)
-    : kind_(kind),
-      title_(std::move(title)),
-      action_(std::move(action)),
-      keyEquivalent_(std::move(keyEquivalent)) {}
+MenuItem::MenuItem(Kind kind, std::string title, std::optional<NS::Selector> action)
+    : kind_(kind), title_(std::move(title)), action_(std::move(action)) {}
 
 void MenuItem::setTarget(const std::weak_ptr<NS::Target>& target) {
   target_ = target;

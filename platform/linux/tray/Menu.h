@@ -10,8 +10,7 @@ class MenuItem final : public NS::MenuItem {
  public:
   enum class Kind { command, separator };
 
-  MenuItem(Kind kind, std::string title, std::optional<NS::Selector> action,
-           std::string keyEquivalent);
+  MenuItem(Kind kind, std::string title, std::optional<NS::Selector> action);
 
   void setTarget(const std::weak_ptr<NS::Target>& target) override;
   void setEnabled(bool isEnabled) override;
@@ -25,7 +24,6 @@ class MenuItem final : public NS::MenuItem {
   bool isSeparator() const { return kind_ == Kind::separator; }
   const std::string& title() const { return title_; }
   const std::optional<NS::Selector>& action() const { return action_; }
-  const std::string& keyEquivalent() const { return keyEquivalent_; }
 
   /// Nothing as long as none was set: such an item has no place for a checkmark.
   std::optional<NS::ControlState> state() const { return state_; }
@@ -42,7 +40,6 @@ class MenuItem final : public NS::MenuItem {
   Kind kind_;
   std::string title_;
   std::optional<NS::Selector> action_;
-  std::string keyEquivalent_;
   std::weak_ptr<NS::Target> target_;
   bool isEnabled_ = true;
   std::optional<NS::ControlState> state_;

@@ -13,16 +13,6 @@ std::string labelOf(const std::string& title) {
   return label;
 }
 
-/// `aas`: one chord of the Control key, which stands for Command here, and the letter.
-GVariant* shortcutOf(const std::string& keyEquivalent) {
-  GVariantBuilder chord;
-  g_variant_builder_init(&chord, G_VARIANT_TYPE_STRING_ARRAY);
-  g_variant_builder_add(&chord, "s", "Control");
-  g_variant_builder_add(&chord, "s", keyEquivalent.c_str());
-  GVariant* chords = g_variant_builder_end(&chord);
-  return g_variant_new_array(G_VARIANT_TYPE_STRING_ARRAY, &chords, 1);
-}
-
 /// Collects the properties that were asked for.
 class Properties {
  public:
@@ -52,9 +42,6 @@ void putItem(Properties& properties, const MenuItem& item, bool isEnabled) {
   if (item.state()) {
     properties.put("toggle-type", g_variant_new_string("checkmark"));
     properties.put("toggle-state", g_variant_new_int32(item.state() == NS::ControlState::on));
-  }
-  if (!item.keyEquivalent().empty()) {
-    properties.put("shortcut", shortcutOf(item.keyEquivalent()));
   }
 }
 

@@ -75,6 +75,7 @@ class StatusItem final : public NS::StatusItem {
 
   void updateLook();
   void drawPicture(const Picture& picture);
+  std::string title() const;
 
   IconTheme icons_;
   std::shared_ptr<os::Logger> logger_;

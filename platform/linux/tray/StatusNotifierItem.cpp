@@ -13,7 +13,6 @@ namespace audrel::linuxos {
 
 namespace {
 
-constexpr const char* programName = "Audrel";
 constexpr const char* labelName = "XAyatanaLabel";
 constexpr const char* guideName = "XAyatanaLabelGuide";
 
@@ -32,15 +31,9 @@ GVariant* pixmapArray(const std::vector<Pixmap>& pixmaps) {
   return g_variant_builder_end(&builder);
 }
 
-/// Name and label: some panels show nothing but the tool tip's title, and some no labels.
-std::string toolTipOf(const StatusItemLook& look) {
-  const auto start = look.label.find_first_not_of(' ');
-  return start == std::string::npos ? programName
-                                    : std::string(programName) + " " + look.label.substr(start);
-}
-
+/// Some panels show nothing but the tool tip's title.
 GVariant* toolTip(const StatusItemLook& look) {
-  return g_variant_new("(s@a(iiay)ss)", "", pixmapArray({}), toolTipOf(look).c_str(), "");
+  return g_variant_new("(s@a(iiay)ss)", "", pixmapArray({}), look.title.c_str(), "");
 }
 
 /// As wide as the label will be while its digits change.
@@ -66,12 +59,14 @@ constexpr auto noPixmaps = [](const StatusItemLook&) { return pixmapArray({}); }
 constexpr std::array properties = {
     Property{"Category", [](const StatusItemLook&) { return text("ApplicationStatus"); }},
     Property{"Id", [](const StatusItemLook&) { return text(identity::bundleIdentifier); }},
-    Property{"Title", [](const StatusItemLook&) { return text(programName); }},
+    Property{"Title", [](const StatusItemLook& look) { return text(look.title); }},
     Property{"Status", [](const StatusItemLook&) { return text("Active"); }},
     Property{"WindowId", [](const StatusItemLook&) { return g_variant_new_int32(0); }},
     Property{"IconThemePath", [](const StatusItemLook& look) { return text(look.iconThemePath); }},
     Property{"IconName", [](const StatusItemLook& look) { return text(look.iconName); }},
     Property{"IconPixmap", [](const StatusItemLook& look) { return pixmapArray(look.pixmaps); }},
+    Property{"IconAccessibleDesc",
+             [](const StatusItemLook& look) { return text(look.iconDescription); }},
     Property{"OverlayIconName", emptyText},
     Property{"OverlayIconPixmap", noPixmaps},
     Property{"AttentionIconName", emptyText},
@@ -119,7 +114,8 @@ void StatusNotifierItem::show(StatusItemLook look) {
   if (old.label != look_.label) {
     tellLabel();
   }
-  if (toolTipOf(old) != toolTipOf(look_)) {
+  if (old.title != look_.title) {
+    object_.emit("NewTitle", nullptr);
     object_.emit("NewToolTip", nullptr);
   }
 }

@@ -14,7 +14,9 @@ struct StatusItemLook {
   std::string iconName;         ///< empty when no icon of the theme shows it
   std::string iconThemePath;    ///< where panels look for the name first; empty for nowhere
   std::vector<Pixmap> pixmaps;  ///< the picture in several sizes, instead of a name
-  std::string label;            ///< the text beside the icon; empty for none
+  std::string iconDescription = "Audrel";  ///< for who does not see the icon
+  std::string label;                       ///< the text beside the icon; empty for none
+  std::string title = "Audrel";            ///< what the program does; also the tool tip
 
   bool operator==(const StatusItemLook&) const = default;
 };

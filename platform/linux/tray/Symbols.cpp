@@ -10,6 +10,8 @@ namespace {
 
 constexpr double outerRadius = 0.47;
 constexpr double innerRadius = 0.41;
+constexpr double halfSquare = 0.4375;  // its edges fall between the dots of most sizes
+constexpr double cornerRadius = 0.12;
 
 struct Bar {
   double x;           ///< of its middle
@@ -29,6 +31,13 @@ bool waveformCovers(double x, double y) {
   });
 }
 
+bool squareCovers(double x, double y) {
+  constexpr double straight = halfSquare - cornerRadius;
+  const double beyondX = std::max(0.0, std::abs(x - 0.5) - straight);
+  const double beyondY = std::max(0.0, std::abs(y - 0.5) - straight);
+  return std::hypot(beyondX, beyondY) <= cornerRadius;
+}
+
 }  // namespace
 
 bool isSymbol(std::string_view name) {
@@ -40,7 +49,9 @@ bool symbolCovers(std::string_view name, double x, double y) {
   if (name == waveformInRing) {
     return (radius <= outerRadius && radius >= innerRadius) || waveformCovers(x, y);
   }
-  return name == waveformInDisc && radius <= outerRadius && !waveformCovers(x, y);
+  const bool isGround = (name == waveformInDisc && radius <= outerRadius) ||
+                        (name == waveformInSquare && squareCovers(x, y));
+  return isGround && !waveformCovers(x, y);
 }
 
 }  // namespace audrel::linuxos

@@ -42,13 +42,12 @@ std::shared_ptr<NS::Menu> TrayAppKit::makeMenu() {
 
 std::shared_ptr<NS::MenuItem> TrayAppKit::makeMenuItem(const std::string& title,
                                                        const std::optional<NS::Selector>& action,
-                                                       const std::string& keyEquivalent) {
-  return std::make_shared<MenuItem>(MenuItem::Kind::command, desktopWording(title), action,
-                                    keyEquivalent);
+                                                       const std::string& /*keyEquivalent*/) {
+  return std::make_shared<MenuItem>(MenuItem::Kind::command, desktopWording(title), action);
 }
 
 std::shared_ptr<NS::MenuItem> TrayAppKit::makeSeparatorItem() {
-  return std::make_shared<MenuItem>(MenuItem::Kind::separator, "", std::nullopt, "");
+  return std::make_shared<MenuItem>(MenuItem::Kind::separator, "", std::nullopt);
 }
 
 std::shared_ptr<NS::Image> TrayAppKit::makeSystemSymbol(const std::string& name) {

@@ -43,7 +43,8 @@ class TrayAppKit final : public NS::AppKit {
   std::shared_ptr<NS::StatusItem> makeStatusItem(double length) override;
   std::shared_ptr<NS::Menu> makeMenu() override;
 
-  /// The item shows its title in the desktop's own words.
+  /// The item shows its title in the desktop's own words, and no key: a panel's menu hears none
+  /// while it is closed.
   std::shared_ptr<NS::MenuItem> makeMenuItem(const std::string& title,
                                              const std::optional<NS::Selector>& action,
                                              const std::string& keyEquivalent) override;

@@ -18,6 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::AllOf;
+using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -33,6 +34,17 @@ TEST_F(Desktop, withoutADisplayGetsAboutAsANotification) {
                         "no virtual drivers.\\nBuilt on PipeWire.\\n\\nPermission to capture: "
                         "granted\""));
   EXPECT_THAT(shown.furtherCalls(), IsEmpty()) << "nobody asked for settings";
+}
+
+TEST_F(Desktop, withoutAnAudioServerIsNotToldThatCapturingIsPermitted) {
+  auto shown = notifications();
+  environment["PIPEWIRE_REMOTE"] = (home.path() / "nobody").string();
+  startProgram();
+  choose("About Audrel…");
+  EXPECT_THAT(nextCall(shown, "Notify"),
+              HasSubstr("\\n\\nPermission to capture: not known\\n\\nPipeWire is not running: no "
+                        "server answers at " +
+                        environment["PIPEWIRE_REMOTE"]));
 }
 
 TEST_F(Desktop, withoutASoftwareCenterIsToldWhereUpdatesComeFrom) {
@@ -93,6 +105,26 @@ TEST_F(Desktop, startsStopsAndQuitsThroughTheLaunchersActions) {
   EXPECT_EQ(waitForEnd(), 0);
   ASSERT_EQ(recordings().size(), 2U);
   EXPECT_GE(pwtest::framesOf(pwtest::readM4a(recordings().back())), 48'000U);
+}
+
+TEST_F(Desktop, startsAndStopsThroughOneActionAndTellsWhetherItRecords) {
+  const auto isRecording = [this] {
+    return panel->properties("/io/github/audrel/Audrel", "io.github.audrel.Audrel")["Recording"];
+  };
+  startProgram();
+  EXPECT_EQ(isRecording(), "false");
+  panel->takeSignals();
+  EXPECT_EQ(performAction("toggle-recording"), "");
+  ASSERT_TRUE(waitForIcon("recording"));
+  EXPECT_EQ(isRecording(), "true");
+  EXPECT_THAT(panel->takeSignals(), Contains("PropertiesChanged('io.github.audrel.Audrel', "
+                                             "{'Recording': <true>}, @as [])"));
+  EXPECT_EQ(performAction("toggle-recording"), "");
+  ASSERT_TRUE(waitForIcon("idle-symbolic"));
+  EXPECT_EQ(isRecording(), "false");
+  EXPECT_THAT(panel->takeSignals(), Contains("PropertiesChanged('io.github.audrel.Audrel', "
+                                             "{'Recording': <false>}, @as [])"));
+  EXPECT_EQ(recordings().size(), 1U);
 }
 
 TEST_F(Desktop, startsAndStopsWhenBothCommandsArriveTogether) {
@@ -177,7 +209,7 @@ TEST_F(Alert, leavesOnlyQuitToChoose) {
         "WAV (48 kHz / 16-bit)", "Web Radio"}) {
     EXPECT_THAT(menu, HasSubstr("'" + title + "' enabled=false"));
   }
-  EXPECT_THAT(menu, HasSubstr("'Quit Audrel' shortcut"));
+  EXPECT_THAT(menu, HasSubstr("'Quit Audrel'\n"));
   EXPECT_EQ(performAction("start-recording"), "");
   const auto start = panel->idOf("Start Recording");
   ASSERT_TRUE(start);

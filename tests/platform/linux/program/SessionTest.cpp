@@ -30,7 +30,7 @@ constexpr std::uint64_t second = 48'000;  // frames
 /// The menu of a program that does not record.
 std::string idleMenu(const std::string& sources, const std::string& formats,
                      const std::string& reveal) {
-  return "'Start Recording' shortcut=[['Control', 'r']]\n"
+  return "'Start Recording'\n"
          " type='separator'\n"
          "'Record from' children-display='submenu'\n" +
          sources +
@@ -45,18 +45,18 @@ std::string idleMenu(const std::string& sources, const std::string& formats,
          " type='separator'\n"
          "'About Audrel…'\n"
          "'Check for Updates in Software Center…'\n"
-         "'Quit Audrel' shortcut=[['Control', 'q']]\n";
+         "'Quit Audrel'\n";
 }
 
 std::string recordingMenu(const std::string& source) {
   return "'Recording from: " + source +
          "' enabled=false\n"
          " type='separator'\n"
-         "'Stop Recording' shortcut=[['Control', 'r']]\n"
+         "'Stop Recording'\n"
          " type='separator'\n"
          "'Show Recording in File Manager'\n"
          " type='separator'\n"
-         "'Quit Audrel' shortcut=[['Control', 'q']]\n";
+         "'Quit Audrel'\n";
 }
 
 const std::string noSources =
@@ -148,7 +148,7 @@ TEST_F(Session, showsThatItRecordsAndForHowLong) {
     })) << label;
     label = now["XAyatanaLabel"];
     ASSERT_THAT(label, AllOf(StartsWith("' 00:0"), SizeIs(8)));
-    EXPECT_THAT(now["ToolTip"], HasSubstr("'Audrel " + label.substr(2)));
+    EXPECT_THAT(now["ToolTip"], HasSubstr("'Recording All System Audio, " + label.substr(2)));
   }
   EXPECT_GE(label, "' 00:02'");
   stopRecording();

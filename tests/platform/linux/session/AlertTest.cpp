@@ -40,6 +40,7 @@ class AlertTest : public sessiontest::SessionTest {
                                        const std::vector<std::string>& buttons) {
     auto alert = std::make_unique<Alert>(AlertParts{.application = application,
                                                     .diagnostics = diagnosis,
+                                                    .whyNoServer = [] { return ""; },
                                                     .notifier = notifier,
                                                     .helper = helper,
                                                     .logger = log});
@@ -171,6 +172,31 @@ TEST_F(ShownAlert, goesWithTheProgramThatAskedHoweverThatEnds) {
        .environment = {}});
   ASSERT_NE(shell, nullptr);
   EXPECT_EQ(shell->readLine(20s), "100");
+}
+
+TEST_F(ShownAlert, staysWhenItIsBroughtToTheFront) {
+  int times = 0;
+  LoopSource again([&] {
+    application.presentAlert();
+    again.callAfter(++times < 100 ? 5ms : 60'000ms);
+  });
+  again.callSoon();
+  const KeyPresses user("Tab Return");
+  EXPECT_EQ(run(*permissionAlert()), second);
+  EXPECT_GT(times, 1);
+}
+
+TEST_F(AlertTest, tellsTheHelperToComeToTheFront) {
+  useScript("[ \"$(head -c 1 | wc -c)\" = 1 ] && exit 11\nexit 10");
+  LoopSource front([&] {
+    if (texts().size() == 5) {
+      application.presentAlert();
+    } else {
+      front.callAfter(5ms);
+    }
+  });
+  front.callSoon();
+  EXPECT_EQ(run(*permissionAlert()), second);
 }
 
 TEST_F(AlertTest, givesTheHelperItsTextsInTheDesktopsWords) {

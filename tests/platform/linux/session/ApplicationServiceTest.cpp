@@ -25,6 +25,7 @@ class Program final : public ApplicationCommands {
 
   void startRecording() override { calls.emplace_back("start"); }
   void stopRecording() override { calls.emplace_back("stop"); }
+  void toggleRecording() override { calls.emplace_back("toggle"); }
   void quit() override { calls.emplace_back("quit"); }
 };
 
@@ -136,17 +137,23 @@ TEST_F(FirstStart, actionsAreAnsweredBeforeTheyArePerformed) {
   EXPECT_THAT(program->calls, IsEmpty());
 }
 
-TEST_F(FirstStart, onlyQuitIsHonouredWhileAnAlertIsUp) {
+TEST_F(FirstStart, onlyQuitIsHonouredWhileAnAlertIsUpAndTheRestBringsItToTheFront) {
+  auto desktopsNotifications = notifications();
+  int toTheFront = 0;
   service.setCommands(program);
   {
-    const ModalSession alert(application);
-    for (const char* action : {"start-recording", "stop-recording", "quit"}) {
+    const ModalSession alert(application, [&toTheFront] { ++toTheFront; });
+    for (const char* action : {"start-recording", "stop-recording", "toggle-recording", "quit"}) {
       EXPECT_EQ(callAction(action), "");
     }
     settle();
+    EXPECT_EQ(toTheFront, 3);
+    EXPECT_EQ(activate(), "");
+    EXPECT_EQ(toTheFront, 4);
   }
   settle();
   EXPECT_THAT(program->calls, ElementsAre("quit"));
+  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty());
 }
 
 /// Its start waits in an alert until the program quits.
@@ -163,6 +170,7 @@ struct AskingProgram final : ApplicationCommands {
     isAnswered = session.wait();
   }
   void stopRecording() override { calls.emplace_back("stop"); }
+  void toggleRecording() override { calls.emplace_back("toggle"); }
   void quit() override {
     calls.emplace_back("quit");
     application.terminate();

@@ -1,4 +1,8 @@
+#include <cstddef>
 #include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "tests/platform/linux/tray/TrayTest.h"
@@ -6,8 +10,10 @@
 namespace audrel::traytest {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::Optional;
 using testing::StartsWith;
 
@@ -30,6 +36,7 @@ TEST_F(ItemOnBus, offersEveryPropertyWithItsType) {
                 {"IconThemePath", "''"},
                 {"IconName", "''"},
                 {"IconPixmap", "@a(iiay) []"},
+                {"IconAccessibleDesc", "'Audrel'"},
                 {"OverlayIconName", "''"},
                 {"OverlayIconPixmap", "@a(iiay) []"},
                 {"AttentionIconName", "''"},
@@ -68,13 +75,25 @@ TEST_F(ItemOnBus, titleIsLabelAndToolTip) {
   program->setTitle(" 01:05");
   EXPECT_THAT(panel.itemProperty("XAyatanaLabel"), Optional(std::string("' 01:05'")));
   EXPECT_THAT(panel.itemProperty("XAyatanaLabelGuide"), Optional(std::string("' 00:00'")));
+  EXPECT_THAT(panel.itemProperty("Title"), Optional(std::string("'Recording, 01:05'")));
   EXPECT_THAT(panel.itemProperty("ToolTip"),
-              Optional(std::string("('', @a(iiay) [], 'Audrel 01:05', '')")));
+              Optional(std::string("('', @a(iiay) [], 'Recording, 01:05', '')")));
   EXPECT_THAT(panel.takeSignals(),
               ElementsAre("XAyatanaNewLabel(' 01:05', ' 00:00')",
                           "PropertiesChanged('org.kde.StatusNotifierItem', {'XAyatanaLabel': "
                           "<' 01:05'>, 'XAyatanaLabelGuide': <' 00:00'>}, @as [])",
-                          "NewToolTip()"));
+                          "NewTitle()", "NewToolTip()"));
+}
+
+TEST_F(ItemOnBus, titleSaysWhatTheMenuSaysIsRecorded) {
+  program->setTitle(" 01:05");
+  panel.takeSignals();
+  auto& appKit = program->appKit();
+  const auto menu = appKit.makeMenu();
+  menu->addItem(appKit.makeMenuItem("Recording from: Web Radio", std::nullopt, ""));
+  program->item().setMenu(menu);
+  EXPECT_THAT(panel.itemProperty("Title"), Optional(std::string("'Recording Web Radio, 01:05'")));
+  EXPECT_THAT(panel.takeSignals(), IsSupersetOf({"NewTitle()", "NewToolTip()"}));
 }
 
 TEST_F(ItemOnBus, emptyTitleLeavesNoLabel) {
@@ -89,7 +108,50 @@ TEST_F(ItemOnBus, emptyTitleLeavesNoLabel) {
               ElementsAre("XAyatanaNewLabel('', '')",
                           "PropertiesChanged('org.kde.StatusNotifierItem', @a{sv} {}, "
                           "['XAyatanaLabel', 'XAyatanaLabelGuide'])",
-                          "NewToolTip()"));
+                          "NewTitle()", "NewToolTip()"));
+}
+
+TEST_F(ItemOnBus, iconIsDescribedInEveryState) {
+  const auto description = [this](const std::shared_ptr<NS::Image>& image) {
+    program->item().button()->setImage(image);
+    return panel.itemProperty("IconAccessibleDesc").value_or("");
+  };
+  auto& appKit = program->appKit();
+  const auto idle = appKit.makeSystemSymbol("waveform.circle");
+  idle->setTemplate(true);
+  EXPECT_EQ(description(idle), "'Audrel, not recording'");
+  EXPECT_EQ(description(program->tinted("waveform.circle.fill", appKit.systemRedColor())),
+            "'Audrel, recording'");
+  EXPECT_EQ(description(program->tinted("waveform.circle.fill", appKit.systemOrangeColor())),
+            "'Audrel, recording for more than an hour'");
+}
+
+/// What a picture has of each dot beside colour, for the eye that sees none.
+std::string shapeOf(Panel& panel) {
+  const auto pixmaps = panel.itemProperty("IconPixmap").value_or("");
+  std::string shape;
+  // Four bytes a dot, of which the first is how much it covers.
+  for (std::size_t at = pixmaps.find("0x"), byte = 0; at != std::string::npos;
+       at = pixmaps.find("0x", at + 1), ++byte) {
+    if (byte % 4 == 0) {
+      shape += pixmaps.substr(at, 4);
+    }
+  }
+  return shape;
+}
+
+TEST_F(ItemOnBus, iconHasAShapeOfItsOwnInEveryState) {
+  auto& appKit = program->appKit();
+  const auto idle = appKit.makeSystemSymbol("waveform.circle");
+  idle->setTemplate(true);
+  std::set<std::string> shapes;
+  for (const auto& image : {idle, program->tinted("waveform.circle.fill", appKit.systemRedColor()),
+                            program->tinted("waveform.circle.fill", appKit.systemOrangeColor())}) {
+    program->item().button()->setImage(image);
+    shapes.insert(shapeOf(panel));
+  }
+  EXPECT_EQ(shapes.size(), 3U);
+  EXPECT_THAT(shapes, Each(StartsWith("0x00")));
 }
 
 TEST_F(ItemOnBus, tellsNothingWhenNothingChanged) {

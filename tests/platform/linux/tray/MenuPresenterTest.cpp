@@ -47,8 +47,7 @@ class Recorder final : public NS::Target, public NS::MenuDelegate {
 class MenuPresenterTest : public testing::Test {
  protected:
   std::shared_ptr<MenuItem> item(const std::string& title, const std::string& action) {
-    auto made =
-        std::make_shared<MenuItem>(MenuItem::Kind::command, title, NS::Selector(action), "");
+    auto made = std::make_shared<MenuItem>(MenuItem::Kind::command, title, NS::Selector(action));
     made->setTarget(recorder);
     return made;
   }
@@ -170,8 +169,8 @@ TEST_F(MenuPresenterTest, aTargetThatHasGoneGetsNoAction) {
 }
 
 TEST_F(MenuPresenterTest, withAutomaticEnablingItemsAreEnabledThatDoSomething) {
-  auto inert = std::make_shared<MenuItem>(MenuItem::Kind::command, "Inert", std::nullopt, "");
-  auto holder = std::make_shared<MenuItem>(MenuItem::Kind::command, "Holder", std::nullopt, "");
+  auto inert = std::make_shared<MenuItem>(MenuItem::Kind::command, "Inert", std::nullopt);
+  auto holder = std::make_shared<MenuItem>(MenuItem::Kind::command, "Holder", std::nullopt);
   holder->setSubmenu(menu({}));
   auto useful = item("Useful", "use:");
   useful->setEnabled(false);
@@ -259,7 +258,7 @@ TEST_F(MenuPresenterTest, whoeverObservesOpeningsHearsOfThoseThatAreReported) {
 TEST(MenuTree, idsStartAgainAfterTheLargest) {
   Menu menu;
   for (int i = 0; i < 2; ++i) {
-    menu.addItem(std::make_shared<MenuItem>(MenuItem::Kind::separator, "", std::nullopt, ""));
+    menu.addItem(std::make_shared<MenuItem>(MenuItem::Kind::separator, "", std::nullopt));
   }
   std::int32_t nextId = std::numeric_limits<std::int32_t>::max();
   const MenuTree tree(menu, nextId, [](const MenuItem&) { return true; });
