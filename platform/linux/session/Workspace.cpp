@@ -42,10 +42,11 @@ bool Workspace::openURL(const NS::URL& url) {
     if (openPrivacySettings()) {
       return true;
     }
-    notifier_.notify({.summary = "This desktop has no privacy settings that Audrel knows",
+    notifier_.notify({.summary = "No privacy settings were found",
                       .body = "Audio capture is allowed by the audio server, PipeWire, and its "
-                              "session manager. Where Audrel runs in a sandbox, look at the "
-                              "sandbox's permissions."});
+                              "session manager; this desktop has no settings for it that Audrel "
+                              "knows. Where Audrel runs in a sandbox, look at the sandbox's "
+                              "permissions."});
     return false;
   }
   if (const auto failure = openUri(url.absoluteString)) {
