@@ -42,11 +42,6 @@ def sources(session, picture):
 def about(session, picture):
     open_menu(session)
     session.choose_row(ABOUT_ROW)
-    alert(session, picture)
-
-
-def alert(session, picture):
-    """The alert that is about to come up; it is closed then."""
     # No window manager gives it the keyboard.
     session.user("search", "--sync", "--onlyvisible", "--name", "^Audrel$", "windowfocus", "--sync")
     _move_pointer_away(session)
