@@ -91,6 +91,8 @@ TEST(Program, takesTheNextNameWhereAnotherProgramHasJustTakenIt) {
   const auto given = run({"--duration", "1", "--output", "take.wav"}, "other-takes-name");
   EXPECT_EQ(given.status, 1);
   EXPECT_EQ(given.errors, "audrel-record: Could not create the output file: It exists already.\n");
+  EXPECT_EQ(run({"--duration", "1"}, "forbidden-once").errors,
+            "audrel-record: Could not create the output file: The folder is closed.\n");
 }
 
 /// A program that is asked to stop in the middle of its recording.

@@ -61,8 +61,11 @@ class ScriptedPlatform final : public NativePlatform {
     if (scriptSays("cannot-open")) {
       world_.audio.openError = NS::Error{"scripted", 17, "It exists\x1b already."};
     }
-    if (scriptSays("other-takes-name")) {
-      world_.audio.openError = NS::Error{NS::POSIXErrorDomain, EEXIST, "It exists already."};
+    if (scriptSays("other-takes-name") || scriptSays("forbidden-once")) {
+      world_.audio.openError =
+          scriptSays("other-takes-name")
+              ? NS::Error{NS::POSIXErrorDomain, EEXIST, "It exists already."}
+              : NS::Error{NS::POSIXErrorDomain, EACCES, "The folder is closed."};
       world_.journal.whenAdded = [this](const std::string& line) {
         if (line.starts_with("AVAudioFile") && world_.audio.openError) {
           world_.audio.openError.reset();
