@@ -12,6 +12,7 @@ using namespace std::chrono_literals;
 
 constexpr auto firstDelay = 250ms;
 constexpr auto connectTimeout = 3s;
+constexpr auto flushTimeout = 500ms;
 
 /// The bus's own default: time to start a program that answers.
 constexpr int answerTimeout = -1;
@@ -23,6 +24,25 @@ bool isCancelled(const ErrorHandle& error) {
 struct PendingCall {
   SessionBus::Answered answered;
 };
+
+/// Nothing else of the program's happens meanwhile.
+void flush(GDBusConnection* connection) {
+  const MainContextHandle ownContext(g_main_context_new());
+  g_main_context_push_thread_default(ownContext.get());
+  bool isOver = false;
+  {
+    LoopSource timeout([&isOver] { isOver = true; });
+    timeout.callAfter(flushTimeout);
+    // Should its answer come later, nobody iterates the context to take it.
+    g_dbus_connection_flush(
+        connection, nullptr,
+        [](GObject*, GAsyncResult*, gpointer flag) { *static_cast<bool*>(flag) = true; }, &isOver);
+    while (!isOver) {
+      g_main_context_iteration(ownContext.get(), TRUE);
+    }
+  }
+  g_main_context_pop_thread_default(ownContext.get());
+}
 
 }  // namespace
 
@@ -42,7 +62,8 @@ SessionBus::~SessionBus() {
   g_cancellable_cancel(calls_.get());
   if (connection_ != nullptr) {
     g_signal_handler_disconnect(connection_.get(), closedHandler_);
-    // What is still to be sent goes out on the way.
+    // To close it comes before what is still to be sent, and so does the end of the process.
+    flush(connection_.get());
     g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
   }
 }

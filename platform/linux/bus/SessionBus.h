@@ -42,7 +42,8 @@ class SessionBus {
   /// Connects as soon as the main loop runs. Without a logger nothing is logged.
   explicit SessionBus(std::shared_ptr<os::Logger> logger = nullptr);
 
-  /// Whoever is to be called back must live until then; calls nobody any more.
+  /// Whoever is to be called back must live until then; calls nobody any more. What is still to be
+  /// sent goes out first, which takes half a second at most.
   ~SessionBus();
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;

@@ -145,6 +145,24 @@ TEST_F(NotifierTest, isHandedNoConnectionThatIsClosedByThen) {
   EXPECT_LE(losses, 1);
 }
 
+TEST_F(NotifierTest, isNotLostWhenTheProgramEndsRightAfterIt) {
+  auto service = notifications();
+  auto local = std::make_unique<SessionBus>();
+  bool isConnected = false;
+  local->withConnection([&](GDBusConnection*, const std::string&) { isConnected = true; });
+  ASSERT_TRUE(runLoopUntil([&] { return isConnected; }));
+  constexpr int many = 100;
+  for (int i = 0; i < many; ++i) {
+    local->call({"org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                 "org.freedesktop.Notifications", "CloseNotification"},
+                g_variant_new("(u)", 1U), [](const SessionBus::Answer&) {});
+  }
+  local.reset();
+  for (int i = 0; i < many; ++i) {
+    ASSERT_EQ(service.nextCall(), "CloseNotification (1,)") << i;
+  }
+}
+
 TEST_F(NotifierTest, callsNobodyBackOnceTheBusObjectHasGone) {
   auto local = std::make_unique<SessionBus>();
   int answers = 0;
