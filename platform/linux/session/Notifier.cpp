@@ -50,6 +50,16 @@ std::string madeValid(const std::string& text) {
   return StringHandle(g_utf8_make_valid(text.c_str(), -1)).get();
 }
 
+GVariant* actionsOf(const Notification::Actions& shown) {
+  GVariantBuilder actions;
+  g_variant_builder_init(&actions, G_VARIANT_TYPE_STRING_ARRAY);
+  for (const Notification::Action& action : shown) {
+    g_variant_builder_add(&actions, "s", action.key.c_str());
+    g_variant_builder_add(&actions, "s", action.label.c_str());
+  }
+  return g_variant_builder_end(&actions);
+}
+
 GVariant* hintsOf(const Notification& notification) {
   GVariantBuilder hints;
   g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
@@ -63,7 +73,27 @@ GVariant* hintsOf(const Notification& notification) {
 }  // namespace
 
 Notifier::Notifier(SessionBus& bus, std::shared_ptr<os::Logger> logger)
-    : bus_(bus), logger_(std::move(logger)) {}
+    : bus_(bus),
+      logger_(std::move(logger)),
+      listener_(
+          bus,
+          [this](GDBusConnection* connection) {
+            signals_.emplace(connection,
+                             NotificationSignals::Events{
+                                 .actionInvoked = [this](std::uint32_t number,
+                                                         const auto& key) { perform(number, key); },
+                                 .closed =
+                                     [this](std::uint32_t number) {
+                                       if (Tagged* tagged = find(number)) {
+                                         forget(*tagged);
+                                       }
+                                     },
+                                 .forgotten = [this] { forgetAll(); }});
+          },
+          [this] {
+            signals_.reset();
+            forgetAll();
+          }) {}
 
 void Notifier::notify(Notification notification) {
   if (!isToSend(notification)) {
@@ -72,13 +102,15 @@ void Notifier::notify(Notification notification) {
   ++onTheirWay_;
   notification.summary = madeValid(notification.summary);
   notification.body = madeValid(notification.body);
+  for (Notification::Action& action : notification.actions) {
+    action.label = madeValid(action.label);
+  }
   bus_.call(method("GetCapabilities"), nullptr,
             [this, notification = std::move(notification)](const SessionBus::Answer& answer) {
               if (answer.values == nullptr) {
                 done(notification, answer);
               } else {
-                show(notification,
-                     lists(answer, "body-markup") ? BodyFormat::markup : BodyFormat::plain);
+                show(notification, answer);
               }
             });
 }
@@ -93,21 +125,24 @@ bool Notifier::isToSend(const Notification& notification) {
     tagged.onItsWay = notification;
     return true;
   }
+  tagged.isWithdrawn = false;
   tagged.next = *tagged.onItsWay == notification ? std::nullopt : std::optional(notification);
   return false;
 }
 
-void Notifier::show(const Notification& notification, BodyFormat format) {
+void Notifier::show(const Notification& notification, const SessionBus::Answer& capabilities) {
   constexpr gint32 desktopsOwnDuration = -1;
   const auto former = tagged_.find(notification.tag);
   const std::string body =
-      format == BodyFormat::markup ? escapedForMarkup(notification.body) : notification.body;
-  bus_.call(
-      method("Notify"),
-      g_variant_new("(susssas@a{sv}i)", "Audrel", former == tagged_.end() ? 0 : former->second.last,
-                    identity::bundleIdentifier, notification.summary.c_str(), body.c_str(), nullptr,
-                    hintsOf(notification), desktopsOwnDuration),
-      [this, notification](const SessionBus::Answer& answer) { done(notification, answer); });
+      lists(capabilities, "body-markup") ? escapedForMarkup(notification.body) : notification.body;
+  GVariant* actions =
+      actionsOf(lists(capabilities, "actions") ? notification.actions : Notification::Actions());
+  bus_.call(method("Notify"),
+            g_variant_new("(susss@as@a{sv}i)", "Audrel",
+                          former == tagged_.end() ? 0 : former->second.last,
+                          identity::bundleIdentifier, notification.summary.c_str(), body.c_str(),
+                          actions, hintsOf(notification), desktopsOwnDuration),
+            [this, notification](const SessionBus::Answer& answer) { done(notification, answer); });
 }
 
 void Notifier::done(const Notification& notification, const SessionBus::Answer& answer) {
@@ -116,12 +151,74 @@ void Notifier::done(const Notification& notification, const SessionBus::Answer& 
     logger_->error(notification.summary + ": " + notification.body +
                    " (no notification could be shown: " + answer.failure + ")");
   }
-  if (const auto tagged = tagged_.find(notification.tag); tagged != tagged_.end()) {
-    tagged->second.last = answer.failure.empty() ? numberIn(answer) : tagged->second.last;
-    tagged->second.onItsWay.reset();
-    if (auto next = std::exchange(tagged->second.next, std::nullopt)) {
-      notify(std::move(*next));
-    }
+  const auto found = tagged_.find(notification.tag);
+  if (found == tagged_.end()) {
+    return;
+  }
+  Tagged& tagged = found->second;
+  tagged.onItsWay.reset();
+  if (answer.failure.empty()) {
+    tagged.last = numberIn(answer);
+    tagged.actions = notification.actions;
+  }
+  if (std::exchange(tagged.isWithdrawn, false)) {
+    close(tagged);
+  }
+  if (auto next = std::exchange(tagged.next, std::nullopt)) {
+    notify(std::move(*next));
+  }
+}
+
+void Notifier::withdraw(const std::string& tag) {
+  const auto found = tagged_.find(tag);
+  if (found == tagged_.end()) {
+    return;
+  }
+  Tagged& tagged = found->second;
+  tagged.isWithdrawn = tagged.onItsWay.has_value();
+  tagged.next.reset();
+  close(tagged);
+}
+
+void Notifier::close(Tagged& tagged) {
+  if (tagged.last != 0) {
+    // It may be gone already, which is a failure of the call.
+    bus_.call(method("CloseNotification"), g_variant_new("(u)", tagged.last),
+              [](const SessionBus::Answer&) {});
+    forget(tagged);
+  }
+}
+
+// What the desktop tells
+
+void Notifier::perform(std::uint32_t number, const std::string& key) {
+  const Tagged* tagged = find(number);
+  if (tagged == nullptr) {
+    return;
+  }
+  const auto action = std::ranges::find(tagged->actions, key, &Notification::Action::key);
+  if (action != tagged->actions.end()) {
+    const auto perform = action->perform;  // which may put another notification in its place
+    perform();
+  }
+}
+
+/// Null for another program's.
+Notifier::Tagged* Notifier::find(std::uint32_t number) {
+  const auto found = std::ranges::find_if(tagged_, [number](const auto& tagged) {
+    return number != 0 && tagged.second.last == number;
+  });
+  return found == tagged_.end() ? nullptr : &found->second;
+}
+
+void Notifier::forget(Tagged& tagged) {
+  tagged.last = 0;
+  tagged.actions.clear();
+}
+
+void Notifier::forgetAll() {
+  for (auto& [tag, tagged] : tagged_) {
+    forget(tagged);
   }
 }
 

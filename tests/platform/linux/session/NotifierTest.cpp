@@ -11,6 +11,7 @@
 namespace audrel::linuxos {
 namespace {
 
+using sessiontest::TestService;
 using support::runLoopUntil;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -22,6 +23,20 @@ class NotifierTest : public sessiontest::SessionTest {
   bool settle() {
     return runLoopUntil([this] { return !notifier.isBusy(); });
   }
+
+  /// Has one shown that offers to stop and to wait, and drops its call.
+  void show(TestService& service, const char* summary = "a") {
+    notifier.notify({.summary = summary, .body = "", .tag = "same", .actions = stopAndWait()});
+    nextNotification(service);
+    ASSERT_TRUE(settle());
+  }
+
+  Notification::Actions stopAndWait() {
+    return {{.key = "stop", .label = "Stop It", .perform = [this] { done.emplace_back("stop"); }},
+            {.key = "wait", .label = "Wait", .perform = [this] { done.emplace_back("wait"); }}};
+  }
+
+  std::vector<std::string> done;  ///< by actions
 };
 
 TEST_F(NotifierTest, sendsPlainTextToADesktopThatKnowsNoMarkup) {
@@ -127,6 +142,159 @@ TEST_F(NotifierTest, logsTheTextWhereTheBusHasCrashed) {
   notifier.notify({.summary = "Title", .body = "Text"});
   ASSERT_TRUE(settle());
   EXPECT_EQ(log->lines().size(), 1U);
+}
+
+TEST_F(NotifierTest, offersActionsToADesktopThatShowsThem) {
+  auto service = notifications("['actions']");
+  notifier.notify({.summary = "a", .body = "", .tag = "same", .actions = stopAndWait()});
+  EXPECT_EQ(nextNotification(service),
+            "Notify ('Audrel', 0, 'io.github.audrel.Audrel', 'a', '', "
+            "['stop', 'Stop It', 'wait', 'Wait'], "
+            "{'urgency': <byte 0x01>, 'desktop-entry': <'io.github.audrel.Audrel'>}, -1)");
+}
+
+TEST_F(NotifierTest, offersNoActionsToADesktopThatShowsNone) {
+  auto service = notifications("['body']");
+  notifier.notify({.summary = "a", .body = "", .tag = "same", .actions = stopAndWait()});
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a', '', [], {"));
+}
+
+TEST_F(NotifierTest, makesTextsOfActionsOfBytesThatAreNone) {
+  auto service = notifications("['actions']");
+  notifier.notify({.summary = "a",
+                   .body = "",
+                   .tag = "same",
+                   .actions = {{.key = "b", .label = "caf\xE9", .perform = {}}}});
+  EXPECT_THAT(nextNotification(service), HasSubstr("['b', 'caf\xEF\xBF\xBD']"));
+}
+
+TEST_F(NotifierTest, doesWhatTheUserChooses) {
+  auto service = notifications("['actions']");
+  show(service);
+  choose(service, 1, "wait");
+  choose(service, 1, "stop");
+  EXPECT_THAT(done, ElementsAre("wait", "stop"));
+}
+
+TEST_F(NotifierTest, doesNothingForWhatItDoesNotOffer) {
+  auto service = notifications("['actions']");
+  show(service);
+  choose(service, 1, "default");
+  choose(service, 2, "stop");  // another program's
+  choose(service, 0, "stop");
+  emit(service, "ActionInvoked", g_variant_new("(su)", "stop", 1U));
+  emit(service, "NotificationClosed", g_variant_new("(s)", "1"));
+  EXPECT_THAT(done, IsEmpty());
+}
+
+TEST_F(NotifierTest, doesNothingForAnotherProgramThanTheDesktop) {
+  auto service = notifications("['actions']");
+  show(service);
+  TestService other(privateBus.address(), "org.example.Other", {}, {});
+  emit(other, "ActionInvoked", g_variant_new("(us)", 1U, "stop"));
+  support::runLoopFor(std::chrono::milliseconds(100));
+  EXPECT_THAT(done, IsEmpty());
+}
+
+TEST_F(NotifierTest, doesWhatTheNewestOfATagOffersAlone) {
+  auto service = notifications("['actions']");
+  show(service);
+  notifier.notify({.summary = "b", .body = "", .tag = "same"});
+  ASSERT_TRUE(settle());
+  for (const std::uint32_t number : {1U, 2U}) {
+    choose(service, number, "stop");
+  }
+  EXPECT_THAT(done, IsEmpty());
+}
+
+TEST_F(NotifierTest, mayPutAnotherInThePlaceOfTheOneThatIsChosen) {
+  auto service = notifications("['actions']");
+  notifier.notify({.summary = "a",
+                   .body = "",
+                   .tag = "same",
+                   .actions = {{.key = "next", .label = "Next", .perform = [this] {
+                                  notifier.notify({.summary = "b", .body = "", .tag = "same"});
+                                  notifier.withdraw("same");
+                                  notifier.notify({.summary = "c", .body = "", .tag = "same"});
+                                }}}});
+  nextNotification(service);
+  ASSERT_TRUE(settle());
+  choose(service, 1, "next");
+  ASSERT_TRUE(settle());
+  const auto calls = service.furtherCalls();
+  ASSERT_FALSE(calls.empty());
+  EXPECT_THAT(calls.back(), HasSubstr("'c'"));
+}
+
+TEST_F(NotifierTest, replacesAndOffersNoneThatTheUserHasClosed) {
+  auto service = notifications("['actions']");
+  show(service);
+  emit(service, "NotificationClosed", g_variant_new("(uu)", 1U, 2U));
+  choose(service, 1, "stop");
+  EXPECT_THAT(done, IsEmpty());
+  notifier.notify({.summary = "b", .body = "", .tag = "same"});
+  EXPECT_THAT(nextNotification(service), StartsWith("Notify ('Audrel', 0,"));
+}
+
+TEST_F(NotifierTest, replacesNoneOfADesktopThatHasGone) {
+  {
+    auto service = notifications("['actions']");
+    show(service);
+  }
+  auto service = notifications("['actions']");
+  emit(service, "NotificationClosed", g_variant_new("(uu)", 9U, 2U));  // what was before is heard
+  notifier.withdraw("same");
+  notifier.notify({.summary = "b", .body = "", .tag = "same"});
+  EXPECT_THAT(nextNotification(service), StartsWith("Notify ('Audrel', 0,"));
+}
+
+TEST_F(NotifierTest, replacesNoneOfABusThatHasGone) {
+  bool isLost = false;
+  const SessionBus::Listener listener(bus, [](GDBusConnection*) {}, [&] { isLost = true; });
+  {
+    auto service = notifications("['actions']");
+    show(service);
+    privateBus.crash();
+    ASSERT_TRUE(runLoopUntil([&] { return isLost; }));
+  }
+  privateBus.restart();
+  auto service = notifications("['actions']");
+  notifier.withdraw("same");
+  notifier.notify({.summary = "b", .body = "", .tag = "same", .actions = stopAndWait()});
+  EXPECT_THAT(nextNotification(service), StartsWith("Notify ('Audrel', 0,"));
+  ASSERT_TRUE(settle());
+  choose(service, 1, "stop");
+  EXPECT_THAT(done, ElementsAre("stop")) << "the new bus is listened to";
+}
+
+TEST_F(NotifierTest, takesAwayTheOneOfATag) {
+  auto service = notifications("['actions']");
+  show(service);
+  notifier.withdraw("other");
+  notifier.withdraw("same");
+  notifier.withdraw("same");
+  EXPECT_THAT(service.furtherCalls(), ElementsAre("CloseNotification (1,)"));
+  choose(service, 1, "stop");
+  EXPECT_THAT(done, IsEmpty());
+}
+
+TEST_F(NotifierTest, takesAwayTheOneThatIsOnItsWayAndTheNext) {
+  auto service = notifications();
+  for (const char* summary : {"a", "b"}) {
+    notifier.notify({.summary = summary, .body = "", .tag = "same"});
+  }
+  notifier.withdraw("same");
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a'"));
+  EXPECT_THAT(service.furtherCalls(), ElementsAre("CloseNotification (1,)"));
+}
+
+TEST_F(NotifierTest, showsOneThatComesAgainWhileItIsTakenAway) {
+  auto service = notifications();
+  notifier.notify({.summary = "a", .body = "", .tag = "same"});
+  notifier.withdraw("same");
+  notifier.notify({.summary = "a", .body = "", .tag = "same"});
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a'"));
+  EXPECT_THAT(service.furtherCalls(), IsEmpty());
 }
 
 TEST_F(NotifierTest, isHandedNoConnectionThatIsClosedByThen) {

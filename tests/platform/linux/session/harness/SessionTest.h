@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 
 #include "platform/linux/bus/SessionBus.h"
@@ -22,7 +23,9 @@ class SessionTest : public testing::Test {
     return {privateBus.address(),
             "org.freedesktop.Notifications",
             {"/org/freedesktop/Notifications"},
-            {{"GetCapabilities", "(" + capabilities + ",)"}, {"Notify", "(uint32 1,)"}}};
+            {{"GetCapabilities", "(" + capabilities + ",)"},
+             {"Notify", "count"},
+             {"CloseNotification", "()"}}};
   }
 
   /// The next notification of that service, as it is called.
@@ -31,6 +34,22 @@ class SessionTest : public testing::Test {
       return "no question for capabilities";
     }
     return service.nextCall().value_or("none");
+  }
+
+  /// A signal of that service's about one of its notifications, once the program has taken it.
+  void emit(TestService& service, const char* signal, GVariant* arguments) {
+    service.emitSignal("/org/freedesktop/Notifications", "org.freedesktop.Notifications", signal,
+                       arguments);
+    // Its answer comes after the signal.
+    bool isAnswered = false;
+    bus.call({"org.freedesktop.Notifications", "/", "org.freedesktop.DBus.Peer", "Ping"}, nullptr,
+             [&](const linuxos::SessionBus::Answer&) { isAnswered = true; });
+    support::runLoopUntil([&] { return isAnswered; });
+  }
+
+  /// The user pushes a button.
+  void choose(TestService& service, std::uint32_t number, const char* key) {
+    emit(service, "ActionInvoked", g_variant_new("(us)", number, key));
   }
 
   traytest::PrivateBus privateBus;

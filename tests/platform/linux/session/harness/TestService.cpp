@@ -92,7 +92,8 @@ GDBusMessage* TestService::replyTo(GDBusMessage* call, const std::string& answer
     return g_dbus_message_new_method_error_literal(call, answer.c_str() + 1, "refused by the test");
   }
   GDBusMessage* reply = g_dbus_message_new_method_reply(call);
-  g_dbus_message_set_body(reply, g_variant_new_parsed(answer.c_str()));
+  g_dbus_message_set_body(reply, answer == "count" ? g_variant_new("(u)", ++count_)
+                                                   : g_variant_new_parsed(answer.c_str()));
   return reply;
 }
 

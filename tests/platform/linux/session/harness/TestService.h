@@ -18,7 +18,8 @@ class TestService {
  public:
   /// By the member that is called, or by interface, "." and member: a tuple in GVariant's text
   /// form, "!" and the name of an error,
-  /// "-" for no answer at all, or "fd" for a descriptor. Other members do not exist.
+  /// "-" for no answer at all, "fd" for a descriptor, or "count" for a number, 1 more each time.
+  /// Other members do not exist.
   using Answers = std::map<std::string, std::string>;
 
   /// Owns `name` on the bus, and has objects at those paths. Throws `std::runtime_error` when it
@@ -55,6 +56,7 @@ class TestService {
   std::mutex mutex_;
   std::deque<std::string> calls_;
   std::vector<int> givenOut_;  ///< of descriptors, the ends that stayed
+  guint32 count_ = 0;          ///< of the answers that are numbers
 };
 
 }  // namespace audrel::sessiontest
