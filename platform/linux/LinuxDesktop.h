@@ -69,9 +69,9 @@ class LinuxDesktop {
   Application application_;
   SessionBus bus_;
   Notifier notifier_;
-  NoticeBoard notices_{notifier_};
   Workspace workspace_;
   UserDefaults userDefaults_;
+  NoticeBoard notices_{notifier_, workspace_, userDefaults_};
   URLParser urlParser_;
   RunLoop runLoop_;
   SoftwareUpdates updates_;

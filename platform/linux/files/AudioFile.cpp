@@ -41,7 +41,8 @@ AudioFile::~AudioFile() {
     *loss_ = {.missing = ending.missing - ending.silenced,
               .silenced = ending.silenced,
               .why = ending.why};
-    notices_->fileEnded(static_cast<double>(ending.missing) / format_.sampleRate);
+    notices_->fileEnded(static_cast<double>(frames_) / format_.sampleRate,
+                        static_cast<double>(ending.missing) / format_.sampleRate, ending.why);
   } catch (const std::bad_alloc&) {
     logger_->error("Finishing a recording failed: there is no memory left.");
   }
@@ -52,6 +53,7 @@ std::optional<NS::Error> AudioFile::write(AV::PCMBuffer& buffer) {
     return plainError(
         EINVAL, "\"" + path_.filename().string() + "\" was opened for audio of another format.");
   }
+  frames_ += buffer.frameLength();
   try {
     return writer_->append(converter_, *buffer.mutableAudioBufferList(), buffer.frameLength());
   } catch (const std::bad_alloc&) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -27,8 +28,8 @@ class AudioFile final : public AV::AudioFile {
             std::filesystem::path path, std::shared_ptr<os::Logger> logger,
             std::shared_ptr<SavingNotices> notices, std::shared_ptr<capture::FileLoss> loss);
 
-  /// Finishes the file, sets `loss`, and logs an error when that fails. The user is told when some
-  /// is missing.
+  /// Finishes the file, sets `loss`, and logs an error when that fails. The user is told that it is
+  /// saved, or what is missing.
   ~AudioFile() override;
 
   AudioFile(const AudioFile&) = delete;
@@ -47,6 +48,7 @@ class AudioFile final : public AV::AudioFile {
   std::shared_ptr<os::Logger> logger_;
   std::shared_ptr<SavingNotices> notices_;
   std::shared_ptr<capture::FileLoss> loss_;
+  std::uint64_t frames_ = 0;  ///< that it was given
 };
 
 }  // namespace audrel::linuxos

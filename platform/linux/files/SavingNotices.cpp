@@ -10,6 +10,14 @@
 
 namespace audrel::linuxos {
 
+namespace {
+
+/// What writing a file is about. A finished recording is another matter: it takes no notice of a
+/// loss away.
+constexpr const char* disk = "disk";
+
+}  // namespace
+
 SavingNotices::SavingNotices(std::filesystem::path path, double memory, NoticeTaker tell)
     : path_(std::move(path)), memory_(memory), tell_(std::move(tell)) {}
 
@@ -28,22 +36,24 @@ void SavingNotices::blockEnded(const std::optional<BlockFile::Failure>& failure)
     if (failure) {
       tell(*failure);
     } else {
-      tell("Recording is saved again", "Writing " + quotedName(path_) + " works again.", false);
+      tell({.matter = disk,
+            .summary = "Recording is saved again",
+            .body = "Writing " + quotedName(path_) + " works again."});
     }
   } catch (const std::bad_alloc&) {
   }
 }
 
-void SavingNotices::fileEnded(double missing) noexcept {
+void SavingNotices::fileEnded(double length, double missing, const std::string& problem) noexcept {
   if (missing <= 0) {
-    return;
+    blockEnded({});  // what waited until the end was written then
   }
   try {
-    std::string body = lengthText(missing) + " of " + quotedName(path_) + " are missing.";
-    if (lastCode_ != 0) {
-      body += ' ' + reason(path_, lastCode_);
+    if (missing > 0) {
+      tellOfMissing(missing);
+    } else if (length > 0) {
+      tellThatSaved(length, problem);
     }
-    tell("Recording is incomplete", std::move(body), true);
   } catch (const std::bad_alloc&) {
   }
 }
@@ -51,22 +61,47 @@ void SavingNotices::fileEnded(double missing) noexcept {
 void SavingNotices::tell(const BlockFile::Failure& failure) const {
   const std::string why = reason(path_, failure.code);
   if (failure.dropped) {
-    tell("Audio is being lost", why + " Until then the recording is silent.", true);
+    tell({.matter = disk,
+          .summary = "Audio is being lost",
+          .body = why + " Until then the recording is silent.",
+          .isLoss = true});
     return;
   }
   const auto minutes = std::max(1L, std::lround(memory_ / 60));
-  tell("Recording cannot be saved",
-       why + " Nothing is lost yet: memory holds about " + std::to_string(minutes) +
-           (minutes == 1 ? " minute." : " minutes."),
-       true);
+  tell({.matter = disk,
+        .summary = "Recording cannot be saved",
+        .body = why + " Nothing is lost yet: memory holds about " + std::to_string(minutes) +
+                (minutes == 1 ? " minute." : " minutes."),
+        .isLoss = true});
 }
 
-void SavingNotices::tell(std::string summary, std::string body, bool isLoss) const {
+void SavingNotices::tellOfMissing(double seconds) const {
+  std::string body = lengthText(seconds) + " of " + quotedName(path_) + " are missing.";
+  if (lastCode_ != 0) {
+    body += ' ' + reason(path_, lastCode_);
+  }
+  tell({.matter = disk,
+        .summary = "Recording is incomplete",
+        .body = std::move(body),
+        .isLoss = true,
+        .file = path_});
+}
+
+void SavingNotices::tellThatSaved(double length, const std::string& problem) const {
+  std::string body = path_.filename().string() + ", " + clockText(length);
+  if (!problem.empty()) {
+    body += ". " + problem;
+  }
+  tell({.matter = "recording",
+        .summary = "Recording saved",
+        .body = std::move(body),
+        .isLoss = !problem.empty(),
+        .file = path_});
+}
+
+void SavingNotices::tell(const Notice& notice) const {
   if (tell_) {
-    tell_({.matter = "disk",
-           .summary = std::move(summary),
-           .body = std::move(body),
-           .isLoss = isLoss});
+    tell_(notice);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "platform/linux/files/BlockFile.h"
 #include "platform/linux/system/Notice.h"
@@ -10,7 +11,7 @@
 namespace audrel::linuxos {
 
 /// Tells the user when a recording cannot be saved, once a cause, when it is saved again, and in
-/// the end what is missing. Of one file, one thread at a time.
+/// the end that it is saved or what is missing. Of one file, one thread at a time.
 class SavingNotices {
  public:
   /// `memory` is for how many seconds what cannot be written is kept.
@@ -19,13 +20,16 @@ class SavingNotices {
   /// How writing a block went. Where there is no memory for a notice there is none.
   void blockEnded(const std::optional<BlockFile::Failure>& failure) noexcept;
 
-  /// The file is closed; `missing` is how many seconds of the recording it lacks, or has as
-  /// silence.
-  void fileEnded(double missing) noexcept;
+  /// The file of a recording of `length` seconds is closed; of them `missing` are not in it, or as
+  /// silence. `problem` is a sentence on what else went wrong; may be empty. Nothing is told of a
+  /// recording that never began.
+  void fileEnded(double length, double missing, const std::string& problem) noexcept;
 
  private:
   void tell(const BlockFile::Failure& failure) const;
-  void tell(std::string summary, std::string body, bool isLoss) const;
+  void tellOfMissing(double seconds) const;
+  void tellThatSaved(double length, const std::string& problem) const;
+  void tell(const Notice& notice) const;
 
   std::filesystem::path path_;
   double memory_;

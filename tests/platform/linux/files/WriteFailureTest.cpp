@@ -106,6 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Files, WriteFailures, testing::Values(Kind::m4a, Kind::
 
 TEST_P(WriteFailures, interruptedAndShortWritesChangeNothing) {
   const Recording undisturbed = record({});
+  EXPECT_THAT(undisturbed.told, ElementsAre("Recording saved: recording, 00:02"));
   const Recording disturbed = record(plans::interruptedAndShort(3000));
   EXPECT_TRUE(disturbed.writeErrors.empty());
   EXPECT_TRUE(disturbed.log.lines().empty());
@@ -162,7 +163,8 @@ TEST_P(WriteFailures, aDiskThatIsFullForAWhileLosesNothing) {
       ElementsAre("Recording cannot be saved: There is no space left on the disk that holds "
                   "\"/music\". Free some space. Nothing is lost yet: memory holds about " +
                       memory + ".",
-                  "Recording is saved again: Writing \"recording\" works again."));
+                  "Recording is saved again: Writing \"recording\" works again.",
+                  "Recording saved: recording, 00:02"));
 }
 
 TEST_P(WriteFailures, areToldTheUserOnceForEachCause) {
@@ -206,6 +208,9 @@ TEST_P(WriteFailures, aFailedCloseIsLogged) {
   EXPECT_NE(recording.log.lines().front().find("reports a fault"), std::string::npos);
   EXPECT_EQ(recording.log.category, "file");
   EXPECT_EQ(recording.disk->closes, 1);
+  EXPECT_THAT(recording.told,
+              ElementsAre(AllOf(HasSubstr("Recording saved: recording, 00:02. The disk "),
+                                HasSubstr("reports a fault"))));
 }
 
 TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
@@ -264,7 +269,7 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   const auto block = GetParam() == Kind::wav ? 24'000 : 23 * 1024;
   EXPECT_NEAR(static_cast<double>(ending.missing),
               static_cast<double>(std::ranges::count(part(60'000, 480'000), 0.0F)) / 2, block);
-  notices.fileEnded(static_cast<double>(ending.missing) / 48000);
+  notices.fileEnded(10, static_cast<double>(ending.missing) / 48000, "");
   if (GetParam() == Kind::m4a) {
     EXPECT_THAT(told.front(), HasSubstr("cannot be saved"));
     told.erase(told.begin());
@@ -283,6 +288,7 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
 
 TEST_P(WriteFailures, aFileThatCannotBeStartedIsRemoved) {
   const Recording recording = record(plans::failFrom(1, ENOSPC));
+  EXPECT_TRUE(recording.told.empty());
   ASSERT_TRUE(recording.openError);
   EXPECT_EQ(recording.openError->code, ENOSPC);
   EXPECT_NE(recording.openError->localizedDescription.find("\"/music\""), std::string::npos);
@@ -331,6 +337,69 @@ TEST_P(WriteFailures, writesInPlaceStayWithinOnePage) {
     end = std::max<std::uint64_t>(end, call.offset + call.bytes.size());
   }
   EXPECT_EQ(inPlace, GetParam() == Kind::m4a ? 1U : 5U);
+}
+
+/// What the user is told of a file.
+class NoticesOfAFile : public testing::Test {
+ protected:
+  std::vector<Notice> told;
+  SavingNotices notices{"/music/song.wav", 60,
+                        [this](const Notice& notice) { told.push_back(notice); }};
+};
+
+TEST_F(NoticesOfAFile, haveTheFileOnceItHasEnded) {
+  notices.fileEnded(5, 0, "");
+  const Notice saved{.matter = "recording",
+                     .summary = "Recording saved",
+                     .body = "song.wav, 00:05",
+                     .file = "/music/song.wav"};
+  EXPECT_THAT(told, ElementsAre(saved));
+}
+
+TEST_F(NoticesOfAFile, haveItsLengthAsThePanelShowsIt) {
+  for (const double length : {0.4, 307.9, 3599.9, 3600.0, 36'610.0}) {
+    notices.fileEnded(length, 0, "");
+  }
+  std::vector<std::string> bodies;
+  for (const Notice& notice : told) {
+    bodies.push_back(notice.body);
+  }
+  EXPECT_THAT(bodies, ElementsAre("song.wav, 00:00", "song.wav, 05:07", "song.wav, 59:59",
+                                  "song.wav, 1:00:00", "song.wav, 10:10:10"));
+}
+
+TEST_F(NoticesOfAFile, tellALossInsteadOfTheEnd) {
+  notices.fileEnded(5, 0.5, "");
+  const Notice loss{.matter = "disk",
+                    .summary = "Recording is incomplete",
+                    .body = "500 ms of \"song.wav\" are missing.",
+                    .isLoss = true,
+                    .file = "/music/song.wav"};
+  EXPECT_THAT(told, ElementsAre(loss));
+}
+
+TEST_F(NoticesOfAFile, tellAProblemWithTheEnd) {
+  notices.fileEnded(5, 0, "It has no index.");
+  const Notice saved{.matter = "recording",
+                     .summary = "Recording saved",
+                     .body = "song.wav, 00:05. It has no index.",
+                     .isLoss = true,
+                     .file = "/music/song.wav"};
+  EXPECT_THAT(told, ElementsAre(saved));
+}
+
+TEST_F(NoticesOfAFile, takeAFailureBackThatWasMadeUpForInTheEnd) {
+  notices.blockEnded(BlockFile::Failure{.code = ENOSPC, .dropped = false});
+  notices.fileEnded(5, 0, "");
+  ASSERT_EQ(told.size(), 3U);
+  EXPECT_EQ(told[1].summary, "Recording is saved again");
+  EXPECT_EQ(told[1].matter, told[0].matter);
+  EXPECT_EQ(told[2].summary, "Recording saved");
+}
+
+TEST_F(NoticesOfAFile, areNoneForARecordingThatNeverBegan) {
+  notices.fileEnded(0, 0, "");
+  EXPECT_TRUE(told.empty());
 }
 
 }  // namespace
