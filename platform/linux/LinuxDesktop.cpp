@@ -11,6 +11,7 @@ namespace audrel::linuxos {
 namespace {
 
 const NS::Selector toggle(selectors::toggleRecording);
+const NS::Selector refreshProcessList(selectors::refreshProcessList);
 const NS::Selector selectFormatM4A(selectors::selectFormatM4A);
 
 /// Whether what can be started from the menu is an M4A.
@@ -39,10 +40,15 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
                .bus = bus_,
                .workspace = workspace_,
                .makeAlert = [this] { return makeAlert(); },
-               .menuOpened = [this](const MenuTree& menu) { menuOpened(menu); },
+               .observers = {
+                   .menuOpened = [this](const MenuTree& menu) { menuOpened(menu); },
+                   .menuSet =
+                       [this](const MenuTree& menu) { announcer_.setMenu(recordingMenuOf(menu)); },
+                   .panelChanged = [this](bool isThere) { announcer_.setPanel(isThere); }},
                .icons = IconTheme::ofProgramIn(programFolder()),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
+      announcer_(notifier_, announcerControls()),
       logout_(application_, bus_) {
   const NoticeTaker taker = [this](const Notice& notice) { notices_.take(notice); };
   hardware_.setNoticeTaker(taker);
@@ -80,6 +86,14 @@ std::unique_ptr<NS::Alert> LinuxDesktop::makeAlert() {
                  .logger = logger_});
 }
 
+/// Starts and stops wait their turn with the launcher's commands.
+Announcer::Controls LinuxDesktop::announcerControls() {
+  return {.startRecording = [this] { service_.activateAction("start-recording"); },
+          .stopRecording = [this] { service_.activateAction("stop-recording"); },
+          .refreshSources = [this] { appKit_.chooseMenuItem(refreshProcessList); },
+          .chooseSource = [this](const auto& source) { appKit_.chooseMenuItem(source); }};
+}
+
 /// The next click is likely to be "Start Recording".
 void LinuxDesktop::menuOpened(const MenuTree& menu) {
   if (offersM4A(menu)) {
@@ -105,6 +119,10 @@ void LinuxDesktop::Commands::toggleRecording() {
 
 void LinuxDesktop::Commands::quit() {
   desktop_.application_.terminate();
+}
+
+void LinuxDesktop::Commands::activate() {
+  desktop_.announcer_.tell();
 }
 
 }  // namespace audrel::linuxos

@@ -12,6 +12,7 @@
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/session/Alert.h"
+#include "platform/linux/session/Announcer.h"
 #include "platform/linux/session/ApplicationService.h"
 #include "platform/linux/session/LogoutWatch.h"
 #include "platform/linux/session/NoticeBoard.h"
@@ -55,12 +56,14 @@ class LinuxDesktop {
     void stopRecording() override;
     void toggleRecording() override;
     void quit() override;
+    void activate() override;
 
    private:
     LinuxDesktop& desktop_;
   };
 
   std::unique_ptr<NS::Alert> makeAlert();
+  Announcer::Controls announcerControls();
   void menuOpened(const MenuTree& menu);
 
   CaptureHardware& hardware_;
@@ -79,6 +82,7 @@ class LinuxDesktop {
   AacPreload aacPreload_;
   ApplicationService service_;
   RecordingState recordingState_{bus_, [this] { return hardware_.isRunning(); }};
+  Announcer announcer_;
   LogoutWatch logout_;
   std::shared_ptr<Commands> commands_ = std::make_shared<Commands>(*this);
 };

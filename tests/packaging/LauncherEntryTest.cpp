@@ -62,6 +62,7 @@ class Program final : public linuxos::ApplicationCommands {
   void stopRecording() override { calls.emplace_back("stop-recording"); }
   void toggleRecording() override { calls.emplace_back("toggle-recording"); }
   void quit() override { calls.emplace_back("quit"); }
+  void activate() override { calls.emplace_back("activate"); }
 };
 
 /// Runs a command line of a desktop entry, while this thread's main loop goes on: what the command

@@ -179,7 +179,14 @@ void ApplicationService::activateOther() {
 void ApplicationService::activate() {
   if (application_.isModal()) {
     application_.presentAlert();
-  } else if (LoopSource::now() >= std::exchange(activationExpectedUntil_, 0us)) {
+    return;
+  }
+  if (LoopSource::now() < std::exchange(activationExpectedUntil_, 0us)) {
+    return;
+  }
+  if (const auto commands = commands_ ? commands_->lock() : nullptr) {
+    commands->activate();
+  } else {
     notifyRunning();
   }
 }

@@ -32,12 +32,15 @@ class ApplicationCommands {
   /// Whichever of the two it is.
   virtual void toggleRecording() = 0;
   virtual void quit() = 0;
+
+  /// The entry itself was chosen: the user wants to know what goes on.
+  virtual void activate() = 0;
 };
 
 /// The program on the session bus, as desktops know applications: it owns its identifier as a name,
 /// so that there is one of it in a session, and offers org.freedesktop.Application with the actions
 /// "start-recording", "stop-recording", "toggle-recording" and "quit". To be activated while it
-/// runs, as a second start does, makes it say so by a notification.
+/// runs is what a second start does.
 ///
 /// When the bus is lost, name and object are there again once the bus is. Main thread.
 class ApplicationService {

@@ -61,6 +61,10 @@ class MenuPresenter : public std::enable_shared_from_this<MenuPresenter> {
   /// Nothing when there is none, or it is disabled.
   void choose(const NS::Selector& action);
 
+  /// The same for an item of this menu or of an earlier one; nothing when the menu does not offer
+  /// that any more.
+  void choose(const std::shared_ptr<MenuItem>& item) { perform(item); }
+
   /// Reads the menu again: what is honoured has changed.
   void refresh() { readMenu(); }
 

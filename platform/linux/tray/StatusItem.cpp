@@ -1,17 +1,11 @@
 #include "platform/linux/tray/StatusItem.h"
 
 #include <initializer_list>
-#include <string_view>
 #include <utility>
 
+#include "platform/linux/tray/RecordingMenu.h"
+
 namespace audrel::linuxos {
-
-namespace {
-
-/// Of the menu while the program records.
-constexpr std::string_view captionStart = "Recording from: ";
-
-}  // namespace
 
 StatusBarButton::StatusBarButton(std::function<void()> onChange) : onChange_(std::move(onChange)) {}
 
@@ -32,28 +26,32 @@ void StatusBarButton::setTitle(const std::string& title) {
 // The item is there before the menu that it names, and both before panels hear of them.
 StatusItem::OnBus::OnBus(GDBusConnection* connection, const StatusItemLook& look,
                          const std::shared_ptr<MenuPresenter>& presenter,
-                         const std::shared_ptr<os::Logger>& logger)
-    : item(connection, look), menu(connection, presenter), registration(connection, logger) {}
+                         const std::shared_ptr<os::Logger>& logger,
+                         const WatcherRegistration::PanelObserver& panelChanged)
+    : item(connection, look),
+      menu(connection, presenter),
+      registration(connection, logger, panelChanged) {}
 
 StatusItem::StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
-                       std::shared_ptr<os::Logger> logger,
-                       std::function<void(const MenuTree&)> menuOpened)
+                       std::shared_ptr<os::Logger> logger, StatusItemObservers observers)
     : icons_(std::move(icons)),
       logger_(std::move(logger)),
+      observers_(std::move(observers)),
       presenter_(MenuPresenter::make(application)),
       button_([this] { updateLook(); }),
       listener_(
           bus,
           [this](GDBusConnection* connection) {
-            onBus_.emplace(connection, look_, presenter_, logger_);
+            onBus_.emplace(connection, look_, presenter_, logger_, observers_.panelChanged);
           },
           [this] { onBus_.reset(); }) {
-  presenter_->setOpenedObserver(std::move(menuOpened));
+  presenter_->setOpenedObserver(observers_.menuOpened);
 }
 
 void StatusItem::setMenu(std::shared_ptr<NS::Menu> menu) {
   presenter_->setMenu(std::static_pointer_cast<Menu>(std::move(menu)));
   updateLook();
+  observers_.menuSet(presenter_->tree());
 }
 
 void StatusItem::updateLook() {
@@ -93,12 +91,8 @@ std::string StatusItem::title() const {
   if (time == std::string::npos) {
     return StatusItemLook().title;
   }
-  std::string what;
-  const auto& items = presenter_->tree().root().children;
-  if (!items.empty() && items.front().item->title().starts_with(captionStart)) {
-    what = " " + items.front().item->title().substr(captionStart.size());
-  }
-  return "Recording" + what + ", " + button_.title().substr(time);
+  const auto recorded = recordingMenuOf(presenter_->tree()).recorded;
+  return "Recording" + (recorded ? " " + *recorded : "") + ", " + button_.title().substr(time);
 }
 
 }  // namespace audrel::linuxos

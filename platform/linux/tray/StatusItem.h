@@ -40,15 +40,23 @@ class StatusBarButton final : public NS::StatusBarButton {
   std::string title_;
 };
 
+/// Who is told what of a status item.
+struct StatusItemObservers {
+  std::function<void(const MenuTree&)> menuOpened;  ///< a panel says that it shows this menu
+  std::function<void(const MenuTree&)> menuSet;     ///< the program has set this menu
+
+  /// A panel shows the item; or none has for a while.
+  WatcherRegistration::PanelObserver panelChanged;
+};
+
 /// A status item, shown by whatever panel the session has, whenever it has one: it survives that
 /// panel and the bus. One on a connection, whose name tells it from another program's item. May be
 /// dropped inside its own menu's callbacks. Main thread.
 class StatusItem final : public NS::StatusItem {
  public:
-  /// `application` and `bus` must outlive the item. `menuOpened` is called with the menu that a
-  /// panel says it shows.
+  /// `application` and `bus` must outlive the item.
   StatusItem(const Application& application, SessionBus& bus, IconTheme icons,
-             std::shared_ptr<os::Logger> logger, std::function<void(const MenuTree&)> menuOpened);
+             std::shared_ptr<os::Logger> logger, StatusItemObservers observers);
 
   NS::StatusBarButton* button() override { return &button_; }
 
@@ -58,6 +66,9 @@ class StatusItem final : public NS::StatusItem {
   /// Performs the action of the menu's first item that has it, at once.
   void choose(const NS::Selector& action) { presenter_->choose(action); }
 
+  /// The same for an item of this menu or of an earlier one, as long as the menu offers that.
+  void choose(const std::shared_ptr<MenuItem>& item) { presenter_->choose(item); }
+
   /// An alert has come up or gone, which changes what the menu honours.
   void refreshMenu() { presenter_->refresh(); }
 
@@ -66,7 +77,8 @@ class StatusItem final : public NS::StatusItem {
   struct OnBus {
     OnBus(GDBusConnection* connection, const StatusItemLook& look,
           const std::shared_ptr<MenuPresenter>& presenter,
-          const std::shared_ptr<os::Logger>& logger);
+          const std::shared_ptr<os::Logger>& logger,
+          const WatcherRegistration::PanelObserver& panelChanged);
 
     StatusNotifierItem item;
     DBusMenu menu;
@@ -79,6 +91,7 @@ class StatusItem final : public NS::StatusItem {
 
   IconTheme icons_;
   std::shared_ptr<os::Logger> logger_;
+  StatusItemObservers observers_;
   std::shared_ptr<MenuPresenter> presenter_;
   StatusBarButton button_;
   std::optional<Picture> shownPicture_;

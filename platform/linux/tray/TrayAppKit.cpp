@@ -25,7 +25,7 @@ TrayAppKit::~TrayAppKit() {
 std::shared_ptr<NS::StatusItem> TrayAppKit::makeStatusItem(double /*length*/) {
   const auto item = std::make_shared<StatusItem>(
       parts_.application, parts_.bus, parts_.icons,
-      parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"), parts_.menuOpened);
+      parts_.log.makeLogger(identity::bundleIdentifier, "statusitem"), parts_.observers);
   statusItem_ = item;
   return item;
 }
@@ -33,6 +33,12 @@ std::shared_ptr<NS::StatusItem> TrayAppKit::makeStatusItem(double /*length*/) {
 void TrayAppKit::chooseMenuItem(const NS::Selector& action) {
   if (const auto item = statusItem_.lock()) {
     item->choose(action);
+  }
+}
+
+void TrayAppKit::chooseMenuItem(const std::shared_ptr<MenuItem>& menuItem) {
+  if (const auto item = statusItem_.lock()) {
+    item->choose(menuItem);
   }
 }
 

@@ -9,12 +9,12 @@
 #include "platform/linux/tray/Application.h"
 #include "platform/linux/tray/IconTheme.h"
 #include "platform/linux/tray/Image.h"
-#include "platform/linux/tray/MenuTree.h"
+#include "platform/linux/tray/Menu.h"
+#include "platform/linux/tray/StatusItem.h"
 
 namespace audrel::linuxos {
 
 class SessionBus;
-class StatusItem;
 
 /// What the tray's AppKit is put together from. The references must outlive it.
 struct TrayParts {
@@ -22,7 +22,7 @@ struct TrayParts {
   SessionBus& bus;
   NS::Workspace& workspace;
   std::function<std::unique_ptr<NS::Alert>()> makeAlert;
-  std::function<void(const MenuTree&)> menuOpened;  ///< a panel says that it shows this menu
+  StatusItemObservers observers;
   IconTheme icons;
   os::Log& log;
 };
@@ -62,6 +62,9 @@ class TrayAppKit final : public NS::AppKit {
   /// Performs the action of the first item that has it in the status item's menu, at once. Nothing
   /// when there is none, or it is disabled.
   void chooseMenuItem(const NS::Selector& action);
+
+  /// The same for an item of this menu or of an earlier one, as long as the menu offers that.
+  void chooseMenuItem(const std::shared_ptr<MenuItem>& menuItem);
 
  private:
   TrayParts parts_;

@@ -17,9 +17,12 @@ constexpr std::chrono::milliseconds firstDelay{500};
 
 WatcherRegistration::WatcherRegistration(GDBusConnection* connection,
                                          std::shared_ptr<os::Logger> logger,
+                                         PanelObserver panelChanged,
                                          std::chrono::milliseconds patience)
     : connection_(connection),
       logger_(std::move(logger)),
+      panelChanged_(std::move(panelChanged)),
+      patience_(patience),
       cancellable_(g_cancellable_new()),
       attempts_(firstDelay, [this] { registerItem(); }),
       missingHost_([this] { tellOfMissingHost(); }) {
@@ -42,7 +45,7 @@ WatcherRegistration::WatcherRegistration(GDBusConnection* connection,
         }
       },
       this, nullptr);
-  missingHost_.callAfter(patience);
+  missingHost_.callAfter(patience_);
 }
 
 WatcherRegistration::~WatcherRegistration() {
@@ -59,6 +62,7 @@ void WatcherRegistration::watcherAppeared() {
 void WatcherRegistration::watcherVanished() {
   hasWatcher_ = false;
   attempts_.reset();
+  setHasHost(false);
 }
 
 void WatcherRegistration::registerItem() {
@@ -115,9 +119,20 @@ void WatcherRegistration::onHostKnown(GObject* source, GAsyncResult* result,
   GVariant* value = nullptr;
   g_variant_get(answer.get(), "(v)", &value);
   const VariantHandle hasHost(value);
-  if (g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) == TRUE &&
-      g_variant_get_boolean(value) == TRUE) {
-    static_cast<WatcherRegistration*>(self)->missingHost_.cancel();
+  static_cast<WatcherRegistration*>(self)->setHasHost(
+      g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) == TRUE &&
+      g_variant_get_boolean(value) == TRUE);
+}
+
+void WatcherRegistration::setHasHost(bool hasHost) {
+  if (std::exchange(hasHost_, hasHost) == hasHost) {
+    return;
+  }
+  if (hasHost) {
+    missingHost_.cancel();
+    panelChanged_(true);
+  } else {
+    missingHost_.callAfter(patience_);
   }
 }
 
@@ -125,6 +140,7 @@ void WatcherRegistration::tellOfMissingHost() const {
   logger_->error(
       "No panel of this desktop shows status items, so the menu cannot be reached there (GNOME "
       "needs its AppIndicator extension). Should one come, the item appears");
+  panelChanged_(false);
 }
 
 }  // namespace audrel::linuxos

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 #include "platform/Log.h"
@@ -15,10 +16,15 @@ namespace audrel::linuxos {
 /// connection's unique name. Main thread.
 class WatcherRegistration {
  public:
-  /// `connection` must outlive this object. Logs when no panel shows the item within `patience`:
-  /// the user would look for it in vain. At the start of a session panels come later than we do.
+  /// Tells whether a panel shows the item.
+  using PanelObserver = std::function<void(bool isThere)>;
+
+  /// `connection` must outlive this object. `panelChanged` is called from the main loop when a
+  /// panel shows the item, and when none does for as long as `patience`, which is logged, too: the
+  /// user would look for it in vain. At the start of a session panels come later than we do.
   WatcherRegistration(GDBusConnection* connection, std::shared_ptr<os::Logger> logger,
-                      std::chrono::milliseconds patience = std::chrono::seconds(15));
+                      PanelObserver panelChanged,
+                      std::chrono::milliseconds patience = std::chrono::seconds(10));
   ~WatcherRegistration();
   WatcherRegistration(const WatcherRegistration&) = delete;
   WatcherRegistration& operator=(const WatcherRegistration&) = delete;
@@ -30,6 +36,7 @@ class WatcherRegistration {
   void registered();
   void refused();
   void askForHost();
+  void setHasHost(bool hasHost);
   void tellOfMissingHost() const;
 
   static void onRegistered(GObject* source, GAsyncResult* result, gpointer self) noexcept;
@@ -37,12 +44,15 @@ class WatcherRegistration {
 
   GDBusConnection* connection_;
   std::shared_ptr<os::Logger> logger_;
+  PanelObserver panelChanged_;
+  std::chrono::milliseconds patience_;
   CancellableHandle cancellable_;
   guint watch_ = 0;
   guint hostSignal_ = 0;
   BackOff attempts_;
   LoopSource missingHost_;
   bool hasWatcher_ = false;
+  bool hasHost_ = false;
 };
 
 }  // namespace audrel::linuxos

@@ -80,7 +80,9 @@ TEST_F(Desktop, isToldWhenTheProgramRunsAlready) {
   const auto second = startAgain();
   ASSERT_NE(second, nullptr);
   EXPECT_EQ(second->waitForEnd(), 1);
-  EXPECT_THAT(nextCall(shown, "Notify"), HasSubstr("'Audrel is already running'"));
+  EXPECT_THAT(nextCall(shown, "Notify"),
+              AllOf(HasSubstr("'Audrel is recording', 'All System Audio, since "),
+                    HasSubstr("Its icon in the panel has the menu.'")));
   EXPECT_THAT(shown.furtherCalls(), IsEmpty()) << "one says it";
   EXPECT_EQ(panel->registrations().size(), 1U);
   stopRecording();

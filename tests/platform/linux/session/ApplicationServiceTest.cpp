@@ -27,6 +27,7 @@ class Program final : public ApplicationCommands {
   void stopRecording() override { calls.emplace_back("stop"); }
   void toggleRecording() override { calls.emplace_back("toggle"); }
   void quit() override { calls.emplace_back("quit"); }
+  void activate() override { calls.emplace_back("activate"); }
 };
 
 /// A second start of the program, with a bus connection of its own.
@@ -175,6 +176,7 @@ struct AskingProgram final : ApplicationCommands {
     calls.emplace_back("quit");
     application.terminate();
   }
+  void activate() override {}
 
   Application& application;
   std::function<void()> whileAsking;
@@ -223,6 +225,17 @@ TEST_F(FirstStart, activationsShowOneNotificationHoweverManyCome) {
   EXPECT_THAT(nextNotification(desktopsNotifications),
               StartsWith("Notify ('Audrel', 1, 'io.github.audrel.Audrel', 'Audrel is already"))
       << "the same takes the place of the former";
+}
+
+TEST_F(FirstStart, anActivationIsAnsweredByTheProgramThatRuns) {
+  auto desktopsNotifications = notifications();
+  service.setCommands(program);
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(program->calls, ElementsAre("activate"));
+  EXPECT_THAT(desktopsNotifications.furtherCalls(), IsEmpty());
+  program.reset();
+  EXPECT_EQ(activate(), "");
+  EXPECT_THAT(nextNotification(desktopsNotifications), HasSubstr("'Audrel is already running'"));
 }
 
 TEST_F(ApplicationServiceTest, theActivationThatStartedItIsNoSecondStart) {

@@ -64,7 +64,9 @@ class TrayProgram final : public NS::MenuDelegate,
                                .bus = bus_,
                                .workspace = workspace_,
                                .makeAlert = [] { return nullptr; },
-                               .menuOpened = {},
+                               .observers = {.menuOpened = [](const auto&) {},
+                                             .menuSet = [](const auto&) {},
+                                             .panelChanged = [](bool) {}},
                                .icons = linuxos::IconTheme(""),
                                .log = log_}};
   std::shared_ptr<NS::StatusItem> item_ = appKit_.makeStatusItem(-1);

@@ -191,9 +191,11 @@ sessiontest::TestService Session::service(const std::string& name, const std::st
   return {bus.address(), name, {path}, answers};
 }
 
-sessiontest::TestService Session::notifications() const {
+sessiontest::TestService Session::notifications(const std::string& capabilities) const {
   return service("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-                 {{"GetCapabilities", "(@as [],)"}, {"Notify", "(uint32 1,)"}});
+                 {{"GetCapabilities", "(" + capabilities + ",)"},
+                  {"Notify", "count"},
+                  {"CloseNotification", "()"}});
 }
 
 std::string Session::nextCall(sessiontest::TestService& service, const std::string& member) {

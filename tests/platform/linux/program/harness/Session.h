@@ -86,8 +86,8 @@ class Session : public testing::Test {
   sessiontest::TestService service(const std::string& name, const std::string& path,
                                    const sessiontest::TestService::Answers& answers) const;
 
-  /// The desktop's notifications.
-  sessiontest::TestService notifications() const;
+  /// The desktop's notifications, with capabilities as a list in GVariant's text form.
+  sessiontest::TestService notifications(const std::string& capabilities = "@as []") const;
 
   /// The next call to a service that begins with that member, without it.
   static std::string nextCall(sessiontest::TestService& service, const std::string& member);
