@@ -11,13 +11,17 @@ std::optional<Notice> SourceWatch::look(const Graph& graph) {
   }
   if (state_ == State::plays && isGone(process->owner, graph)) {
     state_ = State::hasQuit;
+    for (const ProcessTable::Process* other : processes_.playing(graph)) {
+      others_.insert(other->id);
+    }
     return Notice{
         .matter = "source",
         .summary = "Recording silence",
-        .body = process->name + " has quit. The recording goes on in silence until you stop it."};
+        .body = process->name + " has quit. The recording goes on in silence: you can stop it."};
   }
   const auto isItsNextRun = [&](const ProcessTable::Process* other) {
-    return other != process && other->name == process->name && other->bundleID == process->bundleID;
+    return other != process && !others_.contains(other->id) && other->name == process->name &&
+           other->bundleID == process->bundleID;
   };
   if (state_ == State::hasQuit && std::ranges::any_of(processes_.playing(graph), isItsNextRun)) {
     state_ = State::runsAgain;

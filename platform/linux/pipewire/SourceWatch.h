@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 
 #include "platform/CoreAudio.h"
 #include "platform/linux/pipewire/Graph.h"
@@ -10,7 +11,8 @@
 namespace audrel::linuxos {
 
 /// Notices that the process which a recording is of has quit, and that its program was started
-/// again, which the recording does not have. On the connection's thread or under its lock.
+/// again, which the recording does not have. A run that played beside it is no next one. On the
+/// connection's thread or under its lock.
 class SourceWatch {
  public:
   /// The table must outlive it.
@@ -26,6 +28,7 @@ class SourceWatch {
   ProcessTable& processes_;
   CA::AudioObjectID process_;
   State state_ = State::plays;
+  std::set<CA::AudioObjectID> others_;  ///< that played when it had quit
 };
 
 }  // namespace audrel::linuxos

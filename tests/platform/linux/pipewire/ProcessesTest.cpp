@@ -191,7 +191,7 @@ TEST(Processes, theUserLearnsThatTheRecordedOneHasQuitAndThatItRunsAgain) {
   before.end(SIGKILL);
   ASSERT_TRUE(server.step(cyclesBetweenLooks, {}));
   EXPECT_THAT(takeTold(), ElementsAre("source: Recording silence: Radio has quit. The recording "
-                                      "goes on in silence until you stop it."));
+                                      "goes on in silence: you can stop it."));
   ASSERT_TRUE(other.open("call", 2));
   ASSERT_TRUE(server.step(cyclesBetweenLooks, stereoLinks({"call"}, {"speakers"})));
   EXPECT_THAT(takeTold(), IsEmpty());
@@ -201,6 +201,45 @@ TEST(Processes, theUserLearnsThatTheRecordedOneHasQuitAndThatItRunsAgain) {
   ASSERT_TRUE(server.step(2 * cyclesBetweenLooks, stereoLinks({"call", "music"}, {"speakers"})));
   EXPECT_THAT(takeTold(), ElementsAre("source: Still recording silence: Radio runs again, but not "
                                       "in this recording: stop it and choose Radio again."));
+  recorder.captureHardware().setNoticeTaker(nullptr);
+}
+
+TEST(Processes, anotherOfTheNameThatPlayedAllAlongIsNotTakenForTheOneThatHasQuit) {
+  TestServer server;
+  ASSERT_TRUE(server.isRunning());
+  Recorder recorder(server);
+  std::mutex mutex;
+  std::vector<std::string> told;
+  recorder.captureHardware().setNoticeTaker([&](const linuxos::Notice& notice) {
+    const std::lock_guard lock(mutex);
+    told.push_back(notice.summary);
+  });
+  const auto takeTold = [&] {
+    const std::lock_guard lock(mutex);
+    return std::exchange(told, {});
+  };
+  constexpr int cyclesBetweenLooks = 10;
+  Player recorded(server.socketPath(), {"application.name=Radio"});
+  Player twin(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(recorded.open("music", 1));
+  ASSERT_TRUE(twin.open("news", 2));
+  ASSERT_EQ(recorder.startProcess(recorder.waitForProcess(recorded.pid())), 0);
+  auto links = heard({"music"});
+  links.merge(stereoLinks({"news"}, {"speakers"}));
+  ASSERT_TRUE(server.step(2, links));
+
+  recorded.end(SIGKILL);
+  ASSERT_TRUE(server.step(2 * cyclesBetweenLooks, stereoLinks({"news"}, {"speakers"})));
+  EXPECT_THAT(takeTold(), ElementsAre("Recording silence"));
+  ASSERT_TRUE(twin.open("weather", 3));
+  ASSERT_TRUE(server.step(cyclesBetweenLooks, stereoLinks({"news", "weather"}, {"speakers"})));
+  EXPECT_THAT(takeTold(), IsEmpty());
+
+  Player after(server.socketPath(), {"application.name=Radio"});
+  ASSERT_TRUE(after.open("music", 4));
+  ASSERT_TRUE(
+      server.step(2 * cyclesBetweenLooks, stereoLinks({"news", "weather", "music"}, {"speakers"})));
+  EXPECT_THAT(takeTold(), ElementsAre("Still recording silence"));
   recorder.captureHardware().setNoticeTaker(nullptr);
 }
 

@@ -125,13 +125,13 @@ TEST_F(Loss, ofTheSourceIsToldInThePanelAndInTheTerminal) {
   EXPECT_TRUE(support::waitFor([&] {
     return command->errorOutput().find(
                "audrel-record: Web Radio has quit. The recording goes on "
-               "in silence until you stop it.\n") != std::string::npos;
+               "in silence: you can stop it.\n") != std::string::npos;
   })) << command->errorOutput();
   command->signal(SIGTERM);
   EXPECT_EQ(command->waitForEnd(), 0);
   EXPECT_THAT(nextCall(desktop, "Notify"),
               HasSubstr("'Recording silence', 'Web Radio has quit. The recording goes on in "
-                        "silence until you stop it.'"));
+                        "silence: you can stop it.'"));
   stopRecording();
 }
 
