@@ -1,3 +1,4 @@
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -5,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <string>
+#include <vector>
 
 #include "platform/Identity.h"
 #include "tests/packaging/InstalledTree.h"
@@ -129,10 +132,18 @@ class OtherPrefix : public testing::Test {
               0);
   }
 
-  /// What the session bus starts where that folder is the prefix.
-  static std::string startedFrom(const fs::path& folder) {
-    return KeyFile(folder / "share/dbus-1/services/io.github.audrel.Audrel.service")
-        .text("D-BUS Service", "Exec");
+  /// What the session bus, which takes the line apart as a shell does, starts where that folder is
+  /// the prefix.
+  static std::vector<std::string> startedFrom(const fs::path& folder) {
+    const KeyFile service(folder / "share/dbus-1/services/io.github.audrel.Audrel.service");
+    gchar** words = nullptr;
+    g_shell_parse_argv(service.text("D-BUS Service", "Exec").c_str(), nullptr, &words, nullptr);
+    std::vector<std::string> command;
+    for (gchar** word = words; word != nullptr && *word != nullptr; ++word) {
+      command.emplace_back(*word);
+    }
+    g_strfreev(words);
+    return command;
   }
 
   std::vector<fs::path> files() const {
@@ -149,12 +160,17 @@ class OtherPrefix : public testing::Test {
 };
 
 TEST_F(OtherPrefix, isThatOfTheProgramThatTheBusStarts) {
-  EXPECT_EQ(startedFrom(prefix.path()), (prefix / "bin/audrel").string());
+  EXPECT_THAT(startedFrom(prefix.path()), ElementsAre(prefix / "bin/audrel"));
 }
 
 TEST_F(OtherPrefix, mayBeWrittenFromTheFolderOfWhoInstalls) {
   install("below/it");
-  EXPECT_EQ(startedFrom(prefix / "below/it"), (prefix / "below/it/bin/audrel").string());
+  EXPECT_THAT(startedFrom(prefix / "below/it"), ElementsAre(prefix / "below/it/bin/audrel"));
+}
+
+TEST_F(OtherPrefix, mayHaveSpaces) {
+  install("my programs");
+  EXPECT_THAT(startedFrom(prefix / "my programs"), ElementsAre(prefix / "my programs/bin/audrel"));
 }
 
 /// The line of the README that removes what was installed, for this build and without root.

@@ -46,7 +46,7 @@ TEST(LauncherEntry, hasTheActionsThatTheProgramKnows) {
 TEST(LauncherEntry, startsTheInstalledProgram) {
   EXPECT_EQ(installedEntry().text(entryGroup, "Exec"), "audrel");
   const std::string started = installedService().text("D-BUS Service", "Exec");
-  EXPECT_EQ(started, AUDREL_INSTALL_PREFIX "/bin/audrel");
+  EXPECT_EQ(started, "\"" AUDREL_INSTALL_PREFIX "/bin/audrel\"");
   EXPECT_EQ(installedService().text("D-BUS Service", "Name"), identity::bundleIdentifier);
 }
 
