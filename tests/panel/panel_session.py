@@ -74,7 +74,16 @@ class PanelSession:
 
     def choose_row(self, row):
         """Clicks a row of the open menu; the first one is 0."""
-        self.click(WIDTH - 200, PANEL_HEIGHT + 16 + 26 * row)
+        x, y = WIDTH - 200, PANEL_HEIGHT + 16 + 26 * row
+
+        def is_selected():
+            color = self.pixels(2, 2, WIDTH - 240, y + 10)[0]  # below the letters
+            return max(color) - min(color) > 40
+
+        # The icon's tool tip may lie on the menu until the pointer has come away.
+        self.user("mousemove", x, y)
+        self.wait_until(is_selected, "the row under the pointer")
+        self.click(x, y)
 
     def screenshot(self, file):
         """The whole display, as a PNG."""
