@@ -62,7 +62,7 @@ std::string lostFrames(const Report& report) {
   }
   return line + "; silence stands in their place. " +
          (report.wasStopped ? "The program was stopped for a while, by Ctrl-Z for instance."
-                            : "Is the computer busy?");
+                            : "The computer was busy, or the audio server away.");
 }
 
 }  // namespace

@@ -107,7 +107,7 @@ TEST(Report, warnsOfWhatIsMissing) {
           "Silence in the file in place of 0.0 s of audio (1 frame), which could not be "
           "written. No space left\\x07.",
           "4800 frames were not delivered in time (0.100 s); silence stands in their "
-          "place. Is the computer busy?",
+          "place. The computer was busy, or the audio server away.",
           "1 cycle of audio was dropped for lack of memory."));
 }
 
