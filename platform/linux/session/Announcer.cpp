@@ -31,18 +31,23 @@ void Announcer::setPanel(bool isThere) {
   if (before == panel_) {
     return;
   }
-  if (isThere) {
-    notifier_.withdraw(tag);
-  } else if (recording_ || !isIntroduced_) {
+  if (!isThere && (recording_ || !isIntroduced_)) {
     tell();
+  } else if (isThere || before == Panel::there) {
+    notifier_.withdraw(tag);  // it says where to go, and that is another place now
   }
 }
 
 void Announcer::setMenu(RecordingMenu menu) {
+  const std::string chosenBefore = chosenSource();
   sources_ = std::move(menu.sources);
   const bool wasRecording = recording_.has_value();
   if (menu.recorded.has_value() == wasRecording) {
-    return;  // during a recording the caption tells what was chosen for the next one
+    // During a recording the caption tells what was chosen for the next one.
+    if (chosenSource() != chosenBefore) {
+      notifier_.withdraw(tag);
+    }
+    return;
   }
   if (menu.recorded) {
     recording_ = Recording{.source = std::move(*menu.recorded), .since = timeOfDay()};

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +15,7 @@ namespace audrel::linuxos {
 namespace {
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -119,10 +122,76 @@ TEST_F(AnnouncerTest, tellsOfARecordingThatBeganBeforeItWasKnownThatNoPanelComes
 }
 
 TEST_F(AnnouncerTest, tellsOfARecordingOnceThePanelHasGone) {
+  announcer->setPanel(false);
+  nextTold();  // the user knows that it runs
   announcer->setPanel(true);
+  EXPECT_THAT(service.furtherCalls(), SizeIs(1));
   startRecording();
   announcer->setPanel(false);
   EXPECT_THAT(nextTold(), StartsWith("'Audrel is recording', 'Web Radio, since "));
+}
+
+TEST_F(AnnouncerTest, takesAwayThatItCanStartWhenItRecords) {
+  announcer->setPanel(true);
+  announcer->tell();
+  nextTold();
+  startRecording();
+  EXPECT_THAT(service.furtherCalls(), ElementsAre("CloseNotification (1,)"));
+}
+
+TEST_F(AnnouncerTest, takesAwayWhatItIsReadyToRecordWhenAnotherSourceIsChosen) {
+  announcer->setPanel(true);
+  announcer->setMenu(idleMenu("All System Audio"));
+  announcer->tell();
+  nextTold();
+  announcer->setMenu(idleMenu("All System Audio"));
+  EXPECT_THAT(service.furtherCalls(), IsEmpty());
+  announcer->setMenu(idleMenu("Web Radio"));
+  EXPECT_THAT(service.furtherCalls(), ElementsAre("CloseNotification (1,)"));
+}
+
+TEST_F(AnnouncerTest, takesAwayThatThePanelHasTheMenuWhenThePanelHasGone) {
+  announcer->setPanel(true);
+  announcer->tell();
+  nextTold();
+  announcer->setPanel(false);
+  EXPECT_THAT(service.furtherCalls(), ElementsAre("CloseNotification (1,)"));
+}
+
+TEST_F(AnnouncerTest, keepsWhatItToldBeforeItWasKnownThatNoPanelComes) {
+  announcer->tell();
+  EXPECT_THAT(nextTold(), HasSubstr("Its entry in the launcher"));
+  announcer->setPanel(false);
+  EXPECT_THAT(service.furtherCalls(), IsEmpty());
+}
+
+/// The time of day in the zone of the environment.
+std::string timeOfDay() {
+  tzset();
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::array<char, 6> text{};
+  std::strftime(text.data(), text.size(), "%H:%M", &local);
+  return text.data();
+}
+
+TEST_F(AnnouncerTest, tellsAtWhatTimeOfDayTheRecordingBegan) {
+  for (const char* zone : {"AAA-1:30", "BBB-13:30"}) {  // a morning and an afternoon
+    std::string earliest;
+    std::string latest;
+    {
+      const fakes::ScopedVariable there("TZ", zone);
+      earliest = timeOfDay();
+      startRecording();
+      latest = timeOfDay();
+    }
+    announcer->tell();  // the traveller has gone on
+    EXPECT_THAT(nextTold(),
+                AnyOf(HasSubstr("since " + earliest + ". "), HasSubstr("since " + latest + ". ")));
+    stopRecording();
+    EXPECT_THAT(service.furtherCalls(), SizeIs(1));
+  }
 }
 
 TEST_F(AnnouncerTest, tellsNoMoreOnceThereIsAPanel) {
@@ -170,8 +239,18 @@ TEST_F(AnnouncerTest, letsTheUserChooseWhatIsRecorded) {
             "'What is to be recorded?', 'Chosen: All System Audio.', "
             "['source-0', 'All System Audio', 'source-1', 'Web Radio']");
   push(2, "source-1");
+  EXPECT_EQ(service.nextCall(), "CloseNotification (2,)");
   EXPECT_THAT(nextTold(), StartsWith("'Audrel is running', 'Ready to record Web Radio. "));
   EXPECT_THAT(done, ElementsAre("refresh", "choose Web Radio"));
+}
+
+TEST_F(AnnouncerTest, namesNoChosenSourceWhereThatHasGone) {
+  titles = {"Web Radio"};
+  announcer->setMenu(idleMenu("Game"));
+  announcer->tell();
+  nextTold();
+  push(1, "choose");
+  EXPECT_EQ(nextTold(), "'What is to be recorded?', '', ['source-0', 'Web Radio']");
 }
 
 TEST_F(AnnouncerTest, offersThreeButtonsAtMost) {
@@ -209,6 +288,7 @@ TEST_F(AnnouncerTest, offersNoSourcesWhereTheMenuHasNone) {
   nextTold();
   titles.clear();  // as during a recording
   push(1, "choose");
+  EXPECT_EQ(service.nextCall(), "CloseNotification (1,)");
   EXPECT_THAT(nextTold(), StartsWith("'Audrel is running', "));
 }
 
