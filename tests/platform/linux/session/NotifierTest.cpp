@@ -89,6 +89,16 @@ TEST_F(NotifierTest, leavesOutWhatIsOnItsWayAlready) {
   EXPECT_THAT(service.furtherCalls(), IsEmpty());
 }
 
+TEST_F(NotifierTest, sendsOneThatSaysTheSameAndOffersOtherActions) {
+  auto service = notifications("['actions']");
+  Notification::Actions others = stopAndWait();
+  others.front() = {.key = "go", .label = "Go", .perform = {}};
+  notifier.notify({.summary = "a", .body = "", .tag = "same", .actions = others});
+  notifier.notify({.summary = "a", .body = "", .tag = "same", .actions = stopAndWait()});
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a', '', ['go', "));
+  EXPECT_THAT(nextNotification(service), HasSubstr("'a', '', ['stop', "));
+}
+
 TEST_F(NotifierTest, sendsTheNewestOfATagAfterTheOneThatIsOnItsWay) {
   auto service = notifications();
   for (const char* summary : {"a", "b", "c"}) {
@@ -325,10 +335,42 @@ TEST_F(NotifierTest, isNotLostWhenTheProgramEndsRightAfterIt) {
                  "org.freedesktop.Notifications", "CloseNotification"},
                 g_variant_new("(u)", 1U), [](const SessionBus::Answer&) {});
   }
+  bool hasGoneOn = false;
+  LoopSource program([&] { hasGoneOn = true; });
+  program.callSoon();
   local.reset();
+  EXPECT_FALSE(hasGoneOn) << "half of it is gone by then";
   for (int i = 0; i < many; ++i) {
     ASSERT_EQ(service.nextCall(), "CloseNotification (1,)") << i;
   }
+}
+
+TEST_F(NotifierTest, holdsNoEndUpForABusThatHangs) {
+  auto local = std::make_unique<SessionBus>();
+  bool isConnected = false;
+  local->withConnection([&](GDBusConnection*, const std::string&) { isConnected = true; });
+  ASSERT_TRUE(runLoopUntil([&] { return isConnected; }));
+  privateBus.hang();
+  int answers = 0;
+  const std::string longerThanASocketHolds(8'000'000, 'x');
+  local->call({"org.nobody", "/", "org.nobody", "Nothing"},
+              g_variant_new("(s)", longerThanASocketHolds.c_str()),
+              [&](const SessionBus::Answer&) { ++answers; });
+  local.reset();
+  support::drainLoop();
+  EXPECT_EQ(answers, 0);
+}
+
+TEST_F(NotifierTest, hearsNothingOnceItHasGone) {
+  auto service = notifications("['actions']");
+  auto local = std::make_unique<Notifier>(bus, log);
+  local->notify({.summary = "a", .body = "", .tag = "same", .actions = stopAndWait()});
+  nextNotification(service);
+  ASSERT_TRUE(runLoopUntil([&] { return !local->isBusy(); }));
+  local.reset();
+  choose(service, 1, "stop");
+  emit(service, "NotificationClosed", g_variant_new("(uu)", 1U, 2U));
+  EXPECT_THAT(done, IsEmpty());
 }
 
 TEST_F(NotifierTest, callsNobodyBackOnceTheBusObjectHasGone) {

@@ -93,6 +93,12 @@ TEST_F(WatcherRegistrationTest, waitsForAPanelThatHasGoneToComeBack) {
   EXPECT_THAT(told, ElementsAre(true, true, false));
 }
 
+TEST_F(WatcherRegistrationTest, givesADesktopThatStartsSomeSeconds) {
+  registration.emplace(connection.get(), logger, [this](bool isThere) { told.push_back(isThere); });
+  panel.runFor(3s);
+  EXPECT_THAT(told, IsEmpty());
+}
+
 TEST_F(WatcherRegistrationTest, mayGoWhileAnAnswerIsOnItsWay) {
   panel.startWatcher();
   startRegistration();

@@ -39,6 +39,10 @@ void PrivateBus::crash() {
   std::filesystem::remove(socket(), error);
 }
 
+void PrivateBus::hang() {
+  daemon_->signal(SIGSTOP);
+}
+
 void PrivateBus::restart() {
   daemon_ = support::ChildProcess::start(
       {.arguments = {"dbus-daemon", "--nofork", "--nopidfile", "--nosyslog", "--print-address=1",

@@ -26,6 +26,9 @@ class PrivateBus {
   /// Ends the bus without notice.
   void crash();
 
+  /// From now on it reads and writes nothing.
+  void hang();
+
   /// Starts it again, at the same address.
   void restart();
 
