@@ -37,7 +37,7 @@ std::string whyNotCreated(const std::filesystem::path& path, int code) {
     case ENOENT:
       return "The folder " + folder + " does not exist. Create it, or " + useAnother(path);
     case ENOTDIR:
-      return folder + " is not a folder. Choose a folder for the recording.";
+      return folder + " is not a folder. Move it away, or " + useAnother(path);
     case EACCES:
     case EPERM:
       return "You have no permission to create files in " + folder +

@@ -71,7 +71,11 @@ std::optional<std::uint64_t> startTime(pid_t pid) {
   constexpr int startTimeField = 22;
   std::istringstream rest(stat.substr(nameEnd + 1));
   std::string field;
-  for (int number = 3; number <= startTimeField; ++number) {
+  rest >> field;
+  if (field == "Z") {
+    return std::nullopt;
+  }
+  for (int number = 4; number <= startTimeField; ++number) {
     rest >> field;
   }
   std::uint64_t ticks = 0;

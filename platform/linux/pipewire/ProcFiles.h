@@ -10,8 +10,9 @@
 /// What the kernel tells about other processes.
 namespace audrel::linuxos::proc {
 
-/// When the process started, in clock ticks since boot; nothing when there is no such process.
-/// With the pid it names a process for good, since pids are reused.
+/// When the process started, in clock ticks since boot; nothing when there is no such process, or
+/// it has ended and its parent has not taken note of it. With the pid it names a process for good,
+/// since pids are reused.
 std::optional<std::uint64_t> startTime(pid_t pid);
 
 /// The path of the program that the process runs; empty when it cannot be read.

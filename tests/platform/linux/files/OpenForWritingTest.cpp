@@ -61,7 +61,7 @@ TEST_F(OpenForWriting, saysWhatIsWrongWithTheFolder) {
   expectSaid(missing, "missing\" does not exist. Create it, or choose another folder.");
   const NS::Error file = refusal(folder_ / "file/a.wav", wav_);
   EXPECT_EQ(file.code, ENOTDIR);
-  expectSaid(file, "file\" is not a folder");
+  expectSaid(file, "file\" is not a folder. Move it away, or choose another folder.");
 }
 
 TEST_F(OpenForWriting, saysHowToUseAnotherFolderForDownloads) {

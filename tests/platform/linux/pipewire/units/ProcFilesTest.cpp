@@ -11,6 +11,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -51,6 +52,20 @@ class Sandboxed {
   pid_t pid_ = -1;
   bool isReady_ = false;
 };
+
+TEST(StartTime, isNoneOfAProcessThatHasEndedUnnoticed) {
+  const pid_t child = fork();
+  if (child == 0) {
+    pause();
+    _exit(0);
+  }
+  EXPECT_TRUE(proc::startTime(child).has_value());
+  kill(child, SIGKILL);
+  siginfo_t ended{};
+  waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
+  EXPECT_EQ(proc::startTime(child), std::nullopt);
+  waitpid(child, nullptr, 0);
+}
 
 struct FlatpakApplication : testing::Test {
   support::TemporaryFolder root;
