@@ -19,6 +19,17 @@ class RawFile {
   virtual ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept = 0;
   virtual int ftruncate(off_t size) noexcept = 0;
 
+  /// Waits until what was written, and the length, survive a power failure. After a failure the
+  /// system may have dropped what it had accepted, and tells so only once.
+  virtual int sync() noexcept = 0;
+
+  /// The same for the file's name, in the folder where it was created.
+  virtual int syncFolder() noexcept = 0;
+
+  /// Whether other programs see, by a lock (flock) that lasts from creation to `close`, that the
+  /// file is in use. Not every file system has locks.
+  virtual bool isLocked() const noexcept = 0;
+
   /// Takes the file's name away, in the folder where it was created, unless that name is another
   /// file's by now.
   virtual void remove() noexcept = 0;
@@ -31,8 +42,8 @@ class RawFile {
 using RawFileCreator =
     std::function<std::unique_ptr<RawFile>(const std::filesystem::path& path, int* code)>;
 
-/// Creates `path`, for its user alone: a recording may hold a talk. Never opens, follows or
-/// replaces what is there already, a link that leads nowhere included.
+/// Creates `path`, for its user alone (a recording may hold a talk), and locks it. Never opens,
+/// follows or replaces what is there already, a link that leads nowhere included.
 std::unique_ptr<RawFile> createExclusively(const std::filesystem::path& path, int* code);
 
 }  // namespace audrel::linuxos

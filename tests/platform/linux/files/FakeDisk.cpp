@@ -55,6 +55,9 @@ class FakeFile final : public RawFile {
     return 0;
   }
 
+  int sync() noexcept override { return 0; }
+  int syncFolder() noexcept override { return 0; }
+  bool isLocked() const noexcept override { return true; }
   void remove() noexcept override { disk_->isRemoved = true; }
   int close() noexcept override { return closeOnce(); }
 

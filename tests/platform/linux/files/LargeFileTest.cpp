@@ -50,6 +50,9 @@ class SparseFile final : public RawFile {
     return file_->ftruncate(size);
   }
 
+  int sync() noexcept override { return file_->sync(); }
+  int syncFolder() noexcept override { return file_->syncFolder(); }
+  bool isLocked() const noexcept override { return file_->isLocked(); }
   void remove() noexcept override { file_->remove(); }
   int close() noexcept override { return file_->close(); }
 

@@ -1,7 +1,10 @@
 #include "platform/linux/files/RawFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -55,6 +58,54 @@ TEST_F(RawFiles, writeWhereTheyAreToldAndCutOff) {
   EXPECT_EQ(file_->close(), 0);
   std::ifstream stream(path_, std::ios::binary);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), std::string("\0\0abc", 5));
+}
+
+TEST_F(RawFiles, areFlushedAndTheirFolderToo) {
+  EXPECT_EQ(file_->sync(), 0);
+  EXPECT_EQ(file_->syncFolder(), 0);
+}
+
+/// Root may read everything: for its length the process is somebody else's.
+class OrdinaryUser {
+ public:
+  OrdinaryUser() { EXPECT_TRUE(geteuid() != 0 || seteuid(nobody) == 0); }
+  OrdinaryUser(const OrdinaryUser&) = delete;
+  OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+  ~OrdinaryUser() { EXPECT_EQ(seteuid(getuid()), 0); }
+
+ private:
+  static constexpr uid_t nobody = 65534;
+};
+
+TEST_F(RawFiles, areMadeAndFlushedWhereTheirFolderCanOnlyBeWritten) {
+  const auto closed = folder_ / "closed";
+  fs::create_directory(closed);
+  fs::permissions(closed, fs::perms(0333));
+  fs::permissions(closed.parent_path(), fs::perms(0711));
+  {
+    const OrdinaryUser user;
+    ASSERT_LT(open(closed.c_str(), O_RDONLY | O_CLOEXEC), 0);
+    int code = 0;
+    const auto file = createExclusively(closed / "talk.wav", &code);
+    ASSERT_TRUE(file) << code;
+    EXPECT_EQ(file->syncFolder(), 0);
+  }
+  fs::permissions(closed, fs::perms::owner_all);
+}
+
+/// Whether another program would get the lock.
+bool isFree(const fs::path& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool isFree = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+  close(descriptor);
+  return isFree;
+}
+
+TEST_F(RawFiles, areLockedUntilTheyAreClosed) {
+  EXPECT_TRUE(file_->isLocked());
+  EXPECT_FALSE(isFree(path_));
+  file_->close();
+  EXPECT_TRUE(isFree(path_));
 }
 
 TEST_F(RawFiles, areGoneOnceTheyAreRemoved) {
