@@ -112,12 +112,6 @@ TEST(IconTree, isWhereDesktopsLook) {
   }
 }
 
-TEST(IconTree, theProgramOfABuildFindsItsIconsBesideItself) {
-  const IconTheme theme = IconTheme::ofProgramIn(AUDREL_BINARY_DIR);
-  EXPECT_EQ(theme.folder(), builtIcons());
-  EXPECT_EQ(namesFoundBy(theme), namesIn(builtIcons(), "status"));
-}
-
 TEST(IconTree, theInstalledProgramFindsTheInstalledIcons) {
   const InstalledTree& tree = InstalledTree::shared();
   ASSERT_TRUE(tree.isInstalled());

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/AudioObjectProperties.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
@@ -215,13 +216,7 @@ double rateOfATap(CA::AudioHardware& hardware) {
   CA::AudioObjectID tap = 0;
   EXPECT_EQ(hardware.AudioHardwareCreateProcessTap(everything, &tap), 0);
   CA::AudioStreamBasicDescription format;
-  std::uint32_t size = sizeof format;
-  EXPECT_EQ(hardware.AudioObjectGetPropertyData(
-                tap,
-                {CA::kAudioTapPropertyFormat, CA::kAudioObjectPropertyScopeGlobal,
-                 CA::kAudioObjectPropertyElementMain},
-                0, nullptr, &size, &format),
-            0);
+  EXPECT_EQ(CA::readProperty(hardware, tap, CA::kAudioTapPropertyFormat, &format), 0);
   EXPECT_EQ(hardware.AudioHardwareDestroyProcessTap(tap), 0);
   return format.mSampleRate;
 }

@@ -84,28 +84,22 @@ TEST_F(SeveralDevices, eachStartsAndStopsOnItsOwn) {
 constexpr auto stall = std::chrono::milliseconds(300);
 constexpr std::uint64_t stalled = 14'400;  // frames
 
-TEST_F(SeveralDevices, oneThatLosesItsProcedureEnds) {
-  startBoth();
-  ASSERT_TRUE(step({"music", "call"}));
-  server.pass(stall);
-  ASSERT_EQ(ofMusic.destroyProcedure(), 0);
-  ASSERT_TRUE(step({"call"}));
+TEST_F(SeveralDevices, oneThatIsDestroyedOrLosesItsProcedureEnds) {
+  for (const auto& destroy : {&Recorder::destroyProcedure, &Recorder::destroyDevice}) {
+    told.clear();
+    const std::uint64_t lostBefore = lostByTheLog();
+    startBoth();
+    ASSERT_TRUE(step({"music", "call"}));
+    server.pass(stall);
+    ASSERT_EQ((ofMusic.*destroy)(), 0);
+    ASSERT_TRUE(step({"call"}));
 
-  EXPECT_EQ(ofMusic.samples().frames(), frames + stalled);
-  EXPECT_THAT(told, ElementsAre(1, 2, 1));
-  EXPECT_EQ(lostByTheLog(), stalled);
-}
-
-TEST_F(SeveralDevices, oneThatIsDestroyedEnds) {
-  startBoth();
-  ASSERT_TRUE(step({"music", "call"}));
-  server.pass(stall);
-  ASSERT_EQ(ofMusic.destroyDevice(), 0);
-  ASSERT_TRUE(step({"call"}));
-
-  EXPECT_EQ(ofMusic.samples().frames(), frames + stalled);
-  EXPECT_THAT(told, ElementsAre(1, 2, 1));
-  EXPECT_EQ(lostByTheLog(), stalled);
+    EXPECT_EQ(ofMusic.samples().frames(), frames + stalled);
+    EXPECT_THAT(told, ElementsAre(1, 2, 1));
+    EXPECT_EQ(lostByTheLog(), lostBefore + stalled);
+    ASSERT_EQ(ofMusic.stop(), 0);
+    ASSERT_EQ(ofCall.stop(), 0);
+  }
 }
 
 TEST_F(SeveralDevices, whatEachLostIsLoggedWhenItEndsAndCountedInAll) {

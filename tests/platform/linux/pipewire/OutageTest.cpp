@@ -47,6 +47,7 @@ using namespace std::chrono_literals;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr std::uint64_t second = 48'000;  // frames
 
@@ -122,7 +123,7 @@ TEST_F(Outage, ofTheConnectionForLackOfDescriptorsIsMended) {
 
   expectOneCountedSilence(0);
   EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio server lost")));
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Audio server found again")));
+  EXPECT_THAT(recorder.log().lines(), Contains(StartsWith("Audio server found again")));
   EXPECT_EQ(recorder.startEverything(), 0) << "the next recording starts as ever";
 }
 
@@ -190,7 +191,7 @@ TEST_F(HeldOutage, ofAStreamThatIsDestroyedIsSilentUntilThereIsAnother) {
   constexpr std::uint64_t untilTheNextTick = 3 * 1024;
   expectOneSilence(untilTheNextTick, untilTheNextTick);
   EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Capture stream lost")));
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Capture stream made again")));
+  EXPECT_THAT(recorder.log().lines(), Contains(StartsWith("Capture stream made again")));
 }
 
 TEST_F(HeldOutage, ofAServerThatHangsIsSilentUntilItGoesOn) {
@@ -203,7 +204,7 @@ TEST_F(HeldOutage, ofAServerThatHangsIsSilentUntilItGoesOn) {
 
   expectOneSilence(second + 1024, 1024);
   EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("error: Audio graph stands still")));
-  EXPECT_THAT(recorder.log().lines(), Contains(HasSubstr("info: Audio graph goes on")));
+  EXPECT_THAT(recorder.log().lines(), Contains(StartsWith("Audio graph goes on")));
 }
 
 TEST_F(HeldOutage, ofAServerThatHangsIsFilledUpToTheStop) {

@@ -9,12 +9,14 @@
 #include <cstdint>
 #include <fstream>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/AudioObjectProperties.h"
 #include "tests/fakes/ScopedVariable.h"
 #include "tests/platform/linux/pipewire/harness/Player.h"
 #include "tests/platform/linux/pipewire/harness/Recorder.h"
@@ -34,22 +36,14 @@ using testing::UnorderedElementsAre;
 constexpr auto badObject = CA::kAudioHardwareBadObjectError;
 constexpr auto notRunning = CA::kAudioHardwareNotRunningError;
 
-constexpr CA::AudioObjectPropertyAddress global(std::uint32_t selector) {
-  return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
-}
-
 CA::OSStatus defaultDevice(Recorder& recorder, CA::AudioObjectID* device) {
-  std::uint32_t size = sizeof *device;
-  return recorder.hardware().AudioObjectGetPropertyData(
-      CA::kAudioObjectSystemObject, global(CA::kAudioHardwarePropertyDefaultOutputDevice), 0,
-      nullptr, &size, device);
+  return CA::readProperty(recorder.hardware(), CA::kAudioObjectSystemObject,
+                          CA::kAudioHardwarePropertyDefaultOutputDevice, device);
 }
 
 std::string deviceUID(Recorder& recorder, CA::AudioObjectID device) {
   std::string uid;
-  std::uint32_t size = 8;
-  EXPECT_EQ(recorder.hardware().AudioObjectGetPropertyData(
-                device, global(CA::kAudioDevicePropertyDeviceUID), 0, nullptr, &size, &uid),
+  EXPECT_EQ(CA::readProperty(recorder.hardware(), device, CA::kAudioDevicePropertyDeviceUID, &uid),
             0);
   return uid;
 }
@@ -59,10 +53,15 @@ std::string nameOf(Recorder& recorder, pid_t pid) {
   return application ? application->localizedName.value_or("") : "";
 }
 
-TEST(Processes, eachThatPlaysIsListedOnceInTheOrderInWhichTheyStarted) {
+class Processes : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(server.isRunning()); }
+
   TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+  Recorder recorder{server};
+};
+
+TEST_F(Processes, eachThatPlaysIsListedOnceInTheOrderInWhichTheyStarted) {
   EXPECT_THAT(recorder.processes(), IsEmpty());
   Player silent(server.socketPath());
   Player first(server.socketPath());
@@ -79,10 +78,7 @@ TEST(Processes, eachThatPlaysIsListedOnceInTheOrderInWhichTheyStarted) {
   EXPECT_EQ(recorder.pidOf(idOfSecond), second.pid());
 }
 
-TEST(Processes, oneThatPausesIsListedAndOneThatClosesItsStreamsIsNot) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+TEST_F(Processes, oneThatPausesIsListedAndOneThatClosesItsStreamsIsNot) {
   Player player(server.socketPath());
   ASSERT_TRUE(player.open("music", 1));
   const auto process = recorder.waitForProcess(player.pid());
@@ -94,10 +90,7 @@ TEST(Processes, oneThatPausesIsListedAndOneThatClosesItsStreamsIsNot) {
   EXPECT_EQ(recorder.waitForProcess(player.pid()), process) << "it is the same as before";
 }
 
-TEST(Processes, tellWhatTheyPlayAndWhetherTheyDo) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+TEST_F(Processes, tellWhatTheyPlayAndWhetherTheyDo) {
   Player player(server.socketPath());
   ASSERT_TRUE(player.open("music", 1));
   const auto process = recorder.waitForProcess(player.pid());
@@ -111,10 +104,7 @@ TEST(Processes, tellWhatTheyPlayAndWhetherTheyDo) {
   EXPECT_EQ(recorder.captureHardware().playback(process + 1), std::nullopt);
 }
 
-TEST(Processes, theyBearTheNameAndIdentifierThatTheyGiveThemselves) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+TEST_F(Processes, theyBearTheNameAndIdentifierThatTheyGiveThemselves) {
   Player named(server.socketPath(),
                {"application.name=Grammophon Müller", "application.id=org.example.Grammophon"});
   Player plain(server.socketPath(), {"application.name=plain"});
@@ -129,25 +119,15 @@ TEST(Processes, theyBearTheNameAndIdentifierThatTheyGiveThemselves) {
   EXPECT_EQ(recorder.bundleIdOf(idOfPlain), "");
 }
 
-TEST(Processes, aProcessIsTheSameObjectInTheNextRunOfTheRecorder) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
+TEST_F(Processes, aProcessIsTheSameObjectInTheNextRunOfTheRecorder) {
   Player player(server.socketPath());
   ASSERT_TRUE(player.open("music", 1));
-  CA::AudioObjectID before = 0;
-  {
-    Recorder recorder(server.socketPath());
-    before = recorder.waitForProcess(player.pid());
-  }
-  Recorder recorder(server.socketPath());
+  const auto before = std::make_unique<Recorder>(server)->waitForProcess(player.pid());
   EXPECT_NE(before, 0U);
   EXPECT_EQ(recorder.waitForProcess(player.pid()), before);
 }
 
-TEST(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+TEST_F(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
   Player before(server.socketPath(), {"application.name=Radio"});
   ASSERT_TRUE(before.open("music", 1));
   const auto old = recorder.waitForProcess(before.pid());
@@ -165,17 +145,18 @@ TEST(Processes, aRestartedProgramIsAnotherObjectAndTheOldOneCannotBeTapped) {
 }
 
 /// What the user is told of the process that is recorded.
-class RecordedProcess : public testing::Test {
+class RecordedProcess : public Processes {
  protected:
   static constexpr int cyclesBetweenLooks = 10;
 
   void SetUp() override {
-    ASSERT_TRUE(server.isRunning());
+    Processes::SetUp();
     recorder.captureHardware().setNoticeTaker([this](const linuxos::Notice& notice) {
       const std::lock_guard lock(mutex_);
       told_.push_back(notice.matter + ": " + notice.summary + ": " + notice.body);
     });
   }
+  void TearDown() override { recorder.captureHardware().setNoticeTaker({}); }
 
   std::vector<std::string> takeTold() {
     const std::lock_guard lock(mutex_);
@@ -185,10 +166,6 @@ class RecordedProcess : public testing::Test {
  private:
   std::mutex mutex_;
   std::vector<std::string> told_;
-
- protected:
-  TestServer server;
-  Recorder recorder{server};
 };
 
 TEST_F(RecordedProcess, theUserLearnsThatTheRecordedOneHasQuitAndThatItRunsAgain) {
@@ -240,25 +217,17 @@ TEST_F(RecordedProcess, anotherOfTheNameThatPlayedAllAlongIsNotTakenForTheOneTha
   EXPECT_THAT(takeTold(), ElementsAre(HasSubstr(": Still recording silence: ")));
 }
 
-TEST(Processes, anUnknownObjectCannotBeTappedOrRead) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server.socketPath());
+TEST_F(Processes, anUnknownObjectCannotBeTappedOrRead) {
   constexpr CA::AudioObjectID unknown = 4'000'000'000;
 
   EXPECT_EQ(recorder.startProcess(unknown), badObject);
   EXPECT_THAT(recorder.captureHardware().diagnosis().value_or(""), HasSubstr("4000000000"));
   pid_t pid = 0;
-  std::uint32_t size = sizeof pid;
-  EXPECT_EQ(recorder.hardware().AudioObjectGetPropertyData(
-                unknown, global(CA::kAudioProcessPropertyPID), 0, nullptr, &size, &pid),
+  EXPECT_EQ(CA::readProperty(recorder.hardware(), unknown, CA::kAudioProcessPropertyPID, &pid),
             badObject);
 }
 
-TEST(Processes, whoPassesItselfOffAsAnotherIsListedAndRecordedAsItself) {
-  TestServer server;
-  ASSERT_TRUE(server.isRunning());
-  Recorder recorder(server);
+TEST_F(Processes, whoPassesItselfOffAsAnotherIsListedAndRecordedAsItself) {
   Player bank(server.socketPath(), {"application.name=My Bank"});
   ASSERT_TRUE(bank.open("advice", 1));
   const auto process = recorder.waitForProcess(bank.pid());

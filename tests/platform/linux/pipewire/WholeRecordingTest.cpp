@@ -42,7 +42,7 @@ class FileRecorder {
  private:
   fakes::World world_;
   Recorder capture_;
-  LogKeeper log_;
+  support::KeptLog log_;
   linuxos::Dispatch dispatch_;
   linuxos::AudioFramework framework_{log_};
   std::shared_ptr<RecordingEngine> engine_ = RecordingEngine::make({

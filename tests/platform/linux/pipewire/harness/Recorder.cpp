@@ -3,45 +3,9 @@
 #include <thread>
 #include <utility>
 
+#include "platform/AudioObjectProperties.h"
+
 namespace audrel::pwtest {
-
-namespace {
-
-constexpr std::uint32_t textReferenceSize = 8;
-
-constexpr CA::AudioObjectPropertyAddress global(std::uint32_t selector) {
-  return {selector, CA::kAudioObjectPropertyScopeGlobal, CA::kAudioObjectPropertyElementMain};
-}
-
-}  // namespace
-
-class LogKeeper::KeepingLogger final : public os::Logger {
- public:
-  explicit KeepingLogger(std::shared_ptr<Lines> lines) : lines_(std::move(lines)) {}
-
-  void log(os::LogLevel level, std::string_view line) noexcept override {
-    const std::lock_guard lock(lines_->mutex);
-    lines_->lines.push_back((level == os::LogLevel::error ? "error: " : "info: ") +
-                            std::string(line));
-  }
-
- private:
-  std::shared_ptr<Lines> lines_;
-};
-
-std::shared_ptr<os::Logger> LogKeeper::makeLogger(const std::string& /*subsystem*/,
-                                                  const std::string& /*category*/) {
-  return std::make_shared<KeepingLogger>(lines_);
-}
-
-std::vector<std::string> LogKeeper::lines() const {
-  const std::lock_guard lock(lines_->mutex);
-  return lines_->lines;
-}
-
-std::string CountingUUIDs::uuidString() {
-  return "uuid-" + std::to_string(++count_);
-}
 
 Recorder::Recorder(const std::string& socketPath, std::shared_ptr<linuxos::CaptureTime> time)
     : layer_(std::make_shared<Layer>(std::move(time))) {
@@ -53,30 +17,24 @@ Recorder::~Recorder() {
 }
 
 std::vector<CA::AudioObjectID> Recorder::processes() {
-  const auto address = global(CA::kAudioHardwarePropertyProcessObjectList);
+  constexpr auto list = CA::kAudioHardwarePropertyProcessObjectList;
   std::uint32_t size = 0;
-  hardware().AudioObjectGetPropertyDataSize(CA::kAudioObjectSystemObject, address, 0, nullptr,
-                                            &size);
-  std::vector<CA::AudioObjectID> ids(size / sizeof(CA::AudioObjectID));
-  hardware().AudioObjectGetPropertyData(CA::kAudioObjectSystemObject, address, 0, nullptr, &size,
-                                        ids.data());
-  ids.resize(size / sizeof(CA::AudioObjectID));
+  std::vector<CA::AudioObjectID> ids;
+  CA::readPropertySize(hardware(), CA::kAudioObjectSystemObject, list, &size);
+  CA::readProperty(hardware(), CA::kAudioObjectSystemObject, list, size, &ids);
+  std::erase(ids, CA::kAudioObjectUnknown);  // has gone meanwhile
   return ids;
 }
 
 pid_t Recorder::pidOf(CA::AudioObjectID process) {
   pid_t pid = -1;
-  std::uint32_t size = sizeof pid;
-  hardware().AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyPID), 0, nullptr,
-                                        &size, &pid);
+  CA::readProperty(hardware(), process, CA::kAudioProcessPropertyPID, &pid);
   return pid;
 }
 
 std::string Recorder::bundleIdOf(CA::AudioObjectID process) {
   std::string text;
-  std::uint32_t size = textReferenceSize;
-  hardware().AudioObjectGetPropertyData(process, global(CA::kAudioProcessPropertyBundleID), 0,
-                                        nullptr, &size, &text);
+  CA::readProperty(hardware(), process, CA::kAudioProcessPropertyBundleID, &text);
   return text;
 }
 
@@ -111,14 +69,11 @@ CA::OSStatus Recorder::start(const CA::TapDescription& description) {
     return status;
   }
   std::string uid;
-  std::uint32_t size = textReferenceSize;
-  if (const auto status = hardware().AudioObjectGetPropertyData(
-          tap_, global(CA::kAudioTapPropertyUID), 0, nullptr, &size, &uid)) {
+  if (const auto status = CA::readProperty(hardware(), tap_, CA::kAudioTapPropertyUID, &uid)) {
     return status;
   }
-  size = sizeof format_;
-  if (const auto status = hardware().AudioObjectGetPropertyData(
-          tap_, global(CA::kAudioTapPropertyFormat), 0, nullptr, &size, &format_)) {
+  if (const auto status =
+          CA::readProperty(hardware(), tap_, CA::kAudioTapPropertyFormat, &format_)) {
     return status;
   }
   return makeDevice(uid);

@@ -7,51 +7,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/CoreAudio.h"
-#include "platform/Foundation.h"
-#include "platform/Log.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/pipewire/CaptureTime.h"
 #include "platform/linux/pipewire/Connection.h"
 #include "platform/linux/pipewire/MonotonicTime.h"
+#include "platform/linux/system/UUIDFactory.h"
 #include "tests/platform/linux/pipewire/harness/SampleStore.h"
 #include "tests/platform/linux/pipewire/harness/TestServer.h"
+#include "tests/support/KeptLog.h"
 
 namespace audrel::pwtest {
-
-/// Keeps what is logged.
-class LogKeeper final : public os::Log {
- public:
-  std::shared_ptr<os::Logger> makeLogger(const std::string& subsystem,
-                                         const std::string& category) override;
-
-  /// "error: ..." or "info: ..." each.
-  std::vector<std::string> lines() const;
-
- private:
-  struct Lines {
-    mutable std::mutex mutex;
-    std::vector<std::string> lines;
-  };
-  class KeepingLogger;
-
-  std::shared_ptr<Lines> lines_ = std::make_shared<Lines>();
-};
-
-/// Distinct identifiers.
-class CountingUUIDs final : public NS::UUIDFactory {
- public:
-  std::string uuidString() override;
-
- private:
-  int count_ = 0;
-};
 
 /// Captures into memory, by the calls that a recording makes of the hardware layer.
 class Recorder {
@@ -72,7 +42,7 @@ class Recorder {
 
   CA::AudioHardware& hardware() { return layer_->hardware; }
   linuxos::CaptureHardware& captureHardware() { return layer_->hardware; }
-  const LogKeeper& log() const { return layer_->log; }
+  const support::KeptLog& log() const { return layer_->log; }
 
   std::vector<CA::AudioObjectID> processes();
   pid_t pidOf(CA::AudioObjectID process);
@@ -113,8 +83,8 @@ class Recorder {
     explicit Layer(std::shared_ptr<linuxos::CaptureTime> time_) : time(std::move(time_)) {}
 
     std::shared_ptr<linuxos::CaptureTime> time;
-    LogKeeper log;
-    CountingUUIDs uuids;
+    support::KeptLog log;
+    linuxos::UUIDFactory uuids;
     linuxos::Connection connection;
     linuxos::CaptureHardware hardware{connection, *time, log, uuids};
   };
