@@ -110,6 +110,44 @@ std::string finishingProblem(const std::filesystem::path& path, int code, std::u
   return line;
 }
 
+std::string repairProblem(const std::filesystem::path& path, int code) {
+  const std::string name = quotedName(path);
+  const std::string folder = folderOf(path);
+  switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+      return "There is no file " + name + " in " + folder + ". Check its name.";
+    case EISDIR:
+      return name + " is not a file. Give the names of recordings.";
+    case ELOOP:
+      return name + " is a link. Give the name of the file that it leads to.";
+    case EACCES:
+    case EPERM:
+      return "You have no permission to change " + name + " in " + folder +
+             ". Change its permissions.";
+    case EROFS:
+      return "The disk that holds " + folder +
+             " can only be read. Copy the file to another one, and repair the copy.";
+    case EFBIG:
+      return name +
+             " needs to grow beyond the largest size that a file may have here. Copy it to "
+             "another disk, and repair the copy.";
+    case ENOMEM:
+      return "There is not enough memory to repair " + name + ". Close some programs.";
+    case ENOSPC:
+    case EDQUOT:
+    case EIO:
+    case ENXIO:
+    case ENODEV:
+      return reason(path, code);
+    default:
+      return name + " in " + folder + " could not be read or changed (" +
+             std::generic_category().message(code) +
+             "). Copy it to another disk, and repair the "
+             "copy.";
+  }
+}
+
 NS::Error plainError(int code, std::string sentence) {
   return {NS::POSIXErrorDomain, code, std::move(sentence)};
 }

@@ -23,6 +23,10 @@ NS::Error writeError(const std::filesystem::path& path, const BlockFile::Failure
 std::string finishingProblem(const std::filesystem::path& path, int code, std::uint64_t lostFrames,
                              std::uint32_t sampleRate);
 
+/// Why the file at `path` could not be repaired, and what to do about it. `EISDIR`: it is no
+/// regular file.
+std::string repairProblem(const std::filesystem::path& path, int code);
+
 /// A reason of our own, which `sentence` tells: `EINVAL`, `ENOTSUP` and the like.
 NS::Error plainError(int code, std::string sentence);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -11,13 +10,12 @@ namespace audrel::linuxos {
 namespace {
 
 constexpr std::size_t boxHeaderSize = 8;
-constexpr std::size_t commitSize = 16;  // a box header with a size of 64 bits, the longest
 constexpr std::size_t maximumPacketSize = 0xFFFF;
 constexpr std::size_t maximumAacBytes = 768;  // of a packet, for each channel
-constexpr std::size_t packetsPerSilentFragment = 1024;
 
 std::size_t halfASecond(const mp4::Track& track) {
-  return std::max<std::size_t>(1, track.sampleRate / 2 / track.framesPerPacket);
+  return std::clamp<std::size_t>(track.sampleRate / 2 / track.framesPerPacket, 1,
+                                 mp4::mostPacketsInFragment);
 }
 
 }  // namespace
@@ -35,13 +33,8 @@ M4aWriter::M4aWriter(BlockFile file, mp4::Track track, SilenceSource silence)
 
 int M4aWriter::start() {
   ByteWriter out;
-  mp4::writeFileType(out);
-  commitOffset_ = out.size();
-  {
-    const mp4::Box box(out, "free");
-  }
-  mp4::writeFragmentedMovie(out, track_);
-  const auto replaced = out.bytes().subspan(commitOffset_, commitSize);
+  mp4::writeBeginning(out, track_);
+  const auto replaced = out.bytes().subspan(mp4::commitOffset, mp4::commitSize);
   replaced_.assign(replaced.begin(), replaced.end());
   return file_.appendOrRemove(out.bytes());
 }
@@ -85,7 +78,7 @@ std::optional<BlockFile::Failure> M4aWriter::writeOwedSilence() {
   }
   std::optional<BlockFile::Failure> failure;
   while (owedSilence_ > 0) {
-    const std::size_t count = std::min<std::uint64_t>(owedSilence_, packetsPerSilentFragment);
+    const std::size_t count = std::min<std::uint64_t>(owedSilence_, mp4::mostPacketsInFragment);
     const std::vector<std::uint16_t> sizes(count, static_cast<std::uint16_t>(packet.size()));
     std::vector<std::byte> block(mp4::fragmentHeadSize(count));
     for (std::size_t i = 0; i < count; ++i) {
@@ -135,18 +128,13 @@ M4aWriter::Ending M4aWriter::finish(std::uint64_t frames) {
   index_.forgetFrom(file_.end());
 
   Ending ending;
-  ending.frames = std::min(frames, playableFrames());
+  ending.frames = std::min(frames, mp4::playableFrames(track_, index_.sizes().size()));
   ending.silenced = silencedFrames();
   const int indexed = writeIndex(ending.frames);
   const int closed = file_.close();
   ending.indexed = indexed == 0;
   ending.code = flushed != 0 ? flushed : indexed != 0 ? indexed : closed;
   return ending;
-}
-
-std::uint64_t M4aWriter::playableFrames() const {
-  const std::uint64_t decoded = index_.sizes().size() * std::uint64_t{track_.framesPerPacket};
-  return decoded - std::min<std::uint64_t>(decoded, track_.initialPadding);
 }
 
 /// Those that are in the file.
@@ -161,15 +149,10 @@ std::uint64_t M4aWriter::silencedFrames() const {
 }
 
 int M4aWriter::writeIndex(std::uint64_t frames) {
-  const std::uint64_t decoded = frames == 0 ? 0 : track_.initialPadding + frames;
-  index_.limit((decoded + track_.framesPerPacket - 1) / track_.framesPerPacket);
   const std::uint64_t movie = file_.end() + boxHeaderSize;
   try {
     ByteWriter out;
-    {
-      const mp4::Box hiding(out, "free");
-      mp4::writeMovie(out, track_, index_, frames);
-    }
+    mp4::writeHiddenMovie(out, track_, index_, frames);
     if (const int code = file_.appendOrRemove(out.bytes()); code != 0) {
       return code;
     }
@@ -180,17 +163,11 @@ int M4aWriter::writeIndex(std::uint64_t frames) {
 }
 
 int M4aWriter::commit(std::uint64_t movie) {
-  const std::uint64_t size = movie - commitOffset_;
-  const bool large = size > std::numeric_limits<std::uint32_t>::max();
   ByteWriter out;
-  out.big(large ? std::uint32_t{1} : static_cast<std::uint32_t>(size));
-  out.text("mdat");
-  if (large) {
-    out.big(size);
-  }
-  const int code = file_.overwrite(commitOffset_, out.bytes());
+  mp4::writeCommit(out, movie);
+  const int code = file_.overwrite(mp4::commitOffset, out.bytes());
   if (code != 0) {
-    static_cast<void>(file_.overwrite(commitOffset_, replaced_));  // no half of it may stay
+    static_cast<void>(file_.overwrite(mp4::commitOffset, replaced_));  // no half of it may stay
   }
   return code;
 }

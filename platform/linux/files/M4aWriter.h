@@ -54,7 +54,6 @@ class M4aWriter {
   std::optional<BlockFile::Failure> appendFragment(std::span<const std::uint16_t> sizes,
                                                    std::span<std::byte> block);
 
-  std::uint64_t playableFrames() const;
   std::uint64_t silencedFrames() const;
   int writeIndex(std::uint64_t frames);
 
@@ -67,8 +66,7 @@ class M4aWriter {
   std::size_t packetsPerFragment_;
   std::size_t headRoom_;  // for a fragment's head, in front of its packets
 
-  std::uint64_t commitOffset_ = 0;    // of the first `free` box
-  std::vector<std::byte> replaced_;   // what stands there until then: 16 bytes
+  std::vector<std::byte> replaced_;   // what stands where finishing writes in place: 16 bytes
   std::vector<std::byte> fragment_;   // head room, then packets
   std::vector<std::uint16_t> sizes_;  // of the packets in fragment_
   ByteWriter head_;

@@ -299,25 +299,15 @@ void gaplessTag(ByteWriter& out, const Track& track) {
   out.text(value);
 }
 
-}  // namespace
-
-Box::Box(ByteWriter& out, std::string_view type) : out_(out), start_(out.size()) {
-  out.big(std::uint32_t{0});
-  out.text(type);
-}
-
-Box::~Box() {
-  out_.patchBig32(start_, static_cast<std::uint32_t>(out_.size() - start_));
-}
-
-void writeFileType(ByteWriter& out) {
+void fileType(ByteWriter& out) {
   const Box box(out, "ftyp");
   out.text("M4A ");
   out.big(std::uint32_t{0x200});
   out.text("M4A mp42isomiso5");  // iso5: fragments whose offsets count from their moof
 }
 
-void writeFragmentedMovie(ByteWriter& out, const Track& track) {
+/// The track, no packets.
+void fragmentedMovie(ByteWriter& out, const Track& track) {
   const Box box(out, "moov");
   movieHeader(out, track, 0);
   trackBox(out, track, PacketIndex(), 0, 0, true);
@@ -331,6 +321,36 @@ void writeFragmentedMovie(ByteWriter& out, const Track& track) {
   out.big(track.framesPerPacket);
   out.big(std::uint32_t{0});  // size: told by each fragment
   out.big(decodesByItself);
+}
+
+/// Every packet of `index`. Decoded, `frames` frames follow the padding; 0 means that there is no
+/// packet either.
+void movie(ByteWriter& out, const Track& track, const PacketIndex& index, std::uint64_t frames) {
+  constexpr std::size_t fixedBoxes = 1024;
+  out.reserve(out.size() + fixedBoxes + track.configuration.size() + 4 * index.sizes().size() +
+              20 * index.runs().size());
+  const Box box(out, "moov");
+  movieHeader(out, track, frames);
+  trackBox(out, track, index, frames, frames == 0 ? 0 : track.initialPadding + frames, frames > 0);
+}
+
+}  // namespace
+
+Box::Box(ByteWriter& out, std::string_view type) : out_(out), start_(out.size()) {
+  out.big(std::uint32_t{0});
+  out.text(type);
+}
+
+Box::~Box() {
+  out_.patchBig32(start_, static_cast<std::uint32_t>(out_.size() - start_));
+}
+
+void writeBeginning(ByteWriter& out, const Track& track) {
+  fileType(out);
+  {
+    const Box box(out, "free");
+  }
+  fragmentedMovie(out, track);
 }
 
 void writeFragmentHead(ByteWriter& out, std::uint32_t sequence, std::uint64_t time,
@@ -380,14 +400,30 @@ std::size_t fragmentHeadSize(std::size_t packets) {
   return moof + mfhd + traf + tfhd + tfdt + trun + 4 * packets + mdat;
 }
 
-void writeMovie(ByteWriter& out, const Track& track, const PacketIndex& index,
-                std::uint64_t frames) {
-  constexpr std::size_t fixedBoxes = 1024;
-  out.reserve(out.size() + fixedBoxes + track.configuration.size() + 4 * index.sizes().size() +
-              20 * index.runs().size());
-  const Box box(out, "moov");
-  movieHeader(out, track, frames);
-  trackBox(out, track, index, frames, frames == 0 ? 0 : track.initialPadding + frames, frames > 0);
+std::uint64_t playableFrames(const Track& track, std::uint64_t packets) {
+  const std::uint64_t decoded = packets * track.framesPerPacket;
+  return decoded - std::min<std::uint64_t>(decoded, track.initialPadding);
+}
+
+void writeHiddenMovie(ByteWriter& out, const Track& track, PacketIndex& index,
+                      std::uint64_t frames) {
+  const std::uint64_t decoded = frames == 0 ? 0 : track.initialPadding + frames;
+  index.limit((decoded + track.framesPerPacket - 1) / track.framesPerPacket);
+  const Box hiding(out, "free");
+  movie(out, track, index, frames);
+}
+
+void writeCommit(ByteWriter& out, std::uint64_t movie) {
+  writeBoxHeader(out, "mdat", movie - commitOffset);
+}
+
+void writeBoxHeader(ByteWriter& out, std::string_view type, std::uint64_t size) {
+  const bool large = size > largest32;
+  out.big(large ? std::uint32_t{1} : static_cast<std::uint32_t>(size));
+  out.text(type);
+  if (large) {
+    out.big(size);
+  }
 }
 
 }  // namespace audrel::linuxos::mp4

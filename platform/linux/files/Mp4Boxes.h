@@ -35,10 +35,16 @@ class Box {
   std::size_t start_;
 };
 
-void writeFileType(ByteWriter& out);
+/// What stands before the fragments: `ftyp`, an empty `free`, and a `moov` with the track and no
+/// packets.
+void writeBeginning(ByteWriter& out, const Track& track);
 
-/// The `moov` in front of fragments: the track, no packets.
-void writeFragmentedMovie(ByteWriter& out, const Track& track);
+/// Where the empty `free` stands, and how many bytes `writeCommit` may replace from there on.
+constexpr std::size_t commitOffset = 32;
+constexpr std::size_t commitSize = 16;
+
+/// No fragment of ours has more.
+constexpr std::size_t mostPacketsInFragment = 1024;
 
 /// The `moof` of a fragment whose `mdat` follows directly, header included.
 /// `sequence` counts fragments from 1; `time` is when the first packet's frames begin.
@@ -48,9 +54,20 @@ void writeFragmentHead(ByteWriter& out, std::uint32_t sequence, std::uint64_t ti
 /// The bytes of the above for a number of packets.
 std::size_t fragmentHeadSize(std::size_t packets);
 
-/// The `moov` of a plain file: every packet of `index`. Decoded, `frames` frames follow the
-/// padding; at most as many as the packets hold. 0 means that there is no packet either.
-void writeMovie(ByteWriter& out, const Track& track, const PacketIndex& index,
-                std::uint64_t frames);
+/// The frames that a number of packets decode to, without the padding.
+std::uint64_t playableFrames(const Track& track, std::uint64_t packets);
+
+/// The `moov` of a plain file, hidden in a `free` box: the packets of `index` that are needed for
+/// `frames` frames after the padding, which are playable. `index` is limited to them.
+void writeHiddenMovie(ByteWriter& out, const Track& track, PacketIndex& index,
+                      std::uint64_t frames);
+
+/// What turns all between `commitOffset` and the hidden `moov` at `movie` into one box of data, and
+/// so the file into a plain one.
+void writeCommit(ByteWriter& out, std::uint64_t movie);
+
+/// The header of a box of `size` bytes, itself included: 8 bytes, or 16 where 32 bits do not hold
+/// the size.
+void writeBoxHeader(ByteWriter& out, std::string_view type, std::uint64_t size);
 
 }  // namespace audrel::linuxos::mp4

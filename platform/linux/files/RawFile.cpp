@@ -9,26 +9,10 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/files/Descriptor.h"
+
 namespace audrel::linuxos {
 namespace {
-
-/// Closed once, and with it.
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  Descriptor& operator=(Descriptor&&) = delete;
-  ~Descriptor() { close(); }
-
-  int get() const { return descriptor_; }
-  int close() noexcept {
-    const int descriptor = std::exchange(descriptor_, -1);
-    return descriptor < 0 ? 0 : ::close(descriptor);
-  }
-
- private:
-  int descriptor_;
-};
 
 /// The folder that a file is created in. Who may not read a folder may still create in it.
 struct Folder {
@@ -75,15 +59,6 @@ class PosixFile final : public RawFile {
   std::string name_;
   bool isLocked_;
 };
-
-template <typename Open>
-Descriptor opened(Open open) {
-  int descriptor = -1;
-  do {
-    descriptor = open();
-  } while (descriptor < 0 && errno == EINTR);
-  return Descriptor(descriptor);
-}
 
 Folder openFolder(const std::filesystem::path& path) {
   const auto open = [&](int access) {

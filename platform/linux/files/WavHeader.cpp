@@ -1,6 +1,9 @@
 #include "platform/linux/files/WavHeader.h"
 
+#include <algorithm>
 #include <array>
+
+#include "platform/linux/files/ByteReader.h"
 
 namespace audrel::linuxos {
 namespace {
@@ -75,6 +78,28 @@ void writeWavHeader(ByteWriter& out, const WavFormat& format, std::uint64_t data
   writeFormatChunk(out, format);
   out.text("data");
   out.little(large ? sizeIsElsewhere : static_cast<std::uint32_t>(dataSize));
+}
+
+std::optional<WavHeader> readWavHeader(std::span<const std::byte> bytes) {
+  constexpr std::size_t formatPosition =
+      riffHeaderSize + chunkHeaderSize + ds64Size + chunkHeaderSize;
+  const WavFormat format = {.sampleRate = littleAt<std::uint32_t>(bytes, formatPosition + 4),
+                            .channels = littleAt<std::uint16_t>(bytes, formatPosition + 2)};
+  const std::size_t size = wavHeaderSize(format);
+  if (format.sampleRate == 0 || format.channels == 0 || bytes.size() < size) {
+    return std::nullopt;
+  }
+  const auto small = littleAt<std::uint32_t>(bytes, size - 4);
+  constexpr std::size_t largePosition = riffHeaderSize + chunkHeaderSize + 8;
+  const std::uint64_t dataSize =
+      small == sizeIsElsewhere ? littleAt<std::uint64_t>(bytes, largePosition) : small;
+  ByteWriter expected;
+  writeWavHeader(expected, format, dataSize);
+  if (dataSize % format.bytesPerFrame() != 0 ||
+      !std::ranges::equal(bytes.first(size), expected.bytes())) {
+    return std::nullopt;
+  }
+  return WavHeader{format, dataSize};
 }
 
 }  // namespace audrel::linuxos

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
 
 #include "platform/linux/files/ByteWriter.h"
 
@@ -25,5 +27,17 @@ struct WavFormat {
 void writeWavHeader(ByteWriter& out, const WavFormat& format, std::uint64_t dataSize);
 
 std::size_t wavHeaderSize(const WavFormat& format);
+
+/// What a header tells.
+struct WavHeader {
+  WavFormat format;
+  std::uint64_t dataSize = 0;  ///< bytes of whole frames
+};
+
+/// Reads back what `writeWavHeader` writes, from the first `longestWavHeader` bytes of a file or
+/// all; nothing when they differ from that.
+std::optional<WavHeader> readWavHeader(std::span<const std::byte> bytes);
+
+constexpr std::size_t longestWavHeader = 104;
 
 }  // namespace audrel::linuxos
