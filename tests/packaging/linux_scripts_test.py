@@ -134,6 +134,19 @@ class CommandsTest(CopyTest):
         for line in configured:
             self.assertIn(" -DAUDREL_STRICT=ON ", line)
 
+    def totals(self, skipped):
+        self.tool("ctest", f"""for last; do :; done
+printf '<testsuite name="x"\\n\\ttests="7"\\n\\tfailures="2"\\n\\tdisabled="0"\\n' >"$last"
+printf '\\tskipped="{skipped}"\\n' >>"$last" """)
+        for build in ("release", "asan", "tsan", "macos", "macos-tsan"):
+            (self.copy / "build" / build).mkdir(parents=True, exist_ok=True)
+        result, _ = self.run_command("test")
+        return result.stdout.splitlines()[-1]
+
+    def test_the_last_line_counts_what_was_skipped_apart(self):
+        self.assertEqual(self.totals(skipped=1), "20 passed, 10 failed, 5 skipped")
+        self.assertEqual(self.totals(skipped=0), "25 passed, 10 failed")
+
     def test_what_is_run_is_built_in_a_folder_of_its_own(self):
         result, calls = self.run_command("run", "--headless")
         self.assertEqual(result.returncode, 0, result.stdout)
