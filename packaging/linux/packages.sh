@@ -49,6 +49,9 @@ testPackages=(
   locales                # a language with a decimal comma
   mandoc                 # checks the manual pages
   git                    # repositories for the tests of commands that go by commits
+  e2fsprogs              # disks for the trial of power cuts
+  xfsprogs               # others
+  btrfs-progs            # others
   fish                   # completes the words of a command line, as bash does
   desktop-file-utils     # checks the desktop entry
   appstream              # checks the metainfo
