@@ -86,7 +86,8 @@ std::optional<WavHeader> readWavHeader(std::span<const std::byte> bytes) {
   const WavFormat format = {.sampleRate = littleAt<std::uint32_t>(bytes, formatPosition + 4),
                             .channels = littleAt<std::uint16_t>(bytes, formatPosition + 2)};
   const std::size_t size = wavHeaderSize(format);
-  if (format.sampleRate == 0 || format.channels == 0 || bytes.size() < size) {
+  if (format.sampleRate == 0 || format.channels == 0 ||
+      format.channels > WavFormat::maximumChannels || bytes.size() < size) {
     return std::nullopt;
   }
   const auto small = littleAt<std::uint32_t>(bytes, size - 4);

@@ -1,0 +1,131 @@
+// Which files a repair takes, by their paths, and which it leaves alone.
+
+#include "platform/linux/files/Repair.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/files/FakeDisk.h"
+#include "tests/platform/linux/files/MemoryFile.h"
+#include "tests/platform/linux/files/Recordings.h"
+#include "tests/platform/linux/files/Tools.h"
+
+namespace audrel::linuxos::test {
+namespace {
+
+using testing::HasSubstr;
+using Outcome = Repair::Outcome;
+
+class Repairs : public FileTest {
+ protected:
+  /// A recording that was cut off after two blocks.
+  std::filesystem::path cutOff(const std::string& name) {
+    const auto disk = std::make_shared<FakeDisk>();
+    AudioFramework framework(log_, disk->creator());
+    const Audio audio = noise(60'000);
+    const bool isWav = name.ends_with(".wav");
+    const auto file = openFile(framework, name, isWav ? wavSettings(audio) : m4aSettings(audio));
+    EXPECT_TRUE(deliver(framework, *file, audio).empty());
+    disk->replay(isWav ? 4 : 3, 0, folder_ / name);
+    return folder_ / name;
+  }
+
+  /// That is what `repair` says of it, and it stays as it is.
+  void expectUntouched(const std::filesystem::path& path, Outcome outcome) const {
+    SCOPED_TRACE(path);
+    const auto before = contentsOf(path);
+    const auto written = std::filesystem::last_write_time(path);
+    EXPECT_EQ(repair(path, LockRule::needed).outcome, outcome);
+    EXPECT_TRUE(contentsOf(path) == before);
+    EXPECT_EQ(std::filesystem::last_write_time(path), written);
+  }
+
+  std::string problemOf(const std::filesystem::path& path) const {
+    const auto [outcome, seconds, problem] = repair(path, LockRule::ifOffered);
+    EXPECT_EQ(outcome, Outcome::unreadable);
+    return problem;
+  }
+};
+
+TEST_F(Repairs, areDoneOnceAndThenTheFileIsWhole) {
+  for (const auto* name : {"song.m4a", "song.wav"}) {
+    const auto path = cutOff(name);
+    const auto repaired = repair(path, LockRule::needed);
+    EXPECT_EQ(repaired.outcome, Outcome::repaired);
+    EXPECT_EQ(probe(path).duration, std::lround(repaired.seconds * 48000));
+    expectUntouched(path, Outcome::whole);
+  }
+}
+
+TEST_F(Repairs, leaveWhatAStoppedRecordingMadeAlone) {
+  const Audio audio = noise(60'000);
+  expectUntouched(record("song.m4a", audio, m4aSettings(audio)), Outcome::whole);
+  expectUntouched(record("song.wav", audio, wavSettings(audio)), Outcome::whole);
+}
+
+TEST_F(Repairs, leaveWhatOtherProgramsMadeAlone) {
+  const auto make = [&](const std::string& name, const std::vector<std::string>& options = {}) {
+    std::vector<std::string> command = {"ffmpeg", "-v", "error",          "-f",
+                                        "lavfi",  "-i", "sine=duration=2"};
+    command.insert(command.end(), options.begin(), options.end());
+    command.push_back(folder_ / name);
+    ASSERT_EQ(runTool(command).exitCode, 0);
+  };
+  make("plain.m4a");
+  make("fragmented.m4a", {"-movflags", "frag_keyframe+empty_moov"});
+  make("a.wav");
+  make("b.wav", {"-rf64", "always"});
+  ASSERT_EQ(runTool({"sox", "-n", folder_ / "c.wav", "synth", "1", "sine"}).exitCode, 0);
+  std::ofstream(folder_ / "empty.m4a").flush();
+  std::ofstream(folder_ / "text") << "ftypM4A RIFF";
+  for (const auto* name :
+       {"plain.m4a", "fragmented.m4a", "a.wav", "b.wav", "c.wav", "empty.m4a", "text"}) {
+    expectUntouched(folder_ / name, Outcome::notOurs);
+  }
+}
+
+TEST_F(Repairs, leaveAFileAloneThatIsBeingRecorded) {
+  const Audio audio = noise(60'000);
+  const auto path = folder_ / "song.m4a";
+  auto file = openFile(framework_, path, m4aSettings(audio));
+  EXPECT_TRUE(deliver(framework_, *file, audio).empty());
+  expectUntouched(path, Outcome::inUse);
+  EXPECT_EQ(repair(path, LockRule::ifOffered).outcome, Outcome::inUse) << "force or not";
+  file.reset();
+  expectUntouched(path, Outcome::whole);
+}
+
+TEST_F(Repairs, keepOthersOffTheFileWhileTheyLast) {
+  const auto path = cutOff("song.wav");
+  int code = 0;
+  const auto file = openExisting(path, &code);
+  ASSERT_EQ(file->lock(), 0);
+  expectUntouched(path, Outcome::inUse);
+}
+
+TEST_F(Repairs, tellWhatCannotBeOpenedAndWhatToDo) {
+  const auto path = cutOff("song.wav");
+  std::filesystem::create_symlink(path, folder_ / "link.wav");
+  EXPECT_EQ(problemOf(folder_ / "link.wav"),
+            "\"link.wav\" is a link. Give the name of the file that it leads to.");
+  EXPECT_THAT(problemOf(folder_ / "none.wav"), HasSubstr("There is no file \"none.wav\" in \""));
+  EXPECT_THAT(problemOf(path / "none.wav"), HasSubstr("There is no file"));
+  EXPECT_THAT(problemOf(folder_.path()),
+              HasSubstr(" is not a file. Give the names of recordings."));
+  EXPECT_THAT(problemOf("/dev/null"), HasSubstr("\"null\" is not a file."));
+  ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(problemOf(folder_ / "pipe"), "\"pipe\" is not a file. Give the names of recordings.");
+  if (geteuid() != 0) {
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    EXPECT_THAT(problemOf(path), HasSubstr("You have no permission to change \"song.wav\" in "));
+  }
+}
+
+}  // namespace
+}  // namespace audrel::linuxos::test
