@@ -1,7 +1,8 @@
-// Plays one piece of audio round and round, sample-exactly: `loop_player FILE QUANTUM`, where FILE
-// holds stereo frames at 48 kHz, 16-bit signed, and QUANTUM is the cycle length that it asks of the
-// server, in frames. It prints "ready", and then for each line that it reads the shortest and the
-// longest cycle since the last: "1024 1024". It ends when its standard input does.
+// Plays one piece of audio round and round, sample-exactly: `loop_player FILE QUANTUM STREAMS
+// RATE`, where FILE holds stereo frames, 16-bit signed, QUANTUM is the cycle length that it asks of
+// the server, in frames, STREAMS how many streams each play the piece, and RATE their frames a
+// second. It prints "ready", and then for each line that it reads the shortest and the longest
+// cycle since the last: "1024 1024". It ends when its standard input does.
 
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
@@ -14,6 +15,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,51 +30,41 @@ using linuxos::LoopLock;
 using linuxos::StreamHandle;
 using linuxos::ThreadLoopHandle;
 
-constexpr std::uint32_t rate = 48000;
 constexpr std::uint32_t frameBytes = 4;
 
-class LoopPlayer {
- public:
-  LoopPlayer(std::vector<char> audio, const std::string& quantum)
-      : audio_(std::move(audio)),
-        latency_(quantum + "/" + std::to_string(rate)),
-        loop_(pw_thread_loop_new("loop-player", nullptr)),
-        context_(pw_context_new(pw_thread_loop_get_loop(loop_.get()),
-                                pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr),
-                                0)) {}
+/// The cycles of the graph. Any thread.
+struct CycleLengths {
+  std::atomic<std::uint64_t> shortest = UINT64_MAX;
+  std::atomic<std::uint64_t> longest = 0;
+};
 
-  ~LoopPlayer() {
-    pw_thread_loop_stop(loop_.get());
+/// One stream that plays the piece. Its functions are called with the loop locked.
+class LoopStream {
+ public:
+  LoopStream(const std::vector<char>& audio, CycleLengths& cycles)
+      : audio_(audio), cycles_(cycles) {}
+  ~LoopStream() {
     if (stream_) {
       endStream(stream_, hook_);
     }
   }
-  LoopPlayer(const LoopPlayer&) = delete;
-  LoopPlayer& operator=(const LoopPlayer&) = delete;
+  LoopStream(const LoopStream&) = delete;
+  LoopStream& operator=(const LoopStream&) = delete;
 
-  bool start() {
-    pw_thread_loop_start(loop_.get());
-    const LoopLock lock(loop_.get());
-    pw_core* core = pw_context_connect(context_.get(), nullptr, 0);
-    if (core == nullptr) {
-      return false;
-    }
+  /// The first stream has the name that recorders are linked to.
+  bool start(pw_core* core, std::uint32_t number, const std::string& latency, std::uint32_t rate) {
+    const std::string name = number == 1 ? "loop-player" : "loop-player-" + std::to_string(number);
     stream_.reset(pw_stream_new(
         core, "Loop",
         pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Playback",
-                          PW_KEY_APP_NAME, "Loop player", PW_KEY_NODE_NAME, "loop-player",
-                          PW_KEY_NODE_LATENCY, latency_.c_str(), nullptr)));
+                          PW_KEY_APP_NAME, "Loop player", PW_KEY_NODE_NAME, name.c_str(),
+                          PW_KEY_NODE_LATENCY, latency.c_str(), nullptr)));
     pw_stream_add_listener(stream_.get(), hook_.get(), &events, this);
-    return connect();
-  }
-
-  std::string cycleLengths() {
-    return std::to_string(shortest_.exchange(UINT64_MAX)) + " " +
-           std::to_string(longest_.exchange(0));
+    return connect(rate);
   }
 
  private:
-  bool connect() {
+  bool connect(std::uint32_t rate) {
     spa_audio_info_raw info{};
     info.format = SPA_AUDIO_FORMAT_S16;
     info.rate = rate;
@@ -96,8 +88,8 @@ class LoopPlayer {
       return;
     }
     if (const spa_io_position* position = position_) {
-      shortest_ = std::min<std::uint64_t>(shortest_, position->clock.duration);
-      longest_ = std::max<std::uint64_t>(longest_, position->clock.duration);
+      cycles_.shortest = std::min<std::uint64_t>(cycles_.shortest, position->clock.duration);
+      cycles_.longest = std::max<std::uint64_t>(cycles_.longest, position->clock.duration);
     }
     spa_data& data = buffer->buffer->datas[0];
     std::uint64_t frames = data.maxsize / frameBytes;
@@ -122,30 +114,69 @@ class LoopPlayer {
 
   static const pw_stream_events events;
 
-  const std::vector<char> audio_;
-  const std::string latency_;
+  const std::vector<char>& audio_;
+  CycleLengths& cycles_;
   std::size_t next_ = 0;
   std::atomic<const spa_io_position*> position_ = nullptr;
-  std::atomic<std::uint64_t> shortest_ = UINT64_MAX;
-  std::atomic<std::uint64_t> longest_ = 0;
-  ThreadLoopHandle loop_;
-  ContextHandle context_;
   StreamHandle stream_;
   Hook hook_;
 };
 
-const pw_stream_events LoopPlayer::events = {
+const pw_stream_events LoopStream::events = {
     .version = PW_VERSION_STREAM_EVENTS,
     .io_changed =
         [](void* self, std::uint32_t id, void* area, std::uint32_t) {
           if (id == SPA_IO_Position) {
-            static_cast<LoopPlayer*>(self)->position_ = static_cast<spa_io_position*>(area);
+            static_cast<LoopStream*>(self)->position_ = static_cast<spa_io_position*>(area);
           }
         },
-    .process = [](void* self) { static_cast<LoopPlayer*>(self)->process(); },
+    .process = [](void* self) { static_cast<LoopStream*>(self)->process(); },
 };
 
-int run(const char* path, const char* quantum) {
+class LoopPlayer {
+ public:
+  explicit LoopPlayer(std::vector<char> audio)
+      : audio_(std::move(audio)),
+        loop_(pw_thread_loop_new("loop-player", nullptr)),
+        context_(pw_context_new(pw_thread_loop_get_loop(loop_.get()),
+                                pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr),
+                                0)) {}
+
+  ~LoopPlayer() { pw_thread_loop_stop(loop_.get()); }
+  LoopPlayer(const LoopPlayer&) = delete;
+  LoopPlayer& operator=(const LoopPlayer&) = delete;
+
+  bool start(const std::string& quantum, std::uint32_t streams, std::uint32_t rate) {
+    pw_thread_loop_start(loop_.get());
+    const LoopLock lock(loop_.get());
+    pw_core* core = pw_context_connect(context_.get(), nullptr, 0);
+    if (core == nullptr) {
+      return false;
+    }
+    const std::string latency = quantum + "/" + std::to_string(rate);
+    for (std::uint32_t number = 1; number <= streams; ++number) {
+      streams_.push_back(std::make_unique<LoopStream>(audio_, cycles_));
+      if (!streams_.back()->start(core, number, latency, rate)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  std::string cycleLengths() {
+    return std::to_string(cycles_.shortest.exchange(UINT64_MAX)) + " " +
+           std::to_string(cycles_.longest.exchange(0));
+  }
+
+ private:
+  const std::vector<char> audio_;
+  CycleLengths cycles_;
+  ThreadLoopHandle loop_;
+  ContextHandle context_;
+  std::vector<std::unique_ptr<LoopStream>> streams_;
+};
+
+int run(const char* path, const char* quantum, std::uint32_t streams, std::uint32_t rate) {
   std::ifstream file(path, std::ios::binary);
   std::vector<char> audio{std::istreambuf_iterator<char>(file), {}};
   if (audio.empty() || audio.size() % frameBytes != 0) {
@@ -153,8 +184,8 @@ int run(const char* path, const char* quantum) {
     return EXIT_FAILURE;
   }
   pw_init(nullptr, nullptr);
-  LoopPlayer player(std::move(audio), quantum);
-  if (!player.start()) {
+  LoopPlayer player(std::move(audio));
+  if (!player.start(quantum, streams, rate)) {
     std::cerr << "loop_player: the audio server does not answer\n";
     return EXIT_FAILURE;
   }
@@ -169,9 +200,11 @@ int run(const char* path, const char* quantum) {
 }  // namespace audrel::bench
 
 int main(int count, char** arguments) {
-  if (count != 3) {
-    std::cerr << "usage: loop_player FILE QUANTUM\n";
+  if (count != 5) {
+    std::cerr << "usage: loop_player FILE QUANTUM STREAMS RATE\n";
     return 2;
   }
-  return audrel::bench::run(arguments[1], arguments[2]);
+  const auto streams = static_cast<std::uint32_t>(std::strtoul(arguments[3], nullptr, 10));
+  const auto rate = static_cast<std::uint32_t>(std::strtoul(arguments[4], nullptr, 10));
+  return audrel::bench::run(arguments[1], arguments[2], streams, rate);
 }

@@ -21,9 +21,11 @@ _SINK_CONFIGURATION = f"""context.objects = [
 
 class AudioStack:
     """Session bus, PipeWire, WirePlumber and pipewire-pulse in a temporary folder, with one sink
-    that leads nowhere. A context manager; inside it `environment` leads clients here."""
+    that leads nowhere. `clock` has settings of the server's that differ from its own, by the names
+    that follow "default.clock.". A context manager; inside it `environment` leads clients here."""
 
-    def __init__(self):
+    def __init__(self, clock=None):
+        self._clock = clock or {}
         self._children = {}
 
     def __enter__(self):
@@ -51,6 +53,9 @@ class AudioStack:
         sinks = self.folder / "config/pipewire/pipewire.conf.d"
         sinks.mkdir(parents=True)
         (sinks / "sink.conf").write_text(_SINK_CONFIGURATION)
+        settings = "".join(f" default.clock.{name} = {value}"
+                           for name, value in self._clock.items())
+        (sinks / "clock.conf").write_text(f"context.properties = {{{settings} }}\n")
         self._launch("dbus-daemon", "--session", "--nofork", "--nopidfile",
                      f"--address=unix:path={runtime}/bus")
         self._wait_for("dbus-daemon", (runtime / "bus").exists)

@@ -3,7 +3,7 @@
 import dataclasses
 import struct
 
-from .source import FRAME_BYTES
+from .source import FRAME_BYTES, RATE
 
 _WINDOW = 16  # frames that tell a place in the loop from every other
 _STRIDE = 64  # frames
@@ -15,7 +15,7 @@ class Fidelity:
     added: int = 0  # frames of the recording that were not played
 
 
-def wav_audio(path):
+def wav_audio(path, expected_rate=RATE):
     """The audio of a WAV file of 16-bit stereo."""
     data = path.read_bytes()
     if data[:4] not in (b"RIFF", b"RF64") or data[8:12] != b"WAVE":
@@ -25,7 +25,7 @@ def wav_audio(path):
         name, size = struct.unpack_from("<4sI", data, offset)
         if name == b"fmt ":
             channels, rate, _, _, bits = struct.unpack_from("<HIIHH", data, offset + 10)
-            if (channels, rate, bits) != (2, 48000, 16):
+            if (channels, rate, bits) != (2, expected_rate, 16):
                 raise ValueError(f"{path} has {channels} channels, {rate} Hz, {bits} bits")
         if name == b"data":
             audio = data[offset + 8:offset + 8 + size]

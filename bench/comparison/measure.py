@@ -62,10 +62,10 @@ def record(recorder, stack, player, loop, seconds, path):
         child = processes.start(recorder.command(str(path), seconds), stack.environment, log,
                                 stdout=answer)
     try:
-        _link(recorder.links, stack)
+        link(recorder.links, stack)
         private_dirty, wake_ups = _watch(child, seconds)
         if recorder.ending is Ending.SIGNAL:
-            _wait_for_audio(path, seconds)
+            wait_for_audio(path, seconds)
             child.terminate()
         ended = processes.wait_with_usage(child, seconds + 30)
     finally:
@@ -77,12 +77,13 @@ def record(recorder, stack, player, loop, seconds, path):
     recorded = len(audio) / FRAME_BYTES / RATE if recorder.is_wav else probe_seconds(path)
     return Run(seconds=recorded, client_cpu=ended[1] / recorded, server=server,
                private_dirty=private_dirty, wake_ups=wake_ups,
-               reported_lost=_reported_lost(answer_path) if recorder.reports else None,
+               reported_lost=reported_lost(answer_path) if recorder.reports else None,
                fidelity=fidelity.check(audio, loop) if recorder.is_wav else None,
                cycles=player.cycle_lengths())
 
 
-def _link(links, stack):
+def link(links, stack):
+    """Links ports by their names, as soon as they are there."""
     deadline = time.monotonic() + 5
     for ports in links:
         while subprocess.run(["pw-link", *ports], env=stack.environment, capture_output=True,
@@ -102,9 +103,9 @@ def _watch(child, seconds):
     return private_dirty, (processes.wake_ups(child.pid) - wake_ups) / (time.monotonic() - begin)
 
 
-def _wait_for_audio(path, seconds):
-    deadline = time.monotonic() + 30
-    while path.stat().st_size < seconds * RATE * FRAME_BYTES:
+def wait_for_audio(path, seconds, rate=RATE):
+    deadline = time.monotonic() + seconds + 30
+    while not path.exists() or path.stat().st_size < seconds * rate * FRAME_BYTES:
         if time.monotonic() > deadline:
             raise RuntimeError(f"{path.name} does not grow")
         time.sleep(0.05)
@@ -116,7 +117,8 @@ def probe_seconds(path):
     return float(answer.stdout)
 
 
-def _reported_lost(path):
+def reported_lost(path):
+    """What the recorder says that it lost, in frames."""
     return json.loads(path.read_text())["lostFrames"]
 
 

@@ -1,12 +1,12 @@
-"""The programs that are compared, each told to record the same: 48 kHz, stereo, 16-bit WAV or AAC
-at 256 kbit/s in M4A."""
+"""The programs that are compared, each told to record the same: stereo, 16-bit WAV or AAC at
+256 kbit/s in M4A."""
 
 import dataclasses
 import enum
 from typing import Callable
 
 from .audio_stack import SINK
-from .source import PLAYER
+from .source import PLAYER, RATE
 
 OWN = "audrel-record"
 
@@ -31,28 +31,29 @@ class Recorder:
         return self.extension == "wav"
 
 
-def _links_to_player():
-    return tuple((f"{PLAYER}:output_{channel}", f"pw-record:input_{channel}")
-                 for channel in ("FL", "FR"))
+def links_to_player(streams=1):
+    names = [PLAYER, *(f"{PLAYER}-{number}" for number in range(2, streams + 1))]
+    return tuple((f"{name}:output_{channel}", f"pw-record:input_{channel}")
+                 for name in names for channel in ("FL", "FR"))
 
 
-def all_recorders(own):
+def all_recorders(own, rate=RATE):
     """Every recorder; `own` is the path of the program that the others are compared with."""
     pulse_input = ["ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "error", "-f", "pulse",
-                   "-channels", "2", "-sample_rate", "48000", "-i", f"{SINK}.monitor"]
+                   "-channels", "2", "-sample_rate", str(rate), "-i", f"{SINK}.monitor"]
 
     def record(path, seconds):
         return [own, "--duration", str(seconds), "--output", path, "--json"]
 
     def pw_record(path, _, target=(SINK, "-P", "{ stream.capture.sink = true }")):
-        return ["pw-record", "--target", *target, "--rate", "48000", "--channels", "2",
+        return ["pw-record", "--target", *target, "--rate", str(rate), "--channels", "2",
                 "--format", "s16", path]
 
     def pw_record_application(path, seconds):
         return pw_record(path, seconds, target=("0",))
 
     def parecord(path, _):
-        return ["parecord", f"--device={SINK}.monitor", "--rate=48000", "--channels=2",
+        return ["parecord", f"--device={SINK}.monitor", f"--rate={rate}", "--channels=2",
                 "--format=s16le", "--file-format=wav", path]
 
     def ffmpeg_wav(path, seconds):
@@ -67,7 +68,7 @@ def all_recorders(own):
         # What listening to the applications themselves costs, as audrel-record does for the sake of
         # exactness, instead of listening to the sink.
         Recorder("pw-record, linked to the player", "wav", Ending.SIGNAL, pw_record_application,
-                 links=_links_to_player(), is_peer=False),
+                 links=links_to_player(), is_peer=False),
         Recorder("parecord", "wav", Ending.SIGNAL, parecord),
         Recorder("ffmpeg -f pulse", "wav", Ending.ITSELF, ffmpeg_wav),
         Recorder(OWN, "m4a", Ending.ITSELF, record, reports=True, is_peer=False),

@@ -41,10 +41,12 @@ def make_loop():
 
 
 class Player:
-    """Plays the loop for as long as the context lasts."""
+    """Plays the loop for as long as the context lasts, in `streams` streams each, at `rate` frames
+    a second."""
 
-    def __init__(self, program, stack, loop, quantum):
-        self._command = [program, str(stack.folder / "loop.raw"), str(quantum)]
+    def __init__(self, program, stack, loop, quantum, streams=1, rate=RATE):
+        self._command = [program, str(stack.folder / "loop.raw"), str(quantum), str(streams),
+                         str(rate)]
         self._stack = stack
         self._loop = loop
 
