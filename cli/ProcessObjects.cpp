@@ -32,22 +32,6 @@ std::vector<CA::AudioObjectID> processObjects(CA::AudioHardware& hardware) {
   return objects;
 }
 
-/// 0 when the object is gone.
-pid_t processIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
-  pid_t pid = 0;
-  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyPID, &pid);
-  return status == CA::kAudioHardwareNoError ? pid : 0;
-}
-
-std::optional<std::string> bundleIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
-  std::string text;
-  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyBundleID, &text);
-  if (status != CA::kAudioHardwareNoError || text.empty()) {
-    return std::nullopt;
-  }
-  return text;
-}
-
 /// What tells two of one name apart: what it calls what it plays.
 std::string playbackOf(const Recordable& recordable) {
   if (!recordable.playback.has_value()) {
@@ -70,7 +54,7 @@ std::vector<Recordable> listedProcesses(const Platform& platform) {
   std::vector<Recordable> listed;
   for (const auto& source : ProcessDiscovery::audibleProcesses(platform)) {
     if (const auto* process = source.asProcess()) {
-      listed.push_back({*process, processIdentifier(platform.audioHardware, process->id),
+      listed.push_back({*process, CA::processIdentifier(platform.audioHardware, process->id),
                         platform.diagnostics.playback(process->id)});
     }
   }
@@ -80,11 +64,11 @@ std::vector<Recordable> listedProcesses(const Platform& platform) {
 std::vector<Recordable> allProcesses(const Platform& platform) {
   std::vector<Recordable> all;
   for (const auto id : processObjects(platform.audioHardware)) {
-    const auto pid = processIdentifier(platform.audioHardware, id);
+    const auto pid = CA::processIdentifier(platform.audioHardware, id);
     if (pid < 1) {
       continue;
     }
-    auto bundleID = bundleIdentifier(platform.audioHardware, id);
+    auto bundleID = CA::bundleIdentifier(platform.audioHardware, id);
     const auto application = platform.runningApplications.runningApplication(pid);
     auto name = application.has_value() ? application->localizedName : std::nullopt;
     if (!name.has_value()) {

@@ -39,22 +39,6 @@ std::vector<CA::AudioObjectID> processObjects(CA::AudioHardware& hardware, os::L
   return objects;
 }
 
-/// 0 when the object does not tell.
-pid_t processIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
-  pid_t pid = 0;
-  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyPID, &pid);
-  return status == CA::kAudioHardwareNoError ? pid : 0;
-}
-
-std::optional<std::string> bundleIdentifier(CA::AudioHardware& hardware, CA::AudioObjectID object) {
-  std::string text;
-  const auto status = CA::readProperty(hardware, object, CA::kAudioProcessPropertyBundleID, &text);
-  if (status != CA::kAudioHardwareNoError || text.empty()) {
-    return std::nullopt;
-  }
-  return text;
-}
-
 std::string displayName(NS::RunningApplications& applications, pid_t pid,
                         const std::optional<std::string>& bundleID) {
   const auto application = applications.runningApplication(pid);
@@ -80,11 +64,11 @@ std::vector<ProcessDiscovery::RawProcessInfo> ProcessDiscovery::rawProcesses(
   CA::AudioHardware& hardware = platform.audioHardware;
   std::vector<RawProcessInfo> processes;
   for (const CA::AudioObjectID object : processObjects(hardware, platform.log)) {
-    const pid_t pid = processIdentifier(hardware, object);
+    const pid_t pid = CA::processIdentifier(hardware, object);
     if (pid < 1) {
       continue;
     }
-    auto bundleID = bundleIdentifier(hardware, object);
+    auto bundleID = CA::bundleIdentifier(hardware, object);
     auto name = displayName(platform.runningApplications, pid, bundleID);
     processes.push_back({object, pid, std::move(bundleID), std::move(name)});
   }

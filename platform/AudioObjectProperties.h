@@ -1,7 +1,10 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -50,6 +53,23 @@ inline OSStatus readProperty(AudioHardware& hardware, AudioObjectID object, std:
                                                               nullptr, &size, ids->data());
   ids->resize(count);
   return status;
+}
+
+/// Of a process object; 0 when it is gone.
+inline pid_t processIdentifier(AudioHardware& hardware, AudioObjectID process) {
+  pid_t pid = 0;
+  const auto status = readProperty(hardware, process, kAudioProcessPropertyPID, &pid);
+  return status == kAudioHardwareNoError ? pid : 0;
+}
+
+/// Of a process object; nothing when it has none, or is gone.
+inline std::optional<std::string> bundleIdentifier(AudioHardware& hardware, AudioObjectID process) {
+  std::string text;
+  const auto status = readProperty(hardware, process, kAudioProcessPropertyBundleID, &text);
+  if (status != kAudioHardwareNoError || text.empty()) {
+    return std::nullopt;
+  }
+  return text;
 }
 
 }  // namespace CA
