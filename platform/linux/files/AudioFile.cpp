@@ -20,11 +20,13 @@ NS::Error outOfMemory() noexcept {
 
 }  // namespace
 
-AudioFile::AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
+AudioFile::AudioFile(std::unique_ptr<RunningRecording> recording,
+                     std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
                      std::filesystem::path path, std::shared_ptr<os::Logger> logger,
                      std::shared_ptr<SavingNotices> notices,
                      std::shared_ptr<capture::FileLoss> loss)
-    : writer_(std::move(writer)),
+    : recording_(std::move(recording)),
+      writer_(std::move(writer)),
       format_(format),
       converter_(format.commonFormat, format.interleaved, format.channels),
       path_(std::move(path)),
@@ -37,6 +39,8 @@ AudioFile::~AudioFile() {
     const FrameWriter::Ending ending = writer_->finish();
     if (ending.problem) {
       logger_->error(*ending.problem);
+    } else if (recording_) {
+      recording_->ended();
     }
     *loss_ = {.missing = ending.missing - ending.silenced,
               .silenced = ending.silenced,

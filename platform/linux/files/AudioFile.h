@@ -8,6 +8,7 @@
 #include "platform/Diagnostics.h"
 #include "platform/Log.h"
 #include "platform/linux/files/FrameWriter.h"
+#include "platform/linux/files/RunningRecording.h"
 #include "platform/linux/files/SampleConversion.h"
 #include "platform/linux/files/SavingNotices.h"
 
@@ -24,9 +25,11 @@ class AudioFile final : public AV::AudioFile {
     std::uint32_t channels = 0;
   };
 
-  AudioFile(std::unique_ptr<FrameWriter> writer, const ProcessingFormat& format,
-            std::filesystem::path path, std::shared_ptr<os::Logger> logger,
-            std::shared_ptr<SavingNotices> notices, std::shared_ptr<capture::FileLoss> loss);
+  /// `recording` may be null.
+  AudioFile(std::unique_ptr<RunningRecording> recording, std::unique_ptr<FrameWriter> writer,
+            const ProcessingFormat& format, std::filesystem::path path,
+            std::shared_ptr<os::Logger> logger, std::shared_ptr<SavingNotices> notices,
+            std::shared_ptr<capture::FileLoss> loss);
 
   /// Finishes the file, sets `loss`, and logs an error when that fails. The user is told that it is
   /// saved, or what is missing.
@@ -41,6 +44,7 @@ class AudioFile final : public AV::AudioFile {
  private:
   bool takes(AV::PCMBuffer& buffer) const;
 
+  std::unique_ptr<RunningRecording> recording_;  ///< outlives the file, which is the writer's
   std::unique_ptr<FrameWriter> writer_;
   ProcessingFormat format_;
   SampleConverter converter_;

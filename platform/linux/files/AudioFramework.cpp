@@ -36,6 +36,9 @@ std::optional<Writer> startFile(const RawFileCreator& create, const Order& order
     *error = creationError(order.path, code);
     return std::nullopt;
   }
+  if (order.recording != nullptr) {
+    file = order.recording->noted(std::move(file));
+  }
   RawFile& started = *file;
   BlockFile blocks(
       std::move(file), BlockFile::defaultMemoryLimit,
@@ -78,7 +81,10 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
   if (!read) {
     return nullptr;
   }
-  const Order order = {url, *read, std::make_shared<SavingNotices>(url, memoryOf(*read), tell_)};
+  auto recording =
+      entries_ == nullptr ? nullptr : std::make_unique<RunningRecording>(*entries_, url, logger_);
+  const Order order = {url, *read, std::make_shared<SavingNotices>(url, memoryOf(*read), tell_),
+                       recording.get()};
   auto writer = makeWriter(order, error);
   if (!writer) {
     return nullptr;
@@ -90,8 +96,8 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
     const std::lock_guard lock(mutex_);
     loss_ = loss;
   }
-  return std::make_shared<AudioFile>(std::move(writer), format, url, logger_, order.notices,
-                                     std::move(loss));
+  return std::make_shared<AudioFile>(std::move(recording), std::move(writer), format, url, logger_,
+                                     order.notices, std::move(loss));
 }
 
 capture::FileLoss AudioFramework::loss() const {

@@ -8,9 +8,11 @@
 #include "platform/AVFAudio.h"
 #include "platform/Diagnostics.h"
 #include "platform/Log.h"
+#include "platform/linux/files/EntryFolder.h"
 #include "platform/linux/files/FileSettings.h"
 #include "platform/linux/files/FrameWriter.h"
 #include "platform/linux/files/RawFile.h"
+#include "platform/linux/files/RunningRecording.h"
 #include "platform/linux/files/SavingNotices.h"
 #include "platform/linux/system/Notice.h"
 
@@ -25,6 +27,10 @@ class AudioFramework final : public AV::AudioFramework {
  public:
   /// Files log under the category "file" when finishing them fails; `createFile` makes them.
   explicit AudioFramework(os::Log& log, RawFileCreator createFile = createExclusively);
+
+  /// Files opened from now on have an entry in `entries` while they are recorded. It must outlive
+  /// them. Null: they have none.
+  void setEntryFolder(const EntryFolder* entries) { entries_ = entries; }
 
   /// The user is told by `taker` of files opened from now on that cannot be written, from the
   /// thread that writes. It must outlive those files.
@@ -53,6 +59,7 @@ class AudioFramework final : public AV::AudioFramework {
     std::filesystem::path path;
     FileSettings settings;
     std::shared_ptr<SavingNotices> notices;
+    RunningRecording* recording;  ///< null: it is noted nowhere
   };
 
   std::unique_ptr<FrameWriter> makeWriter(const Order& order, NS::Error* error);
@@ -61,6 +68,7 @@ class AudioFramework final : public AV::AudioFramework {
 
   RawFileCreator createFile_;
   NoticeTaker tell_;
+  const EntryFolder* entries_ = nullptr;
   std::shared_ptr<os::Logger> logger_;
   mutable std::mutex mutex_;  ///< files may be opened on several threads
   std::shared_ptr<capture::FileLoss> loss_ = std::make_shared<capture::FileLoss>();

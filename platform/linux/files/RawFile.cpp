@@ -41,6 +41,11 @@ class PosixFile final : public RawFile {
 
   bool isLocked() const noexcept override { return isLocked_; }
 
+  std::optional<FileIdentity> identity() const noexcept override {
+    const auto status = statusOf(file_.get());
+    return status ? std::optional(status->identity) : std::nullopt;
+  }
+
   void remove() noexcept override {
     struct stat own{};
     struct stat named{};

@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
+
+#include "platform/linux/files/FileIdentity.h"
 
 namespace audrel::linuxos {
 
@@ -29,6 +32,9 @@ class RawFile {
   /// Whether other programs see, by a lock (flock) that lasts from creation to `close`, that the
   /// file is in use. Not every file system has locks.
   virtual bool isLocked() const noexcept = 0;
+
+  /// Which file it is; nothing when it is none of the system's.
+  virtual std::optional<FileIdentity> identity() const noexcept { return std::nullopt; }
 
   /// Takes the file's name away, in the folder where it was created, unless that name is another
   /// file's by now.
