@@ -27,9 +27,10 @@ bool offersM4A(const MenuTree& menu) {
 }  // namespace
 
 LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFramework,
-                           NS::FileManager& fileManager, os::Log& log)
+                           Healing& healing, NS::FileManager& fileManager, os::Log& log)
     : hardware_(hardware),
       audioFramework_(audioFramework),
+      healing_(healing),
       logger_(log.makeLogger(identity::bundleIdentifier, "desktop")),
       bus_(log.makeLogger(identity::bundleIdentifier, "statusitem")),
       notifier_(bus_, logger_),
@@ -44,7 +45,7 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
                    .menuOpened = [this](const MenuTree& menu) { menuOpened(menu); },
                    .menuSet =
                        [this](const MenuTree& menu) { announcer_.setMenu(recordingMenuOf(menu)); },
-                   .panelChanged = [this](bool isThere) { announcer_.setPanel(isThere); }},
+                   .panelChanged = [this](bool isThere) { panelChanged(isThere); }},
                .icons = IconTheme::ofProgramIn(programFolder()),
                .log = log}),
       service_(application_, bus_, notifier_, logger_),
@@ -53,9 +54,11 @@ LinuxDesktop::LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFrame
   const NoticeTaker taker = [this](const Notice& notice) { notices_.take(notice); };
   hardware_.setNoticeTaker(taker);
   audioFramework_.setNoticeTaker(taker);
+  healing_.setNoticeTaker(taker);
 }
 
 LinuxDesktop::~LinuxDesktop() {
+  healing_.end();
   hardware_.setNoticeTaker(nullptr);
   audioFramework_.setNoticeTaker(nullptr);
 }
@@ -98,6 +101,14 @@ Announcer::Controls LinuxDesktop::announcerControls() {
 void LinuxDesktop::menuOpened(const MenuTree& menu) {
   if (offersM4A(menu)) {
     aacPreload_.begin();
+  }
+}
+
+/// The icon comes first: what an earlier process left can wait.
+void LinuxDesktop::panelChanged(bool isThere) {
+  announcer_.setPanel(isThere);
+  if (isThere) {
+    healing_.begin();
   }
 }
 

@@ -9,6 +9,7 @@
 #include "platform/linux/aac/AacPreload.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/files/AudioFramework.h"
+#include "platform/linux/files/Healing.h"
 #include "platform/linux/loop/RunLoop.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/session/Alert.h"
@@ -31,7 +32,7 @@ namespace audrel::linuxos {
 class LinuxDesktop {
  public:
   /// The references must outlive it.
-  LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFramework,
+  LinuxDesktop(CaptureHardware& hardware, AudioFramework& audioFramework, Healing& healing,
                NS::FileManager& fileManager, os::Log& log);
   ~LinuxDesktop();
   LinuxDesktop(const LinuxDesktop&) = delete;
@@ -65,9 +66,11 @@ class LinuxDesktop {
   std::unique_ptr<NS::Alert> makeAlert();
   Announcer::Controls announcerControls();
   void menuOpened(const MenuTree& menu);
+  void panelChanged(bool isThere);
 
   CaptureHardware& hardware_;
   AudioFramework& audioFramework_;
+  Healing& healing_;
   std::shared_ptr<os::Logger> logger_;
   Application application_;
   SessionBus bus_;

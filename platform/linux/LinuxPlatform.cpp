@@ -9,6 +9,9 @@
 #include "platform/linux/demo/MelodyPlayer.h"
 #include "platform/linux/demo/PrivateServer.h"
 #include "platform/linux/files/AudioFramework.h"
+#include "platform/linux/files/EntryFolder.h"
+#include "platform/linux/files/Healer.h"
+#include "platform/linux/files/Healing.h"
 #include "platform/linux/pipewire/CaptureAccess.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/pipewire/Connection.h"
@@ -20,6 +23,7 @@
 #include "platform/linux/system/FileManager.h"
 #include "platform/linux/system/Log.h"
 #include "platform/linux/system/StandardDescriptors.h"
+#include "platform/linux/system/StateFolder.h"
 #include "platform/linux/system/UUIDFactory.h"
 
 namespace audrel::linuxos {
@@ -76,11 +80,17 @@ class LinuxPlatform final : public NativePlatform {
   LinuxPlatform() {
     hardware_.setRunObserver([this](std::size_t running) {
       running > 0 ? inhibitor_.hold() : inhibitor_.release();
+      if (running > 0) {
+        healing_.begin();
+      }
       if (desktop_) {
         desktop_->recordingChanged();
       }
     });
-    hardware_.setNoticeTaker([this](const Notice& notice) { notices_.take(notice); });
+    const NoticeTaker taker = [this](const Notice& notice) { notices_.take(notice); };
+    hardware_.setNoticeTaker(taker);
+    healing_.setNoticeTaker(taker);
+    audioFramework_.setEntryFolder(&entries_);
   }
 
   Platform interfaces() override {
@@ -103,7 +113,7 @@ class LinuxPlatform final : public NativePlatform {
 
   std::optional<Desktop> desktop() override {
     if (!desktop_) {
-      desktop_.emplace(hardware_, audioFramework_, fileManager_, log_);
+      desktop_.emplace(hardware_, audioFramework_, healing_, fileManager_, log_);
       if (!desktop_->claimSession()) {
         return std::nullopt;
       }
@@ -112,6 +122,7 @@ class LinuxPlatform final : public NativePlatform {
   }
 
   std::optional<std::string> startDemo() override {
+    healing_.end();  // who tries the program out is to see no more than the trial
     std::string failure;
     demoServer_ = PrivateServer::start(&failure);
     if (!demoServer_) {
@@ -140,9 +151,12 @@ class LinuxPlatform final : public NativePlatform {
   Collation collation_{userCollationLocale()};
   FileManager fileManager_;
   Dispatch dispatch_;
+  const EntryFolder entries_{stateFolder(fileManager_.homeDirectoryForCurrentUser())};
   AudioFramework audioFramework_{log_};
   SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
   WaitingNotices notices_;
+  Healing healing_{Healer(entries_, log_.makeLogger(identity::bundleIdentifier, "file")),
+                   log_.makeLogger(identity::bundleIdentifier, "file")};
   std::unique_ptr<PrivateServer> demoServer_;
   Connection connection_;
   MonotonicTime captureTime_;

@@ -69,7 +69,9 @@ class Demo : public testing::Test {
   /// How the program is run with these words.
   ChildProcess::Program program(std::vector<std::string> words) const {
     words.insert(words.begin(), {AUDREL_PROGRAM, "--output", file_.string()});
-    return {.arguments = words, .environment = {}, .keepsErrors = true};
+    return {.arguments = words,
+            .environment = {{"XDG_STATE_HOME", folder_.path()}},
+            .keepsErrors = true};
   }
 
   support::Outcome run(const std::vector<std::string>& words) const {
@@ -119,7 +121,7 @@ TEST_F(Demo, drawsALevelThatFitsTheWindowAndStopsWhenTheWindowIsClosed) {
   TerminalPair window(60);
   auto inTheWindow = program({"--demo"});
   inTheWindow.terminal = window.terminal();
-  inTheWindow.environment = {{"TERM", "xterm"}};
+  inTheWindow.environment["TERM"] = "xterm";
   const auto child = ChildProcess::start(inTheWindow);
   std::string text;
   ASSERT_TRUE(support::waitFor([&] {
@@ -192,6 +194,14 @@ TEST_F(Demo, namesAFolderThatIsMissing) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.errors,
               AllOf(HasSubstr("Could not create the output file: "), HasSubstr("missing")));
+}
+
+TEST_F(Demo, looksForNothingThatWasCutOff) {
+  const path entry = folder_ / "audrel/recording-x";
+  std::filesystem::create_directory(entry.parent_path());
+  std::ofstream(entry) << "no entry, so it would be removed";
+  EXPECT_EQ(run({"--demo", "--duration", "1", "--quiet"}).status, 0);
+  EXPECT_TRUE(std::filesystem::exists(entry));
 }
 
 TEST_F(Demo, listsThePlayerWhichCanBeChosenByName) {

@@ -4,11 +4,11 @@
 
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstddef>
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/system/AllSignalsBlocked.h"
 #include "platform/linux/system/Semaphore.h"
 
 namespace audrel::linuxos {
@@ -35,22 +35,6 @@ std::string threadName(std::string_view label) {
 /// recording's file then costs a tenth of the wake-ups of one for each cycle, and its encoder works
 /// on warm caches.
 constexpr auto gathering = std::chrono::milliseconds(100);
-
-/// Blocks every signal on the calling thread, and so on the threads that it makes.
-class AllSignalsBlocked {
- public:
-  AllSignalsBlocked() noexcept {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
-  }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-
- private:
-  sigset_t previous_;
-};
 
 }  // namespace
 

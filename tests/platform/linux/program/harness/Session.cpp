@@ -50,6 +50,7 @@ Session::Session(pwtest::ServerOptions options) : server(std::move(options)) {
       {"XDG_RUNTIME_DIR", folder / "run"},
       {"XDG_CONFIG_HOME", folder / ".config"},
       {"XDG_DATA_HOME", folder / ".local"},
+      {"XDG_STATE_HOME", folder / ".state"},
       {"XDG_CACHE_HOME", folder / ".cache"},
       {"XDG_DATA_DIRS", folder / "share"},
       {"XDG_CONFIG_DIRS", folder / "etc"},

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "platform/Log.h"
+#include "platform/linux/files/Healer.h"
+
+namespace audrel::linuxos {
+
+/// Finishes recordings that were cut off on a thread of its own, which nobody waits for longer than
+/// a system call takes. Main thread.
+class Healing {
+ public:
+  Healing(Healer healer, std::shared_ptr<os::Logger> logger)
+      : healer_(std::move(healer)), logger_(std::move(logger)) {}
+  ~Healing() { end(); }
+  Healing(const Healing&) = delete;
+  Healing& operator=(const Healing&) = delete;
+
+  /// Before `begin`, or after `end`: is told of what was finished, from that thread.
+  void setNoticeTaker(NoticeTaker taker) { healer_.setNoticeTaker(std::move(taker)); }
+
+  /// Goes through the entries. Nothing while that is under way, and after `end`.
+  void begin();
+
+  /// Returns once nothing is under way, and for good: what was not finished is found again by the
+  /// next process.
+  void end();
+
+ private:
+  void heal() noexcept;
+
+  Healer healer_;
+  std::shared_ptr<os::Logger> logger_;
+  std::atomic<bool> isToEnd_ = false;
+  std::atomic<bool> isUnderWay_ = false;
+  std::thread thread_;
+};
+
+}  // namespace audrel::linuxos
