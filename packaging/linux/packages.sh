@@ -1,5 +1,5 @@
 # The Debian packages of ./run and ./test, and their installation. Sourced, with bash. The names are
-# the same in Debian 12 and 13.
+# the same in Debian 12 and 13, except for JACK's programs.
 
 # To build the program and to run it once.
 runPackages=(
@@ -66,7 +66,20 @@ testPackages=(
   pipewire-pulse         # PulseAudio clients
   pipewire-bin           # pw-play and its kin, clients that are not ours
   pulseaudio-utils       # paplay, a client that is not ours
+  libjack-jackd2-dev     # a player on JACK
+  pipewire-jack          # pw-jack, which has it play through PipeWire
 )
+
+# JACK's own programs, clients that are not ours: part of the server's package up to Debian 12.
+# $1: what stands for /etc/os-release.
+jackProgramsPackage() {
+  if [[ "$(. "${1:-/etc/os-release}" && printf '%s %s' "${ID-}" "${VERSION_ID-}")" == 'debian 12' ]]; then
+    printf 'jackd2\n'
+  else
+    printf 'jack-example-tools\n'
+  fi
+}
+testPackages+=("$(jackProgramsPackage)")
 
 # What shows that a package's content is there, wherever it came from: a command, or a library as
 # pkg-config calls it, and the least version that Audrel is built with.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/Identity.h"
+#include "platform/linux/pipewire/Playback.h"
 #include "platform/linux/pipewire/ShownName.h"
 #include "platform/linux/pipewire/SourceWatch.h"
 
@@ -99,7 +100,7 @@ std::optional<capture::Playback> CaptureHardware::playback(CA::AudioObjectID pro
   const Graph& graph = connection_.graph();
   capture::Playback playback;
   for (const auto& [id, node] : graph.nodes) {
-    if (!isPlaybackStream(node) || !isIdentified(graph, node) ||
+    if (!isPlayback(graph, id) || !isIdentified(graph, node) ||
         processes_.processOf(node, clientOf(graph, node)).id != process) {
       continue;
     }
@@ -186,10 +187,11 @@ CA::OSStatus CaptureHardware::AudioHardwareDestroyProcessTap(CA::AudioObjectID t
   return taps_.erase(tapID) == 1 ? CA::kAudioHardwareNoError : CA::kAudioHardwareBadObjectError;
 }
 
-bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
+TappedPorts CaptureHardware::tappedPorts(const Tap& tap, std::uint32_t nodeId) {
   const Graph& graph = connection_.graph();
-  if (!isPlaybackStream(node) || !isIdentified(graph, node)) {
-    return false;
+  const GraphNode& node = graph.nodes.at(nodeId);
+  if (!isPlayback(graph, nodeId) || !isIdentified(graph, node)) {
+    return TappedPorts::none;
   }
   const auto& listed = tap.description.processes;
   // Only where it matters: to find out whose a new stream is takes reading files.
@@ -197,9 +199,9 @@ bool CaptureHardware::isTapped(const Tap& tap, const GraphNode& node) {
       !listed.empty() &&
       std::ranges::count(listed, processes_.processOf(node, clientOf(graph, node)).id) > 0;
   if (tap.description.kind == CA::TapDescription::Kind::stereoMixdownOfProcesses) {
-    return isListed;
+    return isListed ? TappedPorts::all : TappedPorts::none;
   }
-  return !isListed && !isCopyOfOtherStreams(graph, node);
+  return !isListed && countsForEverything(graph, nodeId) ? TappedPorts::heard : TappedPorts::none;
 }
 
 TapSource CaptureHardware::sourceOf(const Tap& tap) {
@@ -209,7 +211,7 @@ TapSource CaptureHardware::sourceOf(const Tap& tap) {
       watches.emplace_back(processes_, process);
     }
   }
-  return {.isTapped = [this, tap](const GraphNode& node) { return isTapped(tap, node); },
+  return {.tappedPortsOf = [this, tap](std::uint32_t node) { return tappedPorts(tap, node); },
           .news =
               [this, watches]() mutable {
                 std::optional<Notice> news;

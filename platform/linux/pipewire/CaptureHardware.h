@@ -101,7 +101,7 @@ class CaptureHardware final : public CA::AudioHardware,
   void learnProcesses();
   void forgetGoneProcesses();
   CA::OSStatus checkTapped(const std::vector<CA::AudioObjectID>& processes);
-  bool isTapped(const Tap& tap, const GraphNode& node);
+  TappedPorts tappedPorts(const Tap& tap, std::uint32_t nodeId);
   TapSource sourceOf(const Tap& tap);
   CA::AudioObjectID objectOfSink(const GraphNode& sink);
   CA::OSStatus systemData(std::uint32_t selector, std::vector<CA::AudioObjectID>* outObjects);

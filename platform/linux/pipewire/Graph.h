@@ -27,11 +27,13 @@ struct GraphNode {
   std::optional<std::uint32_t> channels;  ///< of the stream's own format, before any upmix
 };
 
+/// One that carries audio.
 struct GraphPort {
   std::uint32_t nodeId = unknownGlobal;
   bool isInput = false;
   bool isMonitor = false;
-  std::string channel;  ///< "FL", "MONO", ...
+  std::string channel;      ///< "FL", "MONO", ...; empty for a JACK client's
+  std::uint32_t index = 0;  ///< among those of its direction that the node has
 };
 
 struct GraphClient {
@@ -42,7 +44,9 @@ struct GraphClient {
 
 struct GraphLink {
   std::uint32_t outputNodeId = unknownGlobal;
+  std::uint32_t outputPortId = unknownGlobal;
   std::uint32_t inputNodeId = unknownGlobal;
+  std::uint32_t inputPortId = unknownGlobal;
 };
 
 /// What is known of a server's objects, by their (recycled) ids.
@@ -60,13 +64,8 @@ struct Graph {
 /// Frames per second of the graph.
 std::uint32_t rateOf(const Graph& graph);
 
-/// Whether the node is an application's playback.
+/// Whether the node is an application's playback stream.
 bool isPlaybackStream(const GraphNode& node);
-
-/// Whether what the playback stream plays is a copy of what other streams play: it is the far end
-/// of a loopback or effect chain that is fed by a sink or by streams. One that is fed by a source
-/// (a line-in, a telephone) plays audio of its own.
-bool isCopyOfOtherStreams(const Graph& graph, const GraphNode& node);
 
 /// The sink that new streams go to: the configured one if it exists, else the sink of the highest
 /// session priority (the oldest of several); nothing when there is no sink.

@@ -60,9 +60,17 @@ std::string nameInJson(const char* value) {
   return {};
 }
 
-bool isAudioNode(std::string_view mediaClass) {
+/// A client of JACK has no media class, and that it is one is among its details.
+bool isAudioNode(std::string_view mediaClass, const spa_dict* announced) {
   return mediaClass.starts_with("Audio/") || mediaClass == "Stream/Output/Audio" ||
-         mediaClass == "Stream/Input/Audio";
+         mediaClass == "Stream/Input/Audio" ||
+         (mediaClass.empty() && text(announced, PW_KEY_MEDIA_TYPE) == "Audio");
+}
+
+/// Not one for MIDI or video.
+bool isAudioPort(const spa_dict* announced) {
+  const std::string format = text(announced, PW_KEY_FORMAT_DSP);
+  return format.empty() || format == "32 bit float mono audio";
 }
 
 }  // namespace
@@ -184,7 +192,9 @@ void GraphMirror::added(std::uint32_t id, const char* type, const spa_dict* anno
   } else if (kind == PW_TYPE_INTERFACE_Link) {
     graph_.links[id] = {
         .outputNodeId = number(text(announced, PW_KEY_LINK_OUTPUT_NODE), unknownGlobal),
-        .inputNodeId = number(text(announced, PW_KEY_LINK_INPUT_NODE), unknownGlobal)};
+        .outputPortId = number(text(announced, PW_KEY_LINK_OUTPUT_PORT), unknownGlobal),
+        .inputNodeId = number(text(announced, PW_KEY_LINK_INPUT_NODE), unknownGlobal),
+        .inputPortId = number(text(announced, PW_KEY_LINK_INPUT_PORT), unknownGlobal)};
   } else if (kind == PW_TYPE_INTERFACE_Metadata) {
     addMetadata(id, announced);
   } else if (kind == PW_TYPE_INTERFACE_Factory &&
@@ -199,7 +209,7 @@ void GraphMirror::added(std::uint32_t id, const char* type, const spa_dict* anno
 void GraphMirror::addNode(std::uint32_t id, const spa_dict* announced) {
   GraphNode node;
   node.mediaClass = text(announced, PW_KEY_MEDIA_CLASS);
-  if (!isAudioNode(node.mediaClass)) {
+  if (!isAudioNode(node.mediaClass, announced)) {
     return;
   }
   node.serial = number(text(announced, PW_KEY_OBJECT_SERIAL), std::uint64_t{id});
@@ -213,10 +223,14 @@ void GraphMirror::addNode(std::uint32_t id, const spa_dict* announced) {
 }
 
 void GraphMirror::addPort(std::uint32_t id, const spa_dict* announced) {
+  if (!isAudioPort(announced)) {
+    return;
+  }
   graph_.ports[id] = {.nodeId = number(text(announced, PW_KEY_NODE_ID), unknownGlobal),
                       .isInput = text(announced, PW_KEY_PORT_DIRECTION) == "in",
                       .isMonitor = text(announced, PW_KEY_PORT_MONITOR) == "true",
-                      .channel = text(announced, PW_KEY_AUDIO_CHANNEL)};
+                      .channel = text(announced, PW_KEY_AUDIO_CHANNEL),
+                      .index = number(text(announced, PW_KEY_PORT_ID), 0U)};
 }
 
 void GraphMirror::addMetadata(std::uint32_t id, const spa_dict* announced) {

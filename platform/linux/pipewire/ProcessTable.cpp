@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/pipewire/DesktopEntries.h"
+#include "platform/linux/pipewire/Playback.h"
 #include "platform/linux/pipewire/ProcFiles.h"
 #include "platform/linux/pipewire/ShownName.h"
 
@@ -86,7 +87,7 @@ void ProcessTable::describe(Process& process, const GraphNode& node, const Graph
 std::vector<const ProcessTable::Process*> ProcessTable::playing(const Graph& graph) {
   std::vector<const GraphNode*> streams;
   for (const auto& [id, node] : graph.nodes) {
-    if (isPlaybackStream(node) && isIdentified(graph, node)) {
+    if (isPlayback(graph, id) && isIdentified(graph, node)) {
       streams.push_back(&node);
     }
   }

@@ -15,8 +15,8 @@
 
 namespace audrel::linuxos {
 
-/// The process objects: every process that was ever seen to own a playback stream has an object id
-/// that no other will have. An id is a hash of what names the process for good, so that the next
+/// The process objects: every process that was ever seen to play has an object id that no other
+/// will have. An id is a hash of what names the process for good, so that the next
 /// run of the program gives a living process the same id; a collision moves on to a free one.
 class ProcessTable {
  public:
@@ -33,7 +33,7 @@ class ProcessTable {
   /// The object of the node's owner, made when it is new. The node and its client must be detailed.
   const Process& processOf(const GraphNode& node, const GraphClient* client);
 
-  /// The processes that own a playback stream now, in the order of their oldest one.
+  /// The processes that play now, be it silence, in the order of their oldest node that does.
   std::vector<const Process*> playing(const Graph& graph);
 
   const Process* find(CA::AudioObjectID id) const;
@@ -41,7 +41,7 @@ class ProcessTable {
   /// Of several that had the pid one after the other, the one that runs.
   const Process* findPid(pid_t pid) const;
 
-  /// Whether the process may still play: it runs, or one of its streams is there.
+  /// Whether the process may still play: it runs, or one of its nodes is there.
   bool isAlive(const Process& process, const Graph& graph);
 
   /// Forgets, once it knows a hundred processes and each time their number has doubled, those that

@@ -117,7 +117,8 @@ void TapDevice::stop() {
 // The stream
 
 void TapDevice::makeStream() {
-  stream_ = std::make_unique<TapStream>(connection_, time_, rate_, source_.isTapped, timeline_);
+  stream_ =
+      std::make_unique<TapStream>(connection_, time_, rate_, source_.tappedPortsOf, timeline_);
   nextStream_ = time_.now() + streamInterval;
   heard_ = timeline_.cyclesHeard();
   readyTicks_ = 0;

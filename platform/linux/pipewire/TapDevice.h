@@ -19,7 +19,7 @@ namespace audrel::linuxos {
 
 /// What a device records.
 struct TapSource {
-  TapStream::IsTapped isTapped;
+  TappedPortsOf tappedPortsOf;
   /// What the user is to learn of it. Asked while it has no stream.
   std::function<std::optional<Notice>()> news;
 };

@@ -1,6 +1,7 @@
 #include "platform/linux/pipewire/TapStream.h"
 
 #include <spa/param/audio/format-utils.h>
+#include <spa/param/latency-utils.h>
 
 #include <algorithm>
 #include <cmath>
@@ -45,11 +46,11 @@ const pw_stream_events TapStream::streamEvents = {
 };
 
 TapStream::TapStream(Connection& connection, const CaptureTime& time, double rate,
-                     IsTapped isTapped, Timeline& timeline)
+                     TappedPortsOf tappedPortsOf, Timeline& timeline)
     : connection_(connection),
       time_(time),
       rate_(rate),
-      isTapped_(std::move(isTapped)),
+      tappedPortsOf_(std::move(tappedPortsOf)),
       timeline_(timeline),
       stream_(pw_stream_new(connection.core(), "Audrel Tap", streamProperties())),
       links_(connection.core(), LinkKind::passive, [this] { connection_.wake(); }) {
@@ -70,11 +71,16 @@ void TapStream::connect() {
   std::uint8_t memory[1024];
   spa_pod_builder builder{};
   spa_pod_builder_init(&builder, memory, sizeof memory);
-  const spa_pod* formats[] = {spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &info)};
+  // A latency that changes no other with which it is combined: what a program that is tapped is
+  // told of the way of its sound is told without us.
+  spa_latency_info noLatency{};
+  spa_latency_info_combine_start(&noLatency, SPA_DIRECTION_INPUT);
+  const spa_pod* params[] = {spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &info),
+                             spa_latency_build(&builder, SPA_PARAM_Latency, &noLatency)};
   const auto flags =
       static_cast<pw_stream_flags>(PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS);
   const int result =
-      pw_stream_connect(stream_.get(), PW_DIRECTION_INPUT, PW_ID_ANY, flags, formats, 1);
+      pw_stream_connect(stream_.get(), PW_DIRECTION_INPUT, PW_ID_ANY, flags, params, 2);
   if (result < 0) {
     failure_ = std::strerror(-result);  // NOLINT(concurrency-mt-unsafe): glibc's is safe
     connection_.noteChange();
@@ -101,7 +107,7 @@ void TapStream::followGraph() {
     return;
   }
   const Graph& graph = connection_.graph();
-  const auto plan = planLinks(graph, self, isTapped_);
+  const auto plan = planLinks(graph, self, tappedPortsOf_);
   tapsSurround_ = std::ranges::any_of(plan, [&](const PortPair& ports) {
     const std::string& channel = graph.ports.at(ports.input).channel;
     return channel != "FL" && channel != "FR";

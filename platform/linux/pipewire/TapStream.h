@@ -20,11 +20,9 @@ namespace audrel::linuxos {
 /// under its lock; when it is destroyed its data thread feeds no more.
 class TapStream {
  public:
-  using IsTapped = std::function<bool(const GraphNode&)>;
-
   /// `rate` in frames per second: a graph that runs at another is resampled.
-  TapStream(Connection& connection, const CaptureTime& time, double rate, IsTapped isTapped,
-            Timeline& timeline);
+  TapStream(Connection& connection, const CaptureTime& time, double rate,
+            TappedPortsOf tappedPortsOf, Timeline& timeline);
   ~TapStream();
   TapStream(const TapStream&) = delete;
   TapStream& operator=(const TapStream&) = delete;
@@ -59,7 +57,7 @@ class TapStream {
   Connection& connection_;
   const CaptureTime& time_;
   double rate_;
-  IsTapped isTapped_;
+  TappedPortsOf tappedPortsOf_;
   Timeline& timeline_;
   GraphPosition position_;
   std::atomic<bool> tapsSurround_ = false;

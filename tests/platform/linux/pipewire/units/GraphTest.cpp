@@ -44,45 +44,5 @@ TEST(DefaultSink, isTheOldestOfEqualPriority) {
   EXPECT_EQ(defaultSink(graph)->name, "old");
 }
 
-struct LoopbackTest : testing::Test {
-  Graph graph;
-
-  LoopbackTest() {
-    graph.nodes[1] = node(1, "Stream/Output/Audio", "loopback output");
-    graph.nodes[2] = node(2, "Stream/Input/Audio", "loopback input");
-    graph.nodes[1].properties["node.link-group"] = "loopback-1";
-    graph.nodes[2].properties["node.link-group"] = "loopback-1";
-    graph.nodes[3] = node(3, "Audio/Sink", "speakers");
-    graph.nodes[4] = node(4, "Audio/Source", "line in");
-    graph.nodes[5] = node(5, "Stream/Output/Audio", "player");
-  }
-
-  bool loopbackIsCopy() const { return isCopyOfOtherStreams(graph, graph.nodes.at(1)); }
-};
-
-TEST_F(LoopbackTest, anOrdinaryStreamIsNoCopy) {
-  EXPECT_FALSE(isCopyOfOtherStreams(graph, graph.nodes.at(5)));
-}
-
-TEST_F(LoopbackTest, oneFedByTheMonitorOfASinkIsACopy) {
-  graph.links[10] = {.outputNodeId = 3, .inputNodeId = 2};
-  EXPECT_TRUE(loopbackIsCopy());
-}
-
-TEST_F(LoopbackTest, oneFedByAStreamIsACopy) {
-  graph.links[10] = {.outputNodeId = 5, .inputNodeId = 2};
-  EXPECT_TRUE(loopbackIsCopy());
-}
-
-TEST_F(LoopbackTest, oneFedByALineInIsASourceOfItsOwn) {
-  graph.links[10] = {.outputNodeId = 4, .inputNodeId = 2};
-  EXPECT_FALSE(loopbackIsCopy());
-}
-
-TEST_F(LoopbackTest, theFarEndOfAVirtualSinkIsACopy) {
-  graph.nodes[2].mediaClass = "Audio/Sink";
-  EXPECT_TRUE(loopbackIsCopy());
-}
-
 }  // namespace
 }  // namespace audrel::linuxos

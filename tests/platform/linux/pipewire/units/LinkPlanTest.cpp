@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace audrel::linuxos {
@@ -34,7 +35,34 @@ struct LinkPlanTest : testing::Test {
     addPorts(node, firstPort, ports, false);
   }
 
-  std::set<PortPair> plan() const { return planLinks(graph, tapNode, isPlaybackStream); }
+  /// Of a client of JACK.
+  void addClient(std::uint32_t node, std::uint32_t firstPort, std::uint32_t count) {
+    graph.nodes[node].properties["client.api"] = "jack";
+    for (std::uint32_t index = 0; index < count; ++index) {
+      graph.ports[firstPort + index] = {
+          .nodeId = node, .isInput = false, .isMonitor = false, .channel = {}, .index = index};
+    }
+  }
+
+  void addSink(std::uint32_t node, std::uint32_t firstPort,
+               const std::vector<std::string>& channels) {
+    graph.nodes[node].mediaClass = "Audio/Sink";
+    addPorts(node, firstPort, channels, true);
+  }
+
+  void link(std::uint32_t outputPort, std::uint32_t inputPort) {
+    graph.links[10'000 + static_cast<std::uint32_t>(graph.links.size())] = {
+        .outputNodeId = graph.ports.at(outputPort).nodeId,
+        .outputPortId = outputPort,
+        .inputNodeId = graph.ports.at(inputPort).nodeId,
+        .inputPortId = inputPort};
+  }
+
+  std::set<PortPair> plan(TappedPorts tapped = TappedPorts::all) const {
+    return planLinks(graph, tapNode, [&](std::uint32_t node) {
+      return graph.nodes.at(node).mediaClass == "Audio/Sink" ? TappedPorts::none : tapped;
+    });
+  }
 };
 
 TEST_F(LinkPlanTest, stereoGoesToTheFrontPair) {
@@ -89,7 +117,71 @@ TEST_F(LinkPlanTest, theMonitorPortsOfTheTapAreNotLinkedTo) {
 
 TEST_F(LinkPlanTest, whatIsNotTappedIsNotLinked) {
   addStream(1, 10, 2, {"FL", "FR"});
-  EXPECT_TRUE(planLinks(graph, tapNode, [](const GraphNode&) { return false; }).empty());
+  EXPECT_TRUE(plan(TappedPorts::none).empty());
+}
+
+TEST_F(LinkPlanTest, theSinksPortsSayWhereThoseOfAJackClientGo) {
+  addClient(1, 10, 3);
+  addSink(2, 20, {"FL", "FR"});
+  link(10, 21);
+  link(11, 20);
+  link(12, 20);
+  link(12, 21);
+  const std::set<PortPair> expected = {{10, 1001}, {11, 1000}, {12, 1000}, {12, 1001}};
+  EXPECT_EQ(plan(TappedPorts::heard), expected);
+  EXPECT_EQ(plan(TappedPorts::all), expected);
+}
+
+TEST_F(LinkPlanTest, aPortOfAJackClientThatIsLinkedToTwoSinksIsTakenOnce) {
+  addClient(1, 10, 1);
+  addSink(2, 20, {"FL", "FR"});
+  addSink(3, 30, {"FL", "FR"});
+  link(10, 20);
+  link(10, 30);
+  EXPECT_EQ(plan(TappedPorts::heard), (std::set<PortPair>{{10, 1000}}));
+}
+
+TEST_F(LinkPlanTest, whatAJackClientPlaysToASurroundSinkKeepsItsChannels) {
+  addClient(1, 10, 2);
+  addSink(2, 20, {"FL", "FR", "FC", "LFE"});
+  link(10, 22);
+  link(11, 23);
+  EXPECT_EQ(plan(TappedPorts::heard), (std::set<PortPair>{{10, 1002}, {11, 1003}}));
+}
+
+TEST_F(LinkPlanTest, aMonoSinkSendsAJackClientToBoth) {
+  addClient(1, 10, 2);
+  addSink(2, 20, {"MONO"});
+  link(11, 20);
+  EXPECT_EQ(plan(TappedPorts::heard), (std::set<PortPair>{{11, 1000}, {11, 1001}}));
+}
+
+TEST_F(LinkPlanTest, portsOfAJackClientThatLeadToNoSinkGoLeftAndRightByTurnsWhenAllAreTapped) {
+  addClient(1, 10, 4);
+  addSink(2, 20, {"FL", "FR"});
+  link(10, 21);
+  EXPECT_EQ(plan(TappedPorts::heard), (std::set<PortPair>{{10, 1001}}));
+  EXPECT_EQ(plan(TappedPorts::all),
+            (std::set<PortPair>{{10, 1001}, {11, 1001}, {12, 1000}, {13, 1001}}));
+}
+
+TEST_F(LinkPlanTest, theTurnsAreTheClientsOwnOrderAndNotThatOfIds) {
+  addClient(1, 10, 2);
+  std::swap(graph.ports[10].index, graph.ports[11].index);
+  EXPECT_EQ(plan(), (std::set<PortPair>{{10, 1001}, {11, 1000}}));
+}
+
+TEST_F(LinkPlanTest, theOnlyPortOfAJackClientGoesToBoth) {
+  addClient(1, 10, 1);
+  EXPECT_EQ(plan(), (std::set<PortPair>{{10, 1000}, {10, 1001}}));
+}
+
+TEST_F(LinkPlanTest, aChannelThatTheTapHasNotIsTakenByTurns) {
+  addClient(1, 10, 2);
+  addSink(2, 20, {"AUX0", "AUX1", "AUX2", "AUX3"});
+  link(10, 22);
+  link(11, 23);
+  EXPECT_EQ(plan(TappedPorts::heard), (std::set<PortPair>{{10, 1000}, {11, 1001}}));
 }
 
 }  // namespace
