@@ -142,4 +142,11 @@ std::string formatDuration(std::chrono::seconds duration) {
   return std::to_string(total / hour) + ":" + twoDigits(minutes) + ":" + secondsText;
 }
 
+std::string formatLength(double seconds) {
+  if (seconds < minute) {
+    return withDecimals(seconds, 1) + " s";
+  }
+  return formatDuration(std::chrono::seconds(static_cast<std::int64_t>(seconds)));
+}
+
 }  // namespace audrel::cli

@@ -25,4 +25,7 @@ std::optional<std::chrono::microseconds> parseDuration(std::string_view text);
 /// "0:05", "12:34", "1:02:03"; negative lengths as zero.
 std::string formatDuration(std::chrono::seconds duration);
 
+/// The same of what may be short: "0.4 s", "59.9 s", "1:00".
+std::string formatLength(double seconds);
+
 }  // namespace audrel::cli

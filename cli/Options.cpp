@@ -16,7 +16,7 @@
 namespace audrel::cli {
 
 const char* const helpText =
-    R"(Usage: audrel-record [OPTION]...
+    R"(Usage: audrel-record [OPTION]... or audrel-record --repair FILE...
 Records what this computer plays to an audio file, until Ctrl-C.
 
   -l, --list           list the applications that can be recorded, and exit
@@ -27,6 +27,8 @@ Records what this computer plays to an audio file, until Ctrl-C.
                        file in FILE if that is a folder (default: Downloads);
                        an ending .m4a or .wav sets the format
   -d, --duration TIME  stop after exactly TIME: 90, 0.5, 1:30, 1:02:03 or 1h2m
+      --repair FILE... make recordings whole that were cut off, and exit
+      --force          repair, too, where the file system has no locks
       --demo           use a private audio server that plays a melody
       --json           print the result, or the list, as JSON
   -q, --quiet          print nothing but errors and warnings
@@ -50,21 +52,25 @@ enum Flag : int {
   quiet = 'q',
   version = 'V',
   demo = 256,
-  json
+  force,
+  json,
+  repair
 };
 
 constexpr const char* shortOptions = ":a:d:f:hlo:qV";
 
-constexpr std::array<option, 11> longOptions = {{
+constexpr std::array<option, 13> longOptions = {{
     {"app", required_argument, nullptr, Flag::app},
     {"demo", no_argument, nullptr, Flag::demo},
     {"duration", required_argument, nullptr, Flag::duration},
+    {"force", no_argument, nullptr, Flag::force},
     {"format", required_argument, nullptr, Flag::format},
     {"help", no_argument, nullptr, Flag::help},
     {"json", no_argument, nullptr, Flag::json},
     {"list", no_argument, nullptr, Flag::list},
     {"output", required_argument, nullptr, Flag::output},
     {"quiet", no_argument, nullptr, Flag::quiet},
+    {"repair", no_argument, nullptr, Flag::repair},
     {"version", no_argument, nullptr, Flag::version},
     {nullptr, 0, nullptr, 0},
 }};
@@ -87,6 +93,9 @@ class Parser {
       case Flag::demo:
         options_.server = Options::Server::demo;
         break;
+      case Flag::force:
+        options_.locks = Options::Locks::ifOffered;
+        break;
       case Flag::duration:
         takeDuration(value);
         break;
@@ -100,15 +109,16 @@ class Parser {
         options_.output = Options::Output::json;
         break;
       case Flag::list:
-        if (options_.task == Options::Task::record) {
-          options_.task = Options::Task::list;
-        }
+        take(Options::Task::list);
         break;
       case Flag::output:
         takeOutput(value);
         break;
       case Flag::quiet:
         options_.progress = Options::Progress::quiet;
+        break;
+      case Flag::repair:
+        take(Options::Task::repair);
         break;
       case Flag::version:
         options_.task = Options::Task::version;
@@ -118,7 +128,21 @@ class Parser {
     }
   }
 
+  /// A word that is neither an option nor its value.
+  void takeOther(const char* word) {
+    if (options_.task == Options::Task::record || options_.task == Options::Task::list) {
+      throw UsageError{inQuotes(word) +
+                       " is not expected: every argument is an option or its value." + seeHelp};
+    }
+    options_.repaired.emplace_back(word);
+  }
+
   Options finish() {
+    if (options_.task == Options::Task::repair) {
+      checkRepair();
+    } else if (options_.locks != Options::Locks::needed) {
+      throw UsageError{"--force is for --repair alone: leave it out."};
+    }
     if (options_.task == Options::Task::list && recordingOption_ != nullptr) {
       throw UsageError{std::string(recordingOption_) +
                        " is for recording and --list records nothing: leave one of them out."};
@@ -131,6 +155,27 @@ class Parser {
   }
 
  private:
+  /// What is asked for first, unless that is help.
+  void take(Options::Task task) {
+    if (options_.task == Options::Task::record) {
+      options_.task = task;
+    } else if (options_.task != Options::Task::help && options_.task != task) {
+      throw UsageError{"--list and --repair contradict each other: leave one of them out."};
+    }
+  }
+
+  void checkRepair() const {
+    const char* const other =
+        options_.server == Options::Server::demo ? "--demo" : recordingOption_;
+    if (other != nullptr) {
+      throw UsageError{std::string(other) +
+                       " is for recording and --repair records nothing: leave one of them out."};
+    }
+    if (options_.repaired.empty()) {
+      throw UsageError{"--repair needs the names of the files to repair: write them behind it."};
+    }
+  }
+
   static std::string text(const char* name, const char* value, const char* wanted) {
     if (*value == '\0') {
       throw UsageError{std::string(name) + " got an empty word: give it " + wanted + "."};
@@ -257,9 +302,10 @@ Options parse(std::vector<char*> arguments) {
     }
     parser.take(flag, optarg);
   }
-  if (optind < count) {
-    throw UsageError{inQuotes(arguments[static_cast<std::size_t>(optind)]) +
-                     " is not expected: every argument is an option or its value." + seeHelp};
+  for (const char* const word : std::span(arguments)
+                                    .first(static_cast<std::size_t>(count))
+                                    .subspan(static_cast<std::size_t>(optind))) {
+    parser.takeOther(word);
   }
   return parser.finish();
 }

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "model/RecordingFormat.h"
 
@@ -13,10 +14,11 @@ namespace audrel::cli {
 
 /// What the command line asks for.
 struct Options {
-  enum class Task { record, list, help, version };
+  enum class Task { record, list, repair, help, version };
   enum class Output { text, json };
   enum class Progress { shown, quiet };
   enum class Server { system, demo };
+  enum class Locks { needed, ifOffered };
 
   Task task = Task::record;
   Server server = Server::system;
@@ -28,6 +30,9 @@ struct Options {
   std::optional<std::filesystem::path> file;  ///< with an ending
   std::optional<std::filesystem::path> folder;
   std::optional<std::chrono::microseconds> duration;
+
+  std::vector<std::filesystem::path> repaired;  ///< at least one for that task, none for others
+  Locks locks = Locks::needed;                  ///< of the files to repair
 };
 
 /// What is wrong with the command line, naming the word, and what to type instead. One or two

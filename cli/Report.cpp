@@ -1,6 +1,5 @@
 #include "cli/Report.h"
 
-#include <chrono>
 #include <optional>
 #include <string_view>
 
@@ -13,21 +12,13 @@ namespace audrel::cli {
 
 namespace {
 
-std::string lengthOf(double seconds) {
-  constexpr double shortRecording = 60;
-  if (seconds < shortRecording) {
-    return withDecimals(seconds, 1) + " s";
-  }
-  return formatDuration(std::chrono::seconds(static_cast<std::int64_t>(seconds)));
-}
-
 std::string counted(std::uint64_t number, const std::string& one, const std::string& several) {
   return std::to_string(number) + " " + (number == 1 ? one : several);
 }
 
 std::string amount(const RecordedAudio& audio, std::uint64_t frames) {
-  return lengthOf(audio.secondsOf(frames)) + " of audio (" + counted(frames, "frame", "frames") +
-         ")";
+  return formatLength(audio.secondsOf(frames)) + " of audio (" +
+         counted(frames, "frame", "frames") + ")";
 }
 
 /// What failed writes came to, a line each.
@@ -70,7 +61,8 @@ std::string lostFrames(const Report& report) {
 std::string textOf(const Report& report) {
   const auto& audio = report.audio;
   auto line = "Saved " + printable(report.file.native()) + ": " +
-              lengthOf(audio.secondsOf(report.frames())) + ", " + formatByteCount(report.fileSize);
+              formatLength(audio.secondsOf(report.frames())) + ", " +
+              formatByteCount(report.fileSize);
   if (audio.peak.has_value()) {
     line += ", peak " + describePeak(*audio.peak);
   }

@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
+#include "cli/Repair.h"
 #include "cli/Signals.h"
 #include "platform/Identity.h"
 #include "platform/NativePlatform.h"
@@ -22,6 +23,9 @@ namespace {
 int runOnPlatform(const Options& options, Console& console) {
   Signals signals;
   const auto native = NativePlatform::make();
+  if (options.task == Options::Task::repair) {
+    return repair(native->fileRepair(), options, signals, console);
+  }
   if (options.server == Options::Server::demo) {
     if (const auto problem = native->startDemo(); problem.has_value()) {
       console.complain(printable(*problem));
@@ -44,6 +48,7 @@ int run(const Options& options, Console& console) {
       return ExitStatus::success;
     case Options::Task::list:
     case Options::Task::record:
+    case Options::Task::repair:
       break;
   }
   return runOnPlatform(options, console);

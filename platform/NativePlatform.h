@@ -12,6 +12,10 @@
 #include "platform/Desktop.h"
 #include "platform/Platform.h"
 
+namespace capture {
+class FileRepair;
+}
+
 /// The operating system that the program was built for. Only a process entry makes one.
 class NativePlatform {
  public:
@@ -28,6 +32,9 @@ class NativePlatform {
   /// Where the log comes out on standard error, leaves out what has these categories: the program
   /// tells it there itself.
   virtual void keepOffStandardError(std::set<std::string, std::less<>> categories) = 0;
+
+  /// Repairs recordings that were cut off; null where the system offers no means.
+  virtual capture::FileRepair* fileRepair() { return nullptr; }
 
   /// What the menu-bar program needs besides; made on the first call. Nothing when that program
   /// runs already in this session, which the user was told.

@@ -12,6 +12,7 @@
 #include "platform/linux/files/EntryFolder.h"
 #include "platform/linux/files/Healer.h"
 #include "platform/linux/files/Healing.h"
+#include "platform/linux/files/Repair.h"
 #include "platform/linux/pipewire/CaptureAccess.h"
 #include "platform/linux/pipewire/CaptureHardware.h"
 #include "platform/linux/pipewire/Connection.h"
@@ -75,6 +76,13 @@ class WholeDiagnostics final : public capture::Diagnostics {
   WaitingNotices& notices_;
 };
 
+class RecordingRepair final : public capture::FileRepair {
+ public:
+  Repair repair(const std::filesystem::path& path, LockRule rule) override {
+    return linuxos::repair(path, rule);
+  }
+};
+
 class LinuxPlatform final : public NativePlatform {
  public:
   LinuxPlatform() {
@@ -110,6 +118,8 @@ class LinuxPlatform final : public NativePlatform {
   void keepOffStandardError(std::set<std::string, std::less<>> categories) override {
     log_.keepOffStandardError(std::move(categories));
   }
+
+  capture::FileRepair* fileRepair() override { return &fileRepair_; }
 
   std::optional<Desktop> desktop() override {
     if (!desktop_) {
@@ -152,6 +162,7 @@ class LinuxPlatform final : public NativePlatform {
   FileManager fileManager_;
   Dispatch dispatch_;
   const EntryFolder entries_{stateFolder(fileManager_.homeDirectoryForCurrentUser())};
+  RecordingRepair fileRepair_;
   AudioFramework audioFramework_{log_};
   SuspendInhibitor inhibitor_{log_.makeLogger(identity::bundleIdentifier, "power")};
   WaitingNotices notices_;

@@ -77,7 +77,7 @@ class BashCompletion : public Completion {
 
 TEST_F(BashCompletion, offersEveryOption) {
   const auto words = offered({""});
-  EXPECT_THAT(words, SizeIs(10));
+  EXPECT_THAT(words, SizeIs(11));
   for (const auto& word : words) {
     EXPECT_THAT(helpText, HasSubstr(" " + word + " "));
   }
@@ -89,6 +89,14 @@ TEST_F(BashCompletion, offersNoOptionThatContradictsWhatStandsThere) {
   EXPECT_THAT(offered({"-a", "x", "-d", "5", "--json", ""}),
               ElementsAre("--format", "--output", "--demo", "--quiet"));
   EXPECT_THAT(offered({"--help", ""}), IsEmpty());
+}
+
+TEST_F(BashCompletion, offersFilesToRepair) {
+  std::ofstream(folder_ / "song.wav");
+  EXPECT_THAT(offered({"--repair", "so"}), ElementsAre("song.wav"));
+  EXPECT_THAT(offered({"--repair", "song.wav", "--"}), ElementsAre("--force", "--json", "--quiet"));
+  EXPECT_THAT(offered({"--repair", "--json", "--force", "--"}), ElementsAre("--quiet"));
+  EXPECT_THAT(offered({"--demo", "--re"}), IsEmpty());
 }
 
 TEST_F(BashCompletion, offersFormats) {
@@ -154,11 +162,15 @@ class FishCompletion : public Completion {
 
 TEST_F(FishCompletion, offersWhatBashOffers) {
   play({"Web Radio", "webcam", "Player"});
-  EXPECT_THAT(offered("--"), SizeIs(10));
+  EXPECT_THAT(offered("--"), SizeIs(11));
   EXPECT_THAT(offered("--list --"), ElementsAre("--demo", "--json", "--quiet"));
   EXPECT_THAT(offered("-a x -d 5 --json --"),
               ElementsAre("--demo", "--format", "--output", "--quiet"));
   EXPECT_THAT(offered("--help --"), IsEmpty());
+  std::ofstream(folder_ / "song.wav");
+  EXPECT_THAT(offered("--repair son"), ElementsAre("song.wav"));
+  EXPECT_THAT(offered("--repair song.wav --"), ElementsAre("--force", "--json", "--quiet"));
+  EXPECT_THAT(offered("--demo --re"), IsEmpty());
   EXPECT_THAT(offered("--format="), ElementsAre("--format=m4a", "--format=wav"));
   EXPECT_THAT(offered("-o x.m4a -f "), ElementsAre("m4a"));
   EXPECT_THAT(offered("--app=Web"), ElementsAre("--app=Web Radio"));

@@ -171,6 +171,38 @@ TEST(Options, whatRecordsIsNoUseForAList) {
   }
 }
 
+TEST(Options, repairTakesFilesWhereverTheyStand) {
+  const auto all = options({"x.m4a", "--repair", "--json", "y.wav", "-q", "--force", "--", "-z"});
+  EXPECT_EQ(all.task, Options::Task::repair);
+  EXPECT_EQ(all.repaired, (std::vector<std::filesystem::path>{"x.m4a", "y.wav", "-z"}));
+  EXPECT_EQ(all.locks, Options::Locks::ifOffered);
+  EXPECT_EQ(all.output, Options::Output::json);
+  EXPECT_EQ(all.progress, Options::Progress::quiet);
+  EXPECT_EQ(options({"--repair", "x.m4a"}).locks, Options::Locks::needed);
+  EXPECT_EQ(options({"--repair", "x.m4a", "--help"}).task, Options::Task::help);
+}
+
+TEST(Options, nothingElseGoesWithRepair) {
+  for (const auto& words : std::vector<std::vector<std::string>>{{"--app", "x"},
+                                                                 {"--format", "wav"},
+                                                                 {"--output", "x"},
+                                                                 {"--duration", "1"},
+                                                                 {"--demo"}}) {
+    auto withRepair = words;
+    withRepair.insert(withRepair.end(), {"--repair", "x.m4a"});
+    EXPECT_EQ(usageError(withRepair),
+              words[0] + " is for recording and --repair records nothing: leave one of them out.");
+  }
+  EXPECT_EQ(usageError({"--list", "--repair", "x"}),
+            "--list and --repair contradict each other: leave one of them out.");
+  EXPECT_EQ(usageError({"--repair", "x", "--list"}), usageError({"--list", "--repair", "x"}));
+  EXPECT_EQ(usageError({"--repair"}),
+            "--repair needs the names of the files to repair: write them behind it.");
+  EXPECT_EQ(usageError({"--force"}), "--force is for --repair alone: leave it out.");
+  EXPECT_EQ(usageError({"--repair=x"}),
+            "--repair takes no value: leave out what follows the \"=\".");
+}
+
 TEST(Options, anErrorLeavesNothingBehindForTheNextCommandLine) {
   EXPECT_NE(usageError({"-xyz", "--json"}), "no error");
   EXPECT_EQ(options({"--json"}).output, Options::Output::json);
@@ -186,9 +218,9 @@ TEST(HelpText, fitsAScreen) {
 }
 
 TEST(HelpText, namesEveryOption) {
-  for (const char* option :
-       {"-l, --list", "    --json", "-a, --app", "-f, --format", "-o, --output", "-d, --duration",
-        "-q, --quiet", "-h, --help", "-V, --version", "    --demo"}) {
+  for (const char* option : {"-l, --list", "    --json", "-a, --app", "-f, --format",
+                             "-o, --output", "-d, --duration", "-q, --quiet", "-h, --help",
+                             "-V, --version", "    --demo", "    --repair", "    --force"}) {
     EXPECT_THAT(helpText, HasSubstr(std::string("  ") + option + " ")) << option;
   }
 }

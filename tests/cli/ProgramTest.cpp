@@ -95,6 +95,63 @@ TEST(Program, takesTheNextNameWhereAnotherProgramHasJustTakenIt) {
             "audrel-record: Could not create the output file: The folder is closed.\n");
 }
 
+TEST(Program, repairsFilesAndTellsWhatBecameOfEach) {
+  const auto outcome = run({"--repair", "music/cut.m4a", "whole.wav", "--", "-cut\x1b.wav"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "music/cut.m4a: repaired (1:23)\nwhole.wav: whole already\n");
+  EXPECT_EQ(outcome.errors,
+            "audrel-record: -cut\\x1b.wav: not ours: no recording of this program, or changed "
+            "since\n");
+  const auto good = run({"--repair", "cut.m4a", "whole.wav"});
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.errors, "");
+}
+
+TEST(Program, tellsWhyAFileIsNotRepairedAndWhatToDo) {
+  const auto outcome = run({"--repair", "recording.m4a", "none.m4a", "unlockable.m4a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(outcome.errors,
+            "audrel-record: recording.m4a: in use. Stop the recording first.\n"
+            "audrel-record: none.m4a: unreadable. There is none\\x1b.\n"
+            "audrel-record: unlockable.m4a: in use? The disk offers no locks. If none does, add "
+            "--force.\n");
+  EXPECT_EQ(run({"--repair", "--force", "unlockable.m4a"}).output,
+            "unlockable.m4a: repaired (0.5 s)\n");
+}
+
+TEST(Program, printsAnObjectForEachFileThatIsToBeRepaired) {
+  const auto outcome =
+      run({"--json", "--repair", "cut.m4a", "whole.m4a", "x", "recording.m4a", "none.m4a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_EQ(outcome.output,
+            R"({"file": "cut.m4a", "outcome": "repaired", "seconds": 83.25, "problem": null})"
+            "\n"
+            R"({"file": "whole.m4a", "outcome": "whole", "seconds": 2.5, "problem": null})"
+            "\n"
+            R"({"file": "x", "outcome": "notOurs", "seconds": null, "problem": null})"
+            "\n"
+            R"({"file": "recording.m4a", "outcome": "inUse", "seconds": null, "problem": null})"
+            "\n"
+            R"({"file": "none.m4a", "outcome": "unreadable", "seconds": null, )"
+            R"("problem": "There is none\u001b."})"
+            "\n");
+}
+
+TEST(Program, repairsQuietlyOnRequest) {
+  const auto outcome = run({"-q", "--repair", "cut.m4a", "whole.m4a", "recording.m4a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(outcome.errors, "audrel-record: recording.m4a: in use. Stop the recording first.\n");
+}
+
+TEST(Program, saysWhereNothingCanBeRepaired) {
+  const auto outcome = run({"--repair", "cut.m4a"}, "no-repair");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "audrel-record: Recordings cannot be repaired on this system.\n");
+}
+
 /// A program that is asked to stop in the middle of its recording.
 Outcome runUntil(int signal, int times) {
   const auto child = ChildProcess::start(program({"--output", "take.wav", "--json"}));

@@ -16,6 +16,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/FileRepair.h"
 #include "platform/NativePlatform.h"
 #include "tests/fakes/IOThread.h"
 #include "tests/fakes/ThreadQueue.h"
@@ -33,6 +34,34 @@ bool scriptSays(std::string_view word) {
 /// Stereo of one constant sample.
 constexpr std::size_t framesInCycle = 512;
 using Cycle = std::array<float, framesInCycle * 2>;
+
+/// Does what the names of files say.
+class ScriptedRepair final : public capture::FileRepair {
+ public:
+  capture::Repair repair(const std::filesystem::path& path, capture::LockRule rule) override {
+    using Outcome = capture::Repair::Outcome;
+    const std::string name = path.filename();
+    if (name.starts_with("cut")) {
+      return {Outcome::repaired, 83.25};
+    }
+    if (name.starts_with("whole")) {
+      return {Outcome::whole, 2.5};
+    }
+    if (name.starts_with("recording")) {
+      return {Outcome::inUse};
+    }
+    if (name.starts_with("unlockable") && rule == capture::LockRule::needed) {
+      return {Outcome::inUse, 0, "The disk offers no locks."};
+    }
+    if (name.starts_with("unlockable")) {
+      return {Outcome::repaired, 0.5};
+    }
+    if (name.starts_with("none")) {
+      return {Outcome::unreadable, 0, "There is none\x1b."};
+    }
+    return {Outcome::notOurs};
+  }
+};
 
 class ScriptedPlatform final : public NativePlatform {
  public:
@@ -109,6 +138,10 @@ class ScriptedPlatform final : public NativePlatform {
     keptOff_ = std::move(categories);
   }
 
+  capture::FileRepair* fileRepair() override {
+    return scriptSays("no-repair") ? nullptr : &fileRepair_;
+  }
+
   std::optional<Desktop> desktop() override { return std::nullopt; }
 
   std::optional<std::string> startDemo() override {
@@ -125,6 +158,7 @@ class ScriptedPlatform final : public NativePlatform {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 
+  ScriptedRepair fileRepair_;
   std::set<std::string, std::less<>> keptOff_;
   fakes::World world_;
   fakes::ThreadDispatch dispatch_;

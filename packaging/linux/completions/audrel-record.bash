@@ -27,8 +27,8 @@ _audrel_record_offer_applications() {
 
 _audrel_record() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local options='--list --app --format --output --duration --demo --json --quiet' formats='m4a wav'
-  local word
+  local options='--list --app --format --output --duration --demo --repair --json --quiet' formats='m4a wav'
+  local word repairs=
   COMPREPLY=()
   # "--app=Web" is three words here.
   if [[ $current == = ]]; then
@@ -48,10 +48,14 @@ _audrel_record() {
       -o | --output) options=${options/--output/} ;;
       -d | --duration) options=${options/--duration/} ;;
       -q | --quiet) options=${options/--quiet/} ;;
-      --demo | --json) options=${options/$word/} ;;
+      --repair) repairs=yes options='--force --json --quiet' ;;
+      --demo | --json | --force) options=${options/$word/} ;;
       *.m4a | *.wav) formats=${word##*.} ;;
     esac
-    case $word in -[afod] | --app | --format | --output | --duration) options=${options/--list/} ;; esac
+    case $word in
+      -[afod] | --app | --format | --output | --duration) options=${options/--list/} options=${options/--repair/} ;;
+      --demo) options=${options/--repair/} ;;
+    esac
   done
   case $previous in
     -a | --app) _audrel_record_offer_applications "$current" ;;
@@ -61,7 +65,13 @@ _audrel_record() {
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       ;;
     -d | --duration) ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current") ;;
+    *)
+      mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
+      if [[ $repairs && $current != -* ]]; then
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+      fi
+      ;;
   esac
 }
 

@@ -25,13 +25,20 @@ function __audrel_record_lacks
     end
 end
 
+function __audrel_record_repairs
+    contains -- --repair (commandline -opc)
+end
+
 complete -c audrel-record -f
-complete -c audrel-record -n '__audrel_record_lacks -l --list -a --app -f --format -o --output -d --duration' -s l -l list -d 'List the applications that can be recorded'
-complete -c audrel-record -n '__audrel_record_lacks -l --list -a --app' -s a -l app -x -a '(__audrel_record_applications)' -d 'Record one application'
-complete -c audrel-record -n '__audrel_record_lacks -l --list -f --format' -s f -l format -x -a '(__audrel_record_formats)' -d 'Format of the file'
-complete -c audrel-record -n '__audrel_record_lacks -l --list -o --output' -s o -l output -x -a '(__fish_complete_directories (commandline -ct))' -d 'Record to this file, or into this folder'
-complete -c audrel-record -n '__audrel_record_lacks -l --list -d --duration' -s d -l duration -x -d 'Stop after exactly this time (90, 0.5, 1:30, 1h2m)'
-complete -c audrel-record -n '__audrel_record_lacks --demo' -l demo -d 'Use a private audio server that plays a melody'
+complete -c audrel-record -n '__audrel_record_lacks --repair -l --list -a --app -f --format -o --output -d --duration' -s l -l list -d 'List the applications that can be recorded'
+complete -c audrel-record -n '__audrel_record_lacks --repair -l --list -a --app' -s a -l app -x -a '(__audrel_record_applications)' -d 'Record one application'
+complete -c audrel-record -n '__audrel_record_lacks --repair -l --list -f --format' -s f -l format -x -a '(__audrel_record_formats)' -d 'Format of the file'
+complete -c audrel-record -n '__audrel_record_lacks --repair -l --list -o --output' -s o -l output -x -a '(__fish_complete_directories (commandline -ct))' -d 'Record to this file, or into this folder'
+complete -c audrel-record -n '__audrel_record_lacks --repair -l --list -d --duration' -s d -l duration -x -d 'Stop after exactly this time (90, 0.5, 1:30, 1h2m)'
+complete -c audrel-record -n '__audrel_record_lacks --repair --demo' -l demo -d 'Use a private audio server that plays a melody'
+complete -c audrel-record -n '__audrel_record_lacks --repair --demo -l --list -a --app -f --format -o --output -d --duration' -l repair -d 'Make recordings whole that were cut off'
+complete -c audrel-record -n '__audrel_record_repairs' -F
+complete -c audrel-record -n '__audrel_record_repairs; and __audrel_record_lacks --force' -l force -d 'Repair where the file system has no locks'
 complete -c audrel-record -n '__audrel_record_lacks --json' -l json -d 'Print the result, or the list, as JSON'
 complete -c audrel-record -n '__audrel_record_lacks -q --quiet' -s q -l quiet -d 'Print nothing but errors and warnings'
 complete -c audrel-record -n 'test (count (commandline -opc)) -eq 1' -s h -l help -d 'Print a summary of the options'

@@ -42,8 +42,7 @@ Repair repair(const std::filesystem::path& path, LockRule rule) {
       return {.outcome = Outcome::inUse,
               .seconds = 0,
               .problem = "The disk that holds " + quotedName(path) +
-                         " offers no locks, so nobody can tell whether somebody records to it. "
-                         "When nobody does, add --force."};
+                         " offers no locks, so nobody can tell whether a program records to it."};
     }
   }
   return repair(*file);
