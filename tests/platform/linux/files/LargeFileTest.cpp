@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <stdexcept>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "platform/linux/files/M4aFrameWriter.h"
 #include "platform/linux/files/M4aWriter.h"
 #include "platform/linux/files/RawFile.h"
+#include "platform/linux/files/Repair.h"
 #include "platform/linux/files/WavWriter.h"
 #include "tests/platform/linux/files/Recordings.h"
 #include "tests/platform/linux/files/Tools.h"
@@ -124,6 +126,22 @@ TEST(LargeWav, isRightBeforeAtAndBeyondFourGiBWhileItGrows) {
   EXPECT_EQ(asSixteenBit(decode(path, lastSecond)), ending);
 }
 
+TEST(LargeWav, isRepairedAcrossFourGiB) {
+  const support::TemporaryFolder folder;
+  const auto path = folder / "large.wav";
+  {
+    WavWriter writer(BlockFile(createSparse(path)), {48000, 2});
+    ASSERT_EQ(writer.start(), 0);
+    ASSERT_EQ(writer.append(std::vector<std::byte>(4800)), std::nullopt);
+  }
+  for (const std::uint64_t frames : {fourGiB / 4 - 100, fourGiB / 4, fourGiB}) {
+    std::filesystem::resize_file(path, 80 + 4 * frames);
+    ASSERT_EQ(repair(path, LockRule::needed).outcome, Repair::Outcome::repaired);
+    EXPECT_EQ(endOfWav(path, 10).first, frames);
+    EXPECT_EQ(firstFourBytes(path), frames < fourGiB / 4 ? "RIFF" : "RF64");
+  }
+}
+
 TEST(LargeWav, turnsToRf64WhenItsSizeIsNoLongerBelowTheMarker) {
   const WavFormat format = {48000, 2};
   const auto kindOf = [&](std::uint64_t riffSize) {
@@ -168,6 +186,32 @@ class LargeM4a : public testing::Test {
 
   M4aWriter makeWriter() { return {BlockFile(createSparse(path_)), track_, {}}; }
 
+  /// Writes more than 4 GiB, and noise at the end of it.
+  void writeMuch(M4aWriter& writer) {
+    ASSERT_EQ(writer.start(), 0);
+    std::vector<std::byte> filler = AacEncoder::silentPacket(settings_);
+    filler.resize(fillerSize);  // a decoder ignores what follows a packet's end
+    for (std::size_t i = 0; i < fillers; ++i) {
+      ASSERT_EQ(writer.add(filler), std::nullopt);
+    }
+    // After so much silence there is no padding in front of the ending's packets: their first one
+    // belongs to the time before it.
+    for (const auto& packet : encode(*encoder_, ending_)) {
+      ASSERT_EQ(writer.add(packet), std::nullopt);
+    }
+    ASSERT_GT(std::filesystem::file_size(path_), fourGiB);
+  }
+
+  void expectEnding() const {
+    const auto decoded = decode(path_, static_cast<double>(fillers) * 1024 / 48000);
+    ASSERT_GT(decoded.size(), 20'000U);
+    EXPECT_EQ(lag(ending_, decoded), 0);
+    EXPECT_LT(errorRatio(ending_, decoded), 0.1);
+  }
+
+  static constexpr std::size_t fillerSize = 60'000;
+  static constexpr std::size_t fillers = fourGiB / fillerSize + 100;
+  const Audio ending_ = noise(93 * 1024);
   support::TemporaryFolder folder_;
   std::filesystem::path path_ = folder_ / "large.m4a";
   AacEncoder::Settings settings_ = {48000, 2, 256'000};
@@ -177,35 +221,34 @@ class LargeM4a : public testing::Test {
 
 TEST_F(LargeM4a, playsAndSeeksBeyondFourGiBFinishedOrNot) {
   M4aWriter writer = makeWriter();
-  ASSERT_EQ(writer.start(), 0);
-  std::vector<std::byte> filler = AacEncoder::silentPacket(settings_);
-  filler.resize(60'000);  // a decoder ignores what follows a packet's end
-  const std::size_t fillers = fourGiB / filler.size() + 100;
-  for (std::size_t i = 0; i < fillers; ++i) {
-    ASSERT_EQ(writer.add(filler), std::nullopt);
-  }
-  // After so much silence there is no padding in front of the ending's packets: their first one
-  // belongs to the time before it.
-  const Audio ending = noise(93 * 1024);
-  for (const auto& packet : encode(*encoder_, ending)) {
-    ASSERT_EQ(writer.add(packet), std::nullopt);
-  }
-  ASSERT_GT(std::filesystem::file_size(path_), fourGiB);
-  const double begin = static_cast<double>(fillers) * 1024 / 48000;
-  const auto checkEnding = [&] {
-    const auto decoded = decode(path_, begin);
-    ASSERT_GT(decoded.size(), 20'000U);
-    EXPECT_EQ(lag(ending, decoded), 0);
-    EXPECT_LT(errorRatio(ending, decoded), 0.1);
-  };
-  checkEnding();
+  writeMuch(writer);
+  expectEnding();
 
   const std::uint64_t frames = (fillers + 93) * 1024;
   const M4aWriter::Ending finished = writer.finish(frames);
   EXPECT_EQ(finished.code, 0);
   EXPECT_EQ(finished.frames, frames);
   EXPECT_EQ(probe(path_).duration, static_cast<std::int64_t>(frames));
-  checkEnding();
+  expectEnding();
+}
+
+TEST_F(LargeM4a, isRepairedBeyondFourGiB) {
+  {
+    M4aWriter writer = makeWriter();
+    writeMuch(writer);
+  }
+  const auto expectRepaired = [&] {
+    EXPECT_EQ(repair(path_, LockRule::needed).outcome, Repair::Outcome::repaired);
+    const std::int64_t packets =
+        std::lround(repair(path_, LockRule::needed).seconds * 48000 / 1024);
+    EXPECT_EQ(probe(path_).duration, packets * 1024);
+    EXPECT_GE(packets, fillers + 93 - 23) << "all but the fragment that was being collected";
+    expectEnding();
+  };
+  expectRepaired();
+  std::filesystem::resize_file(path_, std::filesystem::file_size(path_) - 100);
+  expectRepaired();
+  EXPECT_EQ(repair(path_, LockRule::needed).outcome, Repair::Outcome::whole);
 }
 
 TEST_F(LargeM4a, lastsLongerThan32BitsCount) {

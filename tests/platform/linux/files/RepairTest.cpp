@@ -4,11 +4,16 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <fstream>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/platform/linux/files/FakeDisk.h"
@@ -61,6 +66,48 @@ TEST_F(Repairs, areDoneOnceAndThenTheFileIsWhole) {
     EXPECT_EQ(probe(path).duration, std::lround(repaired.seconds * 48000));
     expectUntouched(path, Outcome::whole);
   }
+}
+
+/// Records one file after the other, until it is killed.
+[[noreturn]] void recordForEver(const std::filesystem::path& folder, const Audio& audio) {
+  support::KeptLog log;
+  AudioFramework framework(log);
+  for (int i = 0;; ++i) {
+    const bool isWav = i % 2 == 1;
+    const auto name = std::to_string(i) + (isWav ? ".wav" : ".m4a");
+    const auto settings = isWav ? wavSettings(audio) : m4aSettings(audio);
+    const auto file = openFile(framework, folder / name, settings);
+    deliver(framework, *file, audio);
+  }
+}
+
+TEST_F(Repairs, makeWholeWhateverAKillLeaves) {
+  const Audio audio = noise(100'000);
+  std::minstd_rand random(std::random_device{}());
+  std::size_t repaired = 0;
+  for (int kills = 0; kills < 12; ++kills) {
+    const support::TemporaryFolder folder;
+    const pid_t child = fork();
+    if (child == 0) {
+      recordForEver(folder.path(), audio);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(30 + random() % 300));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+      SCOPED_TRACE(entry.path());
+      const auto outcome = repair(entry.path(), LockRule::needed);
+      if (entry.file_size() == 0) {
+        EXPECT_EQ(outcome.outcome, Outcome::notOurs) << "killed before its first write";
+        continue;
+      }
+      repaired += outcome.outcome == Outcome::repaired ? 1 : 0;
+      EXPECT_EQ(repair(entry.path(), LockRule::needed), (Repair{Outcome::whole, outcome.seconds}));
+      EXPECT_EQ(probe(entry.path()).duration, std::lround(outcome.seconds * 48000));
+      EXPECT_LT(errorRatio(audio, decode(entry.path())), 0.1);
+    }
+  }
+  EXPECT_GT(repaired, 0U);
 }
 
 TEST_F(Repairs, leaveWhatAStoppedRecordingMadeAlone) {

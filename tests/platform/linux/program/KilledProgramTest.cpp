@@ -1,19 +1,40 @@
 // What a kill of the program costs: what it has not written, which is counted in time. So the graph
 // goes no faster than the processors do, and nothing else may keep them from the program.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
+#include <string>
 
 #include "tests/platform/linux/pipewire/harness/RecordedFile.h"
 #include "tests/platform/linux/pipewire/harness/Segments.h"
 #include "tests/platform/linux/program/harness/WavRecording.h"
+#include "tests/support/RunTool.h"
 
 namespace audrel::programtest {
 namespace {
 
 constexpr double inRealTime = 1;
+
+/// What the command line makes of a recording.
+support::ToolResult repair(const std::filesystem::path& recording) {
+  return support::runTool({AUDREL_COMMAND, "--repair", recording});
+}
+
+void expectInUse(const std::filesystem::path& recording) {
+  const auto refused = repair(recording);
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_THAT(refused.errors, testing::HasSubstr(": in use."));
+}
+
+void expectToBecomeWhole(const std::filesystem::path& recording) {
+  const auto repaired = repair(recording);
+  EXPECT_EQ(repaired.exitCode, 0);
+  EXPECT_EQ(repaired.errors, "");
+  EXPECT_EQ(repair(recording).output, recording.string() + ": whole already\n");
+}
 
 class KilledWav : public WavRecording {
  protected:
@@ -21,9 +42,12 @@ class KilledWav : public WavRecording {
 };
 
 TEST_F(KilledWav, lacksASecondAtMost) {
+  expectInUse(recording());
   const std::uint64_t frame = played();
   kill(program->pid(), SIGKILL);
   EXPECT_EQ(waitForEnd(), -1);
+  expectRecordedUntil(frame - second);
+  expectToBecomeWhole(recording());
   expectRecordedUntil(frame - second);
 }
 
@@ -55,9 +79,12 @@ class M4aRecording : public Session {
 };
 
 TEST_F(M4aRecording, lacksASecondAtMostThroughAKill) {
+  expectInUse(recording());
   const std::uint64_t frames = played();
   kill(program->pid(), SIGKILL);
   EXPECT_EQ(waitForEnd(), -1);
+  expectRecorded(frames - second);
+  expectToBecomeWhole(recording());
   expectRecorded(frames - second);
 }
 
