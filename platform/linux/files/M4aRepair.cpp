@@ -81,7 +81,7 @@ Fragments wholeFragments(const CheckedFile& file, const mp4::Track& track, std::
 bool hasHole(std::span<const std::byte> data, std::uint64_t offset) {
   constexpr std::size_t smallestBlock = 512;
   const auto isZero = [](std::byte byte) { return byte == std::byte{0}; };
-  if (isZero(data.back())) {
+  if (data.empty() || isZero(data.back())) {
     return true;
   }
   for (std::size_t begin = (smallestBlock - offset % smallestBlock) % smallestBlock;
