@@ -14,28 +14,29 @@ inline std::span<const std::byte> after(std::span<const std::byte> bytes, std::s
   return bytes.subspan(std::min(count, bytes.size()));
 }
 
-/// The number at `position`, the most significant byte first; bytes beyond the end are 0.
+/// The byte at `position`; 0 beyond the end.
+inline std::uint64_t byteAt(std::span<const std::byte> bytes, std::size_t position) {
+  return position < bytes.size() ? std::to_integer<std::uint64_t>(bytes[position]) : 0;
+}
+
+/// The number at `position`, the most significant byte first.
 template <std::unsigned_integral Number>
 Number bigAt(std::span<const std::byte> bytes, std::size_t position) {
-  Number number = 0;
+  std::uint64_t number = 0;
   for (std::size_t i = 0; i < sizeof(Number); ++i) {
-    const auto rest = after(bytes, position + i);
-    const auto byte = rest.empty() ? std::byte{0} : rest.front();
-    number = static_cast<Number>(std::uint64_t{number} << 8U | std::to_integer<Number>(byte));
+    number = number << 8U | byteAt(bytes, position + i);
   }
-  return number;
+  return static_cast<Number>(number);
 }
 
 /// The same, the least significant byte first.
 template <std::unsigned_integral Number>
 Number littleAt(std::span<const std::byte> bytes, std::size_t position) {
-  Number number = 0;
+  std::uint64_t number = 0;
   for (std::size_t i = 0; i < sizeof(Number); ++i) {
-    const auto rest = after(bytes, position + i);
-    const auto byte = rest.empty() ? std::byte{0} : rest.front();
-    number = static_cast<Number>(number | std::to_integer<std::uint64_t>(byte) << (8 * i));
+    number |= byteAt(bytes, position + i) << (8 * i);
   }
-  return number;
+  return static_cast<Number>(number);
 }
 
 /// The four letters at `position`, or as many as there are.

@@ -11,7 +11,7 @@ std::chrono::nanoseconds sinceEpoch(const struct statx_timestamp& time) {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-std::optional<FileStatus> statusOf(int folder, const char* name, int flags) noexcept {
+std::optional<FileStatus> statusAt(int folder, const char* name, int flags) noexcept {
   struct statx status{};
   if (statx(folder, name, flags, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
     return std::nullopt;
@@ -29,11 +29,11 @@ std::optional<FileStatus> statusOf(int folder, const char* name, int flags) noex
 }  // namespace
 
 std::optional<FileStatus> statusOf(int descriptor) noexcept {
-  return statusOf(descriptor, "", AT_EMPTY_PATH);
+  return statusAt(descriptor, "", AT_EMPTY_PATH);
 }
 
 std::optional<FileStatus> statusOf(const std::filesystem::path& path) noexcept {
-  return statusOf(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW);
+  return statusAt(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW);
 }
 
 }  // namespace audrel::linuxos

@@ -19,7 +19,7 @@ constexpr auto rest = 10s;
 /// How long an entry waits for what may be possible later.
 constexpr auto patience = std::chrono::days(30);
 
-std::string quoted(const std::filesystem::path& path) {
+std::string inQuotes(const std::filesystem::path& path) {
   return '"' + path.string() + '"';
 }
 
@@ -100,12 +100,12 @@ Healer::Fate Healer::fateOf(const EntryFolder::Found& found, const std::atomic<b
     case State::entry:
       return finish(*found.entry, isToEnd);
     case State::broken:
-      logOnce(os::LogLevel::error, quoted(entries_.path() / found.name) +
+      logOnce(os::LogLevel::error, inQuotes(entries_.path() / found.name) +
                                        " says nothing of a recording, and is removed.");
       return Fate::done;
     case State::foreign:
       logOnce(os::LogLevel::info,
-              quoted(entries_.path() / found.name) + " is another user's, and left alone.");
+              inQuotes(entries_.path() / found.name) + " is another user's, and left alone.");
       return Fate::stays;
     case State::unfinished:
     case State::unreadable:
@@ -128,7 +128,7 @@ Healer::Fate Healer::finish(const RecordingEntry& entry, const std::atomic<bool>
     if (errno == EWOULDBLOCK) {
       return Fate::stays;
     }
-    logOnce(os::LogLevel::error, quoted(entry.file) +
+    logOnce(os::LogLevel::error, inQuotes(entry.file) +
                                      " may have been cut off, but its disk offers no locks, so "
                                      "nobody can tell whether somebody records to it. When nobody "
                                      "does, \"audrel-record --repair --force\" finishes it.");
@@ -181,7 +181,7 @@ Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {
     case Repair::Outcome::whole:
       return Fate::done;
     case Repair::Outcome::notOurs:
-      logOnce(os::LogLevel::info, quoted(file.path()) +
+      logOnce(os::LogLevel::info, inQuotes(file.path()) +
                                       " was cut off, and left as it is: there is nothing in it "
                                       "that could be finished.");
       return Fate::done;
@@ -192,7 +192,7 @@ Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {
   }
   if (!isToEnd) {
     logOnce(os::LogLevel::error,
-            quoted(file.path()) + " was cut off, and could not be finished. " + repair.problem);
+            inQuotes(file.path()) + " was cut off, and could not be finished. " + repair.problem);
   }
   return Fate::tryLater;
 }
@@ -205,7 +205,7 @@ Healer::Fate Healer::absent(const RecordingEntry& entry, int code) {
     return folder && folder->identity.device == entry.identity.device ? Fate::done : Fate::tryLater;
   }
   if (code != ENOTDIR) {
-    logOnce(os::LogLevel::error, quoted(entry.file) +
+    logOnce(os::LogLevel::error, inQuotes(entry.file) +
                                      " may have been cut off, but cannot be opened (" +
                                      std::generic_category().message(code) + ").");
   }
@@ -214,11 +214,11 @@ Healer::Fate Healer::absent(const RecordingEntry& entry, int code) {
 
 void Healer::tell(const std::filesystem::path& file, double seconds) {
   const std::string length = clockText(seconds);
-  logger_->info(quoted(file) + " was cut off, and is finished now: " + length + '.');
+  logger_->info(inQuotes(file) + " was cut off, and is finished now: " + length + '.');
   if (tell_) {
     tell_({.matter = "recovered " + file.string(),
            .summary = "Recording recovered",
-           .body = quotedName(file) + " in " + quoted(file.parent_path()) +
+           .body = quotedName(file) + " in " + inQuotes(file.parent_path()) +
                    " was cut off, and is finished now: " + length + '.',
            .isLoss = true,
            .file = file});

@@ -15,8 +15,6 @@ namespace {
 
 using Outcome = capture::Repair::Outcome;
 
-constexpr std::size_t boxHeaderSize = 8;
-
 /// The index counts the bytes of its boxes with 32 bits. Two months at 48 kHz.
 constexpr std::size_t mostPackets = std::size_t{1} << 28U;
 
@@ -34,8 +32,8 @@ struct Box {
 
 /// The box at `offset`, if the file has all of it.
 std::optional<Box> wholeBoxAt(const CheckedFile& file, std::uint64_t offset) {
-  const auto [type, size] = mp4::readBoxHeader(file.read(offset, 2 * boxHeaderSize));
-  if (size < boxHeaderSize || offset > file.size() || size > file.size() - offset) {
+  const auto [type, size] = mp4::readBoxHeader(file.read(offset, 2 * mp4::boxHeaderSize));
+  if (size < mp4::boxHeaderSize || offset > file.size() || size > file.size() - offset) {
     return std::nullopt;
   }
   return Box{type, offset, offset + size};
@@ -121,7 +119,7 @@ struct Index {
 /// written, to the file's end.
 std::optional<Index> hiddenIndexAt(const CheckedFile& file, std::uint64_t offset,
                                    const mp4::Track& track, const PacketIndex& index) {
-  const std::uint64_t movie = offset + boxHeaderSize;
+  const std::uint64_t movie = offset + mp4::boxHeaderSize;
   const auto length = mp4::readMovieLength(file.read(movie, mp4::movieHeaderSize));
   if (!length || length->frames > mp4::playableFrames(track, index.sizes().size())) {
     return std::nullopt;
@@ -153,7 +151,8 @@ void coverTail(CheckedFile& file, std::uint64_t begin) {
     return;
   }
   ByteWriter header;
-  mp4::writeBoxHeader(header, "free", std::max<std::uint64_t>(file.size() - begin, boxHeaderSize));
+  mp4::writeBoxHeader(header, "free",
+                      std::max<std::uint64_t>(file.size() - begin, mp4::boxHeaderSize));
   if (!hasAt(file, begin, header.bytes())) {
     file.writeDurably(begin, header.bytes());
   }
@@ -162,7 +161,7 @@ void coverTail(CheckedFile& file, std::uint64_t begin) {
 Index appendIndex(CheckedFile& file, const mp4::Track& track, Fragments& fragments) {
   const std::uint64_t frames = mp4::playableFrames(track, fragments.index.sizes().size());
   coverTail(file, fragments.end);
-  const Index index{file.size() + boxHeaderSize, frames};
+  const Index index{file.size() + mp4::boxHeaderSize, frames};
   ByteWriter out;
   mp4::writeHiddenMovie(out, track, fragments.index, frames);
   file.writeDurably(file.size(), out.bytes());

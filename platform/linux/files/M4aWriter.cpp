@@ -9,7 +9,6 @@
 namespace audrel::linuxos {
 namespace {
 
-constexpr std::size_t boxHeaderSize = 8;
 constexpr std::size_t maximumPacketSize = 0xFFFF;
 constexpr std::size_t maximumAacBytes = 768;  // of a packet, for each channel
 
@@ -149,7 +148,7 @@ std::uint64_t M4aWriter::silencedFrames() const {
 }
 
 int M4aWriter::writeIndex(std::uint64_t frames) {
-  const std::uint64_t movie = file_.end() + boxHeaderSize;
+  const std::uint64_t movie = file_.end() + mp4::boxHeaderSize;
   try {
     ByteWriter out;
     mp4::writeHiddenMovie(out, track_, index_, frames);

@@ -22,6 +22,9 @@ struct Track {
   std::vector<std::byte> configuration;  ///< AudioSpecificConfig
 };
 
+/// Of a box whose size 32 bits hold.
+constexpr std::size_t boxHeaderSize = 8;
+
 /// Opens a box for the length of a scope; its size is filled in at the end.
 class Box {
  public:

@@ -11,18 +11,16 @@ namespace {
 
 using Bytes = std::span<const std::byte>;
 
-constexpr std::size_t headerSize = 8;
-
 /// What is in the first box of a type among boxes that follow one another; empty when there is
 /// none, or it ends beyond the bytes.
 Bytes contentOf(Bytes boxes, std::string_view type) {
-  while (boxes.size() >= headerSize) {
+  while (boxes.size() >= boxHeaderSize) {
     const auto size = bigAt<std::uint32_t>(boxes, 0);
-    if (size < headerSize || size > boxes.size()) {
+    if (size < boxHeaderSize || size > boxes.size()) {
       break;
     }
     if (lettersAt(boxes, 4) == type) {
-      return boxes.subspan(headerSize, size - headerSize);
+      return boxes.subspan(boxHeaderSize, size - boxHeaderSize);
     }
     boxes = boxes.subspan(size);
   }
@@ -71,7 +69,7 @@ std::optional<std::uint64_t> endOfData(Bytes bytes) {
 }  // namespace
 
 std::optional<Beginning> readBeginning(Bytes bytes) {
-  const Track track = trackIn(after(bytes, commitOffset + 2 * headerSize));
+  const Track track = trackIn(after(bytes, commitOffset + 2 * boxHeaderSize));
   if (track.sampleRate == 0 || track.channels == 0 || track.framesPerPacket == 0) {
     return std::nullopt;
   }
@@ -121,8 +119,8 @@ std::optional<std::vector<std::uint16_t>> readFragmentHead(Bytes head, std::uint
 BoxHeader readBoxHeader(Bytes bytes) {
   BoxHeader header{lettersAt(bytes, 4), bigAt<std::uint32_t>(bytes, 0)};
   if (header.size == 1) {
-    header.size = bigAt<std::uint64_t>(bytes, headerSize);
-    if (header.size < 2 * headerSize) {
+    header.size = bigAt<std::uint64_t>(bytes, boxHeaderSize);
+    if (header.size < 2 * boxHeaderSize) {
       header.size = 0;
     }
   }
@@ -130,7 +128,7 @@ BoxHeader readBoxHeader(Bytes bytes) {
 }
 
 std::optional<MovieLength> readMovieLength(Bytes movie) {
-  const Bytes header = contentOf(after(movie, headerSize), "mvhd");
+  const Bytes header = contentOf(after(movie, boxHeaderSize), "mvhd");
   const auto version = bigAt<std::uint8_t>(header, 0);
   MovieLength length;
   if (version == 0) {
