@@ -16,6 +16,7 @@ class Found:
     content: bytes | None  # of the file, if there is one
     intact: int  # frames that play as they were recorded, from the first on
     wrong: int  # frames that play after them and are none of the recording's
+    unmended: str | None = None  # why repairing it failed
 
 
 @dataclasses.dataclass
@@ -45,6 +46,23 @@ def compare(audio, recorded):
     return intact, len(audio) // FRAME_BYTES - intact
 
 
+def mend(program, path, recorded, intact):
+    """Repairs a file in which `intact` frames play. What is wrong afterwards, if anything is."""
+    def repair():
+        return subprocess.run([program, "--repair", path], stdin=subprocess.DEVNULL, text=True,
+                              capture_output=True, check=False)
+    first = repair()
+    if first.returncode != 0:
+        return f"it cannot be repaired: {(first.stdout + first.stderr).strip()}"
+    left, wrong = compare(play(path), recorded)
+    if left < intact or wrong > 0:
+        return f"repaired, {left} of {intact} frames play, and {wrong} that were not recorded"
+    content = path.read_bytes()
+    if repair().returncode != 0 or path.read_bytes() != content:
+        return "repaired, it is not taken for whole"
+    return None
+
+
 def complaint(recording, played, file_format):
     """What is wrong with the file that the program itself left, if anything is."""
     beyond = len(played) // FRAME_BYTES - recording.frames
@@ -70,4 +88,4 @@ def judge(cut, found, recording, slowest_flush):
         if slowest_flush > KEEPS_UP:
             return Verdict(lost, f"{problem}, on a disk that took {slowest_flush:.1f} s to flush",
                            False)
-    return Verdict(lost, problem, True)
+    return Verdict(lost, problem or found.unmended, True)

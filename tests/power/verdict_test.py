@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """When a cut has cost more than was promised, and what is said of it."""
 
+import struct
 import subprocess
 import sys
 import tempfile
@@ -12,7 +13,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 from power.disk import Cut  # noqa: E402
 from power.recording import Recording  # noqa: E402
 from power.report import CANNOT_TRY, Report  # noqa: E402
-from power.verdict import RATE, Found, Verdict, compare, complaint, judge  # noqa: E402
+from power.verdict import RATE, Found, Verdict, compare, complaint, judge, mend  # noqa: E402
 
 COMMAND = Path(__file__).resolve().parents[1] / "power-cut"
 
@@ -46,6 +47,10 @@ class WhileItRecords(unittest.TestCase):
     def test_what_was_not_recorded_must_not_play(self):
         self.assertEqual(self.judged(10, found(9, wrong=12)).problem,
                          "12 frames play that were not recorded")
+
+    def test_what_is_left_has_to_be_of_use_for_a_repair(self):
+        self.assertEqual(self.judged(10, Found(b"x", 9 * RATE, 0, "it cannot be repaired: why")),
+                         Verdict(1.0, "it cannot be repaired: why", True))
 
     def test_a_disk_that_does_not_keep_up_is_not_judged_by_what_is_missing(self):
         self.assertEqual(self.judged(10, found(5), slowest_flush=0.6), Verdict(
@@ -85,6 +90,39 @@ class Playing(unittest.TestCase):
         for frames, file_format in ((RATE + 1, "wav"), (RATE - 1, "wav"), (RATE - 1, "m4a"),
                                     (RATE + 1024, "m4a")):
             self.assertIsNotNone(complaint(run, bytes(4 * frames), file_format))
+
+
+class Mending(unittest.TestCase):
+    """With a program that does to a WAV file what the test wants."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.program = Path(folder.name) / "program"
+        self.file = Path(folder.name) / "a.wav"
+        self.audio = bytes(range(200))
+        size = len(self.audio)
+        self.file.write_bytes(b"RIFF" + struct.pack("<I", 36 + size) + b"WAVEfmt " + struct.pack(
+            "<IHHIIHH", 16, 1, 2, RATE, 4 * RATE, 4, 16) + b"data" + struct.pack("<I", size) +
+            self.audio)
+
+    def mended(self, *commands, intact=50):
+        self.program.write_text("\n".join(["#!/bin/sh", *commands]) + "\n")
+        self.program.chmod(0o755)
+        return mend(self.program, self.file, self.audio, intact)
+
+    def test_a_file_that_stays_as_it_is_is_well(self):
+        self.assertIsNone(self.mended('[ "$1" = --repair ]'))
+
+    def test_a_refusal_is_told_in_its_words(self):
+        self.assertEqual(self.mended("echo not ours; exit 1"), "it cannot be repaired: not ours")
+
+    def test_nothing_may_get_lost(self):
+        self.assertEqual(self.mended('truncate -s 144 "$2"'),
+                         "repaired, 25 of 50 frames play, and 0 that were not recorded")
+
+    def test_what_is_repaired_is_whole(self):
+        self.assertEqual(self.mended('printf x >>"$2"'), "repaired, it is not taken for whole")
 
 
 class Reports(unittest.TestCase):
