@@ -7,6 +7,7 @@ import signal
 import subprocess
 import time
 
+RATE = 48000
 AFTER_STOP = ("stop returns", "a second later")
 
 
@@ -22,6 +23,7 @@ class Moments:
 class Recording:
     born: float  # when the file was created, by the clock of files
     frames: int  # as the program tells
+    stalled: float  # seconds in which the audio server delivered nothing, as the program tells
     stop_took: float  # seconds
     content: bytes  # as the program left the file
 
@@ -79,7 +81,8 @@ def record(program, file_format, disk, home, when):
         child.kill()
         child.wait()
         child.stdout.close()
-    return Recording(born, json.loads(answer)["frames"], stop_took, path.read_bytes())
+    told = json.loads(answer)
+    return Recording(born, told["frames"], told["lostFrames"] / RATE, stop_took, path.read_bytes())
 
 
 def _birth(path, child, log):

@@ -3,10 +3,11 @@
 import dataclasses
 import subprocess
 
-RATE = 48000
+from .recording import RATE
+
 FRAME_BYTES = 4  # two channels of 16 bits
 PROMISE = 3.0  # seconds: what is older than that is safe
-KEEPS_UP = 0.5  # seconds that a flush may take on a disk of which that is promised
+KEEPS_UP = 0.5  # seconds that the machine may be behind while that is promised
 _PADDING = 1023  # frames that FFmpeg 5.1 plays beyond the end of an M4A
 
 
@@ -23,7 +24,7 @@ class Found:
 class Verdict:
     lost: float  # seconds that the cut cost
     problem: str | None  # how the promise was broken
-    judged: bool  # not where the disk did not keep up
+    judged: bool  # not where the machine did not keep up
 
 
 def play(path):
@@ -71,8 +72,8 @@ def complaint(recording, played, file_format):
     return f"the program tells {recording.frames} frames, and {beyond} more than that play"
 
 
-def judge(cut, found, recording, slowest_flush):
-    """`slowest_flush`: how long one took at worst in the seconds before the cut."""
+def judge(cut, found, recording, behind):
+    """`behind`: how late disk or audio server were at worst in the seconds before the cut."""
     if cut.stopped:
         lost = max(0, recording.frames - found.intact) / RATE
         whole = found.content == recording.content
@@ -85,7 +86,6 @@ def judge(cut, found, recording, slowest_flush):
         problem = f"{found.wrong} frames play that were not recorded"
     elif found.intact / RATE < min(cut.time - recording.born - PROMISE, recording.frames / RATE):
         problem = f"{lost:.1f} s are gone" + ("" if found.content is not None else ": no file")
-        if slowest_flush > KEEPS_UP:
-            return Verdict(lost, f"{problem}, on a disk that took {slowest_flush:.1f} s to flush",
-                           False)
+        if behind > KEEPS_UP:
+            return Verdict(lost, f"{problem}, on a machine that was {behind:.1f} s behind", False)
     return Verdict(lost, problem or found.unmended, True)

@@ -19,7 +19,8 @@ COMMAND = Path(__file__).resolve().parents[1] / "power-cut"
 
 
 def recording(seconds=60.0):
-    return Recording(born=1000.0, frames=round(seconds * RATE), stop_took=0.1, content=b"left")
+    return Recording(born=1000.0, frames=round(seconds * RATE), stalled=0, stop_took=0.1,
+                     content=b"left")
 
 
 def cut(seconds, stopped=False):
@@ -31,8 +32,8 @@ def found(seconds, wrong=0, content=b"something"):
 
 
 class WhileItRecords(unittest.TestCase):
-    def judged(self, seconds, what, slowest_flush=0.0, of=None):
-        return judge(cut(seconds), what, of or recording(), slowest_flush)
+    def judged(self, seconds, what, behind=0.0, of=None):
+        return judge(cut(seconds), what, of or recording(), behind)
 
     def test_what_is_younger_than_three_seconds_may_be_gone(self):
         self.assertEqual(self.judged(10, found(7)), Verdict(3.0, None, True))
@@ -52,13 +53,13 @@ class WhileItRecords(unittest.TestCase):
         self.assertEqual(self.judged(10, Found(b"x", 9 * RATE, 0, "it cannot be repaired: why")),
                          Verdict(1.0, "it cannot be repaired: why", True))
 
-    def test_a_disk_that_does_not_keep_up_is_not_judged_by_what_is_missing(self):
-        self.assertEqual(self.judged(10, found(5), slowest_flush=0.6), Verdict(
-            5.0, "5.0 s are gone, on a disk that took 0.6 s to flush", False))
-        self.assertEqual(self.judged(10, found(5), slowest_flush=0.5).judged, True)
+    def test_a_machine_that_does_not_keep_up_is_not_judged_by_what_is_missing(self):
+        self.assertEqual(self.judged(10, found(5), behind=0.6), Verdict(
+            5.0, "5.0 s are gone, on a machine that was 0.6 s behind", False))
+        self.assertEqual(self.judged(10, found(5), behind=0.5).judged, True)
 
-    def test_a_disk_that_does_not_keep_up_excuses_nothing_wrong(self):
-        self.assertTrue(self.judged(10, found(5, wrong=1), slowest_flush=9).judged)
+    def test_a_machine_that_does_not_keep_up_excuses_nothing_wrong(self):
+        self.assertTrue(self.judged(10, found(5, wrong=1), behind=9).judged)
 
     def test_a_recording_has_no_more_than_its_frames_while_it_stops(self):
         self.assertEqual(self.judged(10.2, found(10), of=recording(10)), Verdict(0, None, True))
@@ -70,7 +71,7 @@ class OnceStopHasReturned(unittest.TestCase):
         self.assertEqual(judge(cut(60, True), found(60, content=b"left"), recording(), 0),
                          Verdict(0, None, True))
 
-    def test_another_file_will_not_do_however_slow_the_disk_is(self):
+    def test_another_file_will_not_do_however_slow_the_machine_is(self):
         self.assertEqual(judge(cut(60, True), found(59), recording(), 9),
                          Verdict(1.0, "the file is not the one that was left", True))
 
