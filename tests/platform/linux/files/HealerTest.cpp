@@ -409,6 +409,23 @@ TEST_F(HealerTest, leavesAFileThatIsReplacedWhileItIsOpened) {
   expectUntouched();
 }
 
+TEST_F(HealerTest, leavesAFileThatHadTheNameOnlyWhileItWasOpened) {
+  note();
+  std::ofstream(home / "another.m4a") << "another";
+  Healer racing(entries, log.makeLogger("", ""),
+                {.now = [this] { return now; },
+                 .open = [this](const fs::path& /*path*/,
+                                int* code) { return openExisting(home / "another.m4a", code); },
+                 .repair =
+                     [this](OpenFile&) {
+                       ++repairs;
+                       return repair;
+                     }});
+  racing.heal(isToEnd);
+  expectUntouched();
+  EXPECT_THAT(entries.entries(), SizeIs(1));
+}
+
 // What is absent
 
 TEST_F(HealerTest, forgetsAFileThatIsGone) {
