@@ -146,6 +146,13 @@ TEST(Program, repairsQuietlyOnRequest) {
   EXPECT_EQ(outcome.errors, "audrel-record: recording.m4a: in use. Stop the recording first.\n");
 }
 
+TEST(Program, stopsRepairingBetweenTwoFiles) {
+  const auto outcome = run({"--repair", "interrupted.m4a", "cut.m4a", "whole.m4a"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "interrupted.m4a: repaired (1.0 s)\n");
+  EXPECT_EQ(outcome.errors, "audrel-record: Stopped before cut.m4a.\n");
+}
+
 TEST(Program, saysWhereNothingCanBeRepaired) {
   const auto outcome = run({"--repair", "cut.m4a"}, "no-repair");
   EXPECT_EQ(outcome.status, 1);

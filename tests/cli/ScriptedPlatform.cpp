@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <functional>
@@ -43,6 +44,10 @@ class ScriptedRepair final : public capture::FileRepair {
     const std::string name = path.filename();
     if (name.starts_with("cut")) {
       return {Outcome::repaired, 83.25};
+    }
+    if (name.starts_with("interrupted")) {
+      std::raise(SIGINT);
+      return {Outcome::repaired, 1};
     }
     if (name.starts_with("whole")) {
       return {Outcome::whole, 2.5};

@@ -24,28 +24,30 @@ Repair unreadable(const std::filesystem::path& path, int code) {
 Repair repair(const std::filesystem::path& path, LockRule rule) {
   int code = 0;
   const auto file = openExisting(path, &code);
-  if (!file) {
-    return unreadable(path, code);
-  }
+  return file ? repair(*file, rule) : unreadable(path, code);
+}
+
+Repair repair(OpenFile& file, LockRule rule) {
   struct stat status{};
-  if (file->stat(&status) != 0) {
-    return unreadable(path, errno);
+  if (file.stat(&status) != 0) {
+    return unreadable(file.path(), errno);
   }
   if (!S_ISREG(status.st_mode)) {
-    return unreadable(path, EISDIR);
+    return unreadable(file.path(), EISDIR);
   }
-  if (file->lock() != 0) {
-    if (errno == EWOULDBLOCK) {
-      return {.outcome = Outcome::inUse};
-    }
-    if (rule == LockRule::needed) {
-      return {.outcome = Outcome::inUse,
-              .seconds = 0,
-              .problem = "The disk that holds " + quotedName(path) +
-                         " offers no locks, so nobody can tell whether a program records to it."};
-    }
+  if (file.lock() == 0) {
+    return repair(file);
   }
-  return repair(*file);
+  if (errno == EWOULDBLOCK) {
+    return {.outcome = Outcome::inUse};
+  }
+  if (rule == LockRule::needed) {
+    return {.outcome = Outcome::inUse,
+            .seconds = 0,
+            .problem = "The disk that holds " + quotedName(file.path()) +
+                       " offers no locks, so nobody can tell whether a program records to it."};
+  }
+  return repair(file);
 }
 
 Repair repair(OpenFile& file) {

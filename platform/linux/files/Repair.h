@@ -16,6 +16,9 @@ using capture::Repair;
 /// is whole. Opens `path` without following a link, and holds its lock while it works.
 Repair repair(const std::filesystem::path& path, LockRule rule);
 
+/// The same for a file that is open. Nothing but a regular one is read.
+Repair repair(OpenFile& file, LockRule rule);
+
 /// The same for a regular file that is open, and locked where there are locks. Never `inUse`.
 Repair repair(OpenFile& file);
 

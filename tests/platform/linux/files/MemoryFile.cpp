@@ -73,8 +73,14 @@ int MemoryFile::sync() noexcept {
 }
 
 int MemoryFile::stat(struct stat* status) noexcept {
+  status->st_mode = mode;
   status->st_size = static_cast<off_t>(contents_.size());
   return 0;
+}
+
+int MemoryFile::lock() noexcept {
+  errno = lockCode;
+  return lockCode == 0 ? 0 : -1;
 }
 
 std::vector<std::string> MemoryFile::story() const {

@@ -32,7 +32,7 @@ class MemoryFile final : public OpenFile {
   int ftruncate(off_t size) noexcept override;
   int sync() noexcept override;
   int stat(struct stat* status) noexcept override;
-  int lock() noexcept override { return 0; }
+  int lock() noexcept override;
 
   const Contents& contents() const { return contents_; }
   const std::vector<Call>& journal() const { return journal_; }
@@ -44,6 +44,8 @@ class MemoryFile final : public OpenFile {
   std::function<int(std::size_t number)> fails;
   std::size_t changes = 0;      ///< how often it was asked
   int readCode = 0;             ///< the error of each read
+  int lockCode = 0;             ///< that of locking
+  mode_t mode = S_IFREG;        ///< what it is
   std::size_t longestCall = 0;  ///< no call reads or writes more; 0: as much as is asked for
   bool isInterrupted = false;   ///< every second call of each kind is interrupted
 

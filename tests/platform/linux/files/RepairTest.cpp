@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -154,6 +155,31 @@ TEST_F(Repairs, keepOthersOffTheFileWhileTheyLast) {
   const auto file = openExisting(path, &code);
   ASSERT_EQ(file->lock(), 0);
   expectUntouched(path, Outcome::inUse);
+}
+
+TEST_F(Repairs, areMadeWithoutALockOnlyOnRequestWhereThereIsNone) {
+  const auto start = contentsOf(cutOff("song.m4a"));
+  for (const int code : {ENOLCK, EOPNOTSUPP, ENOSYS}) {
+    MemoryFile file(start);
+    file.lockCode = code;
+    EXPECT_EQ(repair(file, LockRule::needed),
+              (Repair{Outcome::inUse, 0,
+                      "The disk that holds \"recording\" offers no locks, so nobody can tell "
+                      "whether a program records to it."}));
+    EXPECT_TRUE(file.story().empty());
+    EXPECT_EQ(repair(file, LockRule::ifOffered).outcome, Outcome::repaired);
+  }
+  MemoryFile locked(start);
+  locked.lockCode = EWOULDBLOCK;
+  EXPECT_EQ(repair(locked, LockRule::ifOffered), (Repair{Outcome::inUse}));
+  EXPECT_TRUE(locked.story().empty());
+}
+
+TEST_F(Repairs, areMadeOfRegularFilesAlone) {
+  MemoryFile file(contentsOf(cutOff("song.m4a")));
+  file.mode = S_IFCHR;
+  EXPECT_EQ(repair(file, LockRule::needed).outcome, Outcome::unreadable);
+  EXPECT_TRUE(file.story().empty());
 }
 
 TEST_F(Repairs, tellWhatCannotBeOpenedAndWhatToDo) {
