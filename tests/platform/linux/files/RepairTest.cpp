@@ -104,6 +104,10 @@ TEST_F(Repairs, makeWholeWhateverAKillLeaves) {
       }
       repaired += outcome.outcome == Outcome::repaired ? 1 : 0;
       EXPECT_EQ(repair(entry.path(), LockRule::needed), (Repair{Outcome::whole, outcome.seconds}));
+      if (outcome.seconds == 0 && entry.path().extension() == ".wav") {
+        EXPECT_TRUE(readWav(entry.path()).samples.empty());  // FFmpeg complains of such
+        continue;
+      }
       EXPECT_EQ(probe(entry.path()).duration, std::lround(outcome.seconds * 48000));
       EXPECT_LT(errorRatio(audio, decode(entry.path())), 0.1);
     }
