@@ -40,9 +40,11 @@ std::optional<Writer> startFile(const RawFileCreator& create, const Order& order
     file = order.recording->noted(std::move(file));
   }
   RawFile& started = *file;
-  BlockFile blocks(
-      std::move(file), BlockFile::defaultMemoryLimit,
-      [notices = order.notices](const auto& failure) { notices->blockEnded(failure); });
+  BlockFile blocks(std::move(file), BlockFile::defaultMemoryLimit,
+                   {.blockEnded = [notices = order.notices](
+                                      const auto& failure) { notices->blockEnded(failure); },
+                    .cannotFlush = [logger = order.logger, path = order.path](
+                                       int why) { logger->error(unofferedFlush(path, why)); }});
   Writer writer(std::move(blocks), std::forward<Arguments>(arguments)...);
   code = writer.start();
   if (code != 0) {
@@ -84,7 +86,7 @@ std::shared_ptr<AV::AudioFile> AudioFramework::openForWriting(const std::filesys
   auto recording =
       entries_ == nullptr ? nullptr : std::make_unique<RunningRecording>(*entries_, url, logger_);
   const Order order = {url, *read, std::make_shared<SavingNotices>(url, memoryOf(*read), tell_),
-                       recording.get()};
+                       recording.get(), logger_};
   auto writer = makeWriter(order, error);
   if (!writer) {
     return nullptr;

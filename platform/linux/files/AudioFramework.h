@@ -60,6 +60,7 @@ class AudioFramework final : public AV::AudioFramework {
     FileSettings settings;
     std::shared_ptr<SavingNotices> notices;
     RunningRecording* recording;  ///< null: it is noted nowhere
+    std::shared_ptr<os::Logger> logger;
   };
 
   std::unique_ptr<FrameWriter> makeWriter(const Order& order, NS::Error* error);

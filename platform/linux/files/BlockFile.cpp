@@ -1,40 +1,53 @@
 #include "platform/linux/files/BlockFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <utility>
 
 namespace audrel::linuxos {
+namespace {
+
+bool isUnoffered(int code) {
+  return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP;
+}
+
+/// A step of the end has no later one that would make up for it.
+template <typename Step>
+int twiceAtMost(Step step) {
+  const int code = step();
+  return code == 0 ? 0 : step();
+}
+
+}  // namespace
 
 BlockFile::BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit, Observer observer)
     : file_(std::move(file)), memoryLimit_(memoryLimit), observer_(std::move(observer)) {}
 
+int BlockFile::begin(std::span<const std::byte> block) {
+  return keep(block) ? writeWaiting() : ENOMEM;
+}
+
 std::optional<BlockFile::Failure> BlockFile::append(std::span<const std::byte> block) {
-  const auto failure = writeOrKeep(block);
-  if (observer_) {
-    observer_(failure);
+  std::optional<Failure> failure;
+  const bool isKept = block.size() + keptBytes_ <= memoryLimit_ && keep(block);
+  if (const int code = isKept ? writeAndFlush() : appendSafely(block); code != 0) {
+    failure = Failure{code, !isKept};
+  } else if (const int naming = flushFolder(); naming != 0) {
+    failure = Failure{naming, false};
+  }
+  if (observer_.blockEnded) {
+    observer_.blockEnded(failure);
   }
   return failure;
 }
 
-std::optional<BlockFile::Failure> BlockFile::writeOrKeep(std::span<const std::byte> block) {
-  int code = flush();
-  if (code == 0) {
-    code = writeBlock(end_, block);
+int BlockFile::writeAndFlush() {
+  if (const int code = writeWaiting(); code != 0) {
+    return code;
   }
-  if (code == 0) {
-    end_ += block.size();
-    return std::nullopt;
-  }
-  return Failure{code, !keep(block)};
-}
-
-int BlockFile::appendOrRemove(std::span<const std::byte> block) {
-  const int code = writeBlock(end_, block);
-  if (code == 0) {
-    end_ += block.size();
-  }
-  return code;
+  const bool isDue = unflushed_.size() >= blocksPerFlush_ && file_->now() >= nextFlush_;
+  return isDue ? flush() : 0;
 }
 
 int BlockFile::overwrite(std::uint64_t offset, std::span<const std::byte> bytes) {
@@ -42,26 +55,79 @@ int BlockFile::overwrite(std::uint64_t offset, std::span<const std::byte> bytes)
   return writeAt(offset, bytes, &written);
 }
 
-int BlockFile::flush() {
+std::optional<BlockFile::Failure> BlockFile::settle() {
+  int writing = 0;
+  int flushing = 0;
+  twiceAtMost([&] {
+    writing = writeWaiting();
+    flushing = unflushed_.empty() ? 0 : flush();
+    return writing != 0 ? writing : flushing;
+  });
+  waiting_.clear();
+  keptBytes_ = 0;
+  end_ = safe_.end;
+  if (flushing != 0) {
+    return Failure{flushing, false};
+  }
+  return writing != 0 ? std::optional(Failure{writing, true}) : std::nullopt;
+}
+
+int BlockFile::appendSafely(std::span<const std::byte> block) {
+  const int code = twiceAtMost([&] {
+    int attempt = writeWaiting();
+    if (attempt == 0) {
+      attempt = writeBlock(end_, block);
+    }
+    if (attempt == 0) {
+      attempt = flush();
+      if (attempt != 0) {
+        static_cast<void>(file_->ftruncate(static_cast<off_t>(end_)));
+      }
+    }
+    return attempt;
+  });
+  if (code == 0) {
+    end_ += block.size();
+  }
+  return code;
+}
+
+int BlockFile::overwriteSafely(std::uint64_t offset, std::span<const std::byte> bytes) {
+  return twiceAtMost([&] {
+    const int writing = overwrite(offset, bytes);
+    const int flushing = flush();
+    return writing != 0 ? writing : flushing;
+  });
+}
+
+int BlockFile::close() {
+  const int naming = twiceAtMost([this] { return flushFolder(); });
+  const int closing = file_->close() == 0 ? 0 : errno;
+  return naming != 0 ? naming : closing;
+}
+
+int BlockFile::writeWaiting() {
   while (!waiting_.empty()) {
-    const Waiting& block = waiting_.front();
+    const Block& block = waiting_.front();
     if (const int code = writeBlock(block.offset, block.bytes); code != 0) {
       return code;
     }
-    waitingBytes_ -= block.bytes.size();
-    waiting_.pop_front();
+    unflushed_.splice(unflushed_.end(), waiting_, waiting_.begin());
   }
   return 0;
 }
 
-void BlockFile::forgetWaiting() {
-  waiting_.clear();
-  waitingBytes_ = 0;
-  end_ = writtenEnd_;
-}
-
-int BlockFile::close() {
-  return file_->close() == 0 ? 0 : errno;
+int BlockFile::writeBlock(std::uint64_t offset, std::span<const std::byte> block) {
+  std::size_t written = 0;
+  const int code = writeAt(offset, block, &written);
+  if (code == 0) {
+    written_.skippedBytes += offset - written_.end;
+    written_.end = offset + block.size();
+  } else if (written > 0) {
+    // Should this fail too, the next attempt overwrites the same bytes.
+    static_cast<void>(file_->ftruncate(static_cast<off_t>(offset)));
+  }
+  return code;
 }
 
 int BlockFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes,
@@ -81,29 +147,62 @@ int BlockFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes,
   return 0;
 }
 
-int BlockFile::writeBlock(std::uint64_t offset, std::span<const std::byte> block) {
-  std::size_t written = 0;
-  const int code = writeAt(offset, block, &written);
-  if (code == 0) {
-    skippedBytes_ += offset - writtenEnd_;
-    writtenEnd_ = offset + block.size();
-  } else if (written > 0) {
-    // Should this fail too, the next attempt overwrites the same bytes.
-    static_cast<void>(file_->ftruncate(static_cast<off_t>(offset)));
+int BlockFile::flush() {
+  const auto began = file_->now();
+  const int code = call(&RawFile::sync);
+  const auto ended = file_->now();
+  nextFlush_ = ended + (ended - began);
+  hasFlushFailed_ = code != 0;
+  if (code != 0) {
+    waiting_.splice(waiting_.begin(), unflushed_);
+    written_ = safe_;
+    return code;
   }
+  for (const Block& block : unflushed_) {
+    keptBytes_ -= block.bytes.size();
+  }
+  spare_.splice(spare_.end(), unflushed_);
+  spare_.resize(std::min(spare_.size(), blocksPerFlush_));
+  safe_ = written_;
+  return 0;
+}
+
+/// Once there is something in the file that its name is needed for.
+int BlockFile::flushFolder() {
+  if (isFolderSafe_ || safe_.end == 0) {
+    return 0;
+  }
+  const int code = call(&RawFile::syncFolder);
+  isFolderSafe_ = code == 0;
   return code;
 }
 
-bool BlockFile::keep(std::span<const std::byte> block) {
-  if (block.size() > memoryLimit_ - waitingBytes_) {
-    return false;
+int BlockFile::call(int (RawFile::*operation)() noexcept) {
+  int code = 0;
+  do {
+    code = ((*file_).*operation)() == 0 ? 0 : errno;
+  } while (code == EINTR);
+  if (!isUnoffered(code)) {
+    return code;
   }
+  if (!std::exchange(isUnofferedTold_, true) && observer_.cannotFlush) {
+    observer_.cannotFlush(code);
+  }
+  return 0;
+}
+
+bool BlockFile::keep(std::span<const std::byte> block) {
   try {
-    waiting_.push_back({end_, {block.begin(), block.end()}});
+    if (spare_.empty()) {
+      spare_.emplace_back();
+    }
+    spare_.front().bytes.assign(block.begin(), block.end());
   } catch (const std::bad_alloc&) {
     return false;
   }
-  waitingBytes_ += block.size();
+  spare_.front().offset = end_;
+  waiting_.splice(waiting_.end(), spare_, spare_.begin());
+  keptBytes_ += block.size();
   end_ += block.size();
   return true;
 }

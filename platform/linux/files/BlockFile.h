@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -13,15 +13,19 @@
 
 namespace audrel::linuxos {
 
-/// A file that grows by whole blocks and survives that writing fails for a while.
+/// A file that grows by whole blocks and survives that writing fails for a while, and that the
+/// power does.
 ///
-/// A block that cannot be written is kept in memory and written, in order and at its place, as
-/// soon as a later call can. What a failed write left behind is cut off, so that the file always
-/// ends with a whole block. Failures are `errno` values; an interrupted call is repeated.
+/// A block stays in memory until a flush has brought it to the disk: it is *safe* then. One that
+/// cannot be written waits and is written, in order and at its place, as soon as a later call can;
+/// after a flush that failed, so are all that it was to cover, since the system may have dropped
+/// them. What a failed write left behind is cut off, so that the file always ends with a whole
+/// block. Failures are `errno` values; an interrupted call is repeated. A flush that the file
+/// system does not offer counts as done.
 class BlockFile {
  public:
   struct Failure {
-    int code = 0;          ///< why the file could not be written
+    int code = 0;          ///< why the file could not be written or flushed
     bool dropped = false;  ///< whether the block is lost because memory is full too
 
     bool operator==(const Failure&) const = default;
@@ -31,64 +35,100 @@ class BlockFile {
   /// at 256 kbps.
   static constexpr std::size_t defaultMemoryLimit = std::size_t{64} << 20U;
 
-  /// Told how each `append` went. It must not throw.
-  using Observer = std::function<void(const std::optional<Failure>&)>;
+  /// Is told what happens. It must not throw, and may lack parts.
+  struct Observer {
+    std::function<void(const std::optional<Failure>&)> blockEnded;  ///< how each `append` went
+    std::function<void(int code)> cannotFlush;  ///< once: the file system does not offer it
+  };
 
   /// `memoryLimit` in bytes. Closes the file when it goes, unless `close` did.
   explicit BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit = defaultMemoryLimit,
                      Observer observer = {});
 
-  /// Adds `block` at `end()`, after trying again what waits. Without `dropped`, a failure means
-  /// that the block waits in memory, its place taken. A dropped block takes no place.
-  std::optional<Failure> append(std::span<const std::byte> block);
+  /// Every how many blocks `append` flushes; at first after each. It spends no more time on that
+  /// than on all else, so on a slow disk it is more.
+  void flushEvery(std::size_t blocks) { blocksPerFlush_ = blocks; }
 
-  /// Adds `block` at `end()` if it can be written now; else its traces are removed and 0 is not
-  /// returned. Nothing may wait.
-  int appendOrRemove(std::span<const std::byte> block);
+  /// Writes the first block, without a flush. 0 or an `errno` value, which means that the file is
+  /// of no use.
+  int begin(std::span<const std::byte> block);
+
+  /// Adds `block` at `end()`, after trying again what waits. Without `dropped`, a failure means
+  /// that the block is kept in memory, its place taken. A dropped block takes no place.
+  std::optional<Failure> append(std::span<const std::byte> block);
 
   /// Leaves `size` zero bytes at `end()`. They are in the file when a later block is.
   void skip(std::uint64_t size) { end_ += size; }
 
-  /// Of the bytes that were skipped, those that are in the file.
-  std::uint64_t skippedBytes() const { return skippedBytes_; }
+  /// Of the bytes that were skipped, those that are safe.
+  std::uint64_t skippedBytes() const { return safe_.skippedBytes; }
 
-  /// Changes bytes that are in the file. 0 or an `errno` value.
+  /// Changes bytes that are in the file, without a flush. 0 or an `errno` value.
   int overwrite(std::uint64_t offset, std::span<const std::byte> bytes);
 
-  /// Tries again what waits. 0 when nothing is left waiting, else an `errno` value.
-  int flush();
+  /// For the end: writes and flushes all, twice at most, and gives up what is not safe then;
+  /// `end()` is `safeEnd()`. In the failure, `dropped` tells that what was given up could not be
+  /// written. Else it is in the file, may be of use, and nothing should go over it.
+  std::optional<Failure> settle();
 
-  /// Gives up what waits; `end()` is then `writtenEnd()`.
-  void forgetWaiting();
+  /// Adds `block` at `end()` and makes it safe, with all before it; else, after a second attempt,
+  /// removes its traces. 0 or an `errno` value.
+  int appendSafely(std::span<const std::byte> block);
+
+  /// Changes bytes that are in the file, and makes that safe, in two attempts; what was there, if
+  /// they cannot be written. 0 or an `errno` value. All else is safe.
+  int overwriteSafely(std::uint64_t offset, std::span<const std::byte> bytes);
+
+  /// Whether the last flush failed, which may have cost what was overwritten since the one before.
+  bool hasFlushFailed() const { return hasFlushFailed_; }
 
   /// Where the next block goes.
   std::uint64_t end() const { return end_; }
 
-  /// All before this is in the file.
-  std::uint64_t writtenEnd() const { return writtenEnd_; }
+  /// All blocks before this survive a power failure.
+  std::uint64_t safeEnd() const { return safe_.end; }
 
-  /// 0 or an `errno` value, which means that the system may have lost data it had accepted.
+  /// Makes the file's name safe if it is not yet, which the first flushes try. 0 or an `errno`
+  /// value, which means that the system may have lost what it had accepted.
   int close();
 
  private:
-  struct Waiting {
-    std::uint64_t offset;
+  struct Block {
+    std::uint64_t offset = 0;
     std::vector<std::byte> bytes;
   };
 
-  std::optional<Failure> writeOrKeep(std::span<const std::byte> block);
-  int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
+  struct Extent {
+    std::uint64_t end = 0;
+    std::uint64_t skippedBytes = 0;
+  };
+
+  int writeAndFlush();
+  int writeWaiting();
   int writeBlock(std::uint64_t offset, std::span<const std::byte> block);
+  int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
+  int flush();
+  int flushFolder();
+  int call(int (RawFile::*operation)() noexcept);
   bool keep(std::span<const std::byte> block);
 
   std::unique_ptr<RawFile> file_;
   std::size_t memoryLimit_;
   Observer observer_;
-  std::deque<Waiting> waiting_;
-  std::size_t waitingBytes_ = 0;
+  std::size_t blocksPerFlush_ = 1;
+
+  std::list<Block> unflushed_;  // written, but not safe
+  std::list<Block> waiting_;    // to be written, after those
+  std::list<Block> spare_;      // their memory serves again
+  std::size_t keptBytes_ = 0;
+
   std::uint64_t end_ = 0;
-  std::uint64_t writtenEnd_ = 0;
-  std::uint64_t skippedBytes_ = 0;
+  Extent written_;
+  Extent safe_;
+  bool hasFlushFailed_ = false;
+  bool isFolderSafe_ = false;
+  bool isUnofferedTold_ = false;
+  RawFile::Clock::time_point nextFlush_;
 };
 
 }  // namespace audrel::linuxos

@@ -148,6 +148,12 @@ std::string repairProblem(const std::filesystem::path& path, int code) {
   }
 }
 
+std::string unofferedFlush(const std::filesystem::path& path, int code) {
+  return "The file system of " + folderOf(path) + " does not flush files (" +
+         std::generic_category().message(code) + "): a power failure may cost more of " +
+         quotedName(path) + " than its last seconds.";
+}
+
 NS::Error plainError(int code, std::string sentence) {
   return {NS::POSIXErrorDomain, code, std::move(sentence)};
 }

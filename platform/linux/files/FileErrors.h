@@ -27,6 +27,9 @@ std::string finishingProblem(const std::filesystem::path& path, int code, std::u
 /// regular file.
 std::string repairProblem(const std::filesystem::path& path, int code);
 
+/// A line for the log: the file system of `path` does not flush files.
+std::string unofferedFlush(const std::filesystem::path& path, int code);
+
 /// A reason of our own, which `sentence` tells: `EINVAL`, `ENOTSUP` and the like.
 NS::Error plainError(int code, std::string sentence);
 

@@ -12,6 +12,9 @@ namespace {
 constexpr std::size_t maximumPacketSize = 0xFFFF;
 constexpr std::size_t maximumAacBytes = 768;  // of a packet, for each channel
 
+// A second and a half: what is older than three is then safe, on a disk that keeps up.
+constexpr std::size_t fragmentsPerFlush = 3;
+
 std::size_t halfASecond(const mp4::Track& track) {
   return std::clamp<std::size_t>(track.sampleRate / 2 / track.framesPerPacket, 1,
                                  mp4::mostPacketsInFragment);
@@ -28,6 +31,7 @@ M4aWriter::M4aWriter(BlockFile file, mp4::Track track, SilenceSource silence)
       fragment_(headRoom_) {
   fragment_.reserve(headRoom_ + packetsPerFragment_ * maximumAacBytes * track_.channels);
   sizes_.reserve(packetsPerFragment_);
+  file_.flushEvery(fragmentsPerFlush);
 }
 
 int M4aWriter::start() {
@@ -35,7 +39,7 @@ int M4aWriter::start() {
   mp4::writeBeginning(out, track_);
   const auto replaced = out.bytes().subspan(mp4::commitOffset, mp4::commitSize);
   replaced_.assign(replaced.begin(), replaced.end());
-  return file_.appendOrRemove(out.bytes());
+  return file_.begin(out.bytes());
 }
 
 std::optional<BlockFile::Failure> M4aWriter::add(std::span<const std::byte> packet) {
@@ -120,19 +124,19 @@ std::optional<BlockFile::Failure> M4aWriter::appendFragment(std::span<const std:
 
 M4aWriter::Ending M4aWriter::finish(std::uint64_t frames) {
   if (!sizes_.empty()) {
-    static_cast<void>(writeFragment());  // should it wait now, then flush tells why
+    static_cast<void>(writeFragment());  // should it wait now, then settling tells why
   }
-  const int flushed = file_.flush();
-  file_.forgetWaiting();
+  const auto settling = file_.settle();
   index_.forgetFrom(file_.end());
 
   Ending ending;
   ending.frames = std::min(frames, mp4::playableFrames(track_, index_.sizes().size()));
   ending.silenced = silencedFrames();
-  const int indexed = writeIndex(ending.frames);
-  const int closed = file_.close();
-  ending.indexed = indexed == 0;
-  ending.code = flushed != 0 ? flushed : indexed != 0 ? indexed : closed;
+  const bool isIndexable = !settling || (settling->dropped && file_.end() > 0);
+  const int indexing = isIndexable ? writeIndex(ending.frames) : settling->code;
+  const int closing = file_.close();
+  ending.indexed = indexing == 0;
+  ending.code = settling ? settling->code : indexing != 0 ? indexing : closing;
   return ending;
 }
 
@@ -152,7 +156,7 @@ int M4aWriter::writeIndex(std::uint64_t frames) {
   try {
     ByteWriter out;
     mp4::writeHiddenMovie(out, track_, index_, frames);
-    if (const int code = file_.appendOrRemove(out.bytes()); code != 0) {
+    if (const int code = file_.appendSafely(out.bytes()); code != 0) {
       return code;
     }
   } catch (const std::bad_alloc&) {
@@ -164,7 +168,7 @@ int M4aWriter::writeIndex(std::uint64_t frames) {
 int M4aWriter::commit(std::uint64_t movie) {
   ByteWriter out;
   mp4::writeCommit(out, movie);
-  const int code = file_.overwrite(mp4::commitOffset, out.bytes());
+  const int code = file_.overwriteSafely(mp4::commitOffset, out.bytes());
   if (code != 0) {
     static_cast<void>(file_.overwrite(mp4::commitOffset, replaced_));  // no half of it may stay
   }

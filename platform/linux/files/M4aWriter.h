@@ -12,14 +12,15 @@
 
 namespace audrel::linuxos {
 
-/// An M4A file that plays at each moment of its making.
+/// An M4A file that plays at each moment of its making, and after a power failure.
 ///
 /// It begins as a fragmented file (ftyp, an empty `free`, a `moov` without packets) and grows by
-/// fragments of at most half a second, each of which is one write. Finishing appends the complete
-/// index, a second `moov` hidden in a `free` box, and then turns the first `free` box, in one write
-/// of 8 bytes, into an `mdat` box that reaches up to that index: from then on it is a plain file.
-/// Beyond 4 GiB the write has 16 bytes, for a box header with a size of 64 bits, and goes over the
-/// header of the first `moov` too. So no step depends on the length of what was recorded.
+/// fragments of at most half a second, each of which is one write; by threes they are flushed.
+/// Finishing appends the complete index, a second `moov` hidden in a `free` box, and then turns the
+/// first `free` box, in one write of 8 bytes, into an `mdat` box that reaches up to that index:
+/// from then on it is a plain file. Each of these steps is safe before the next begins. Beyond 4
+/// GiB the write has 16 bytes, for a box header with a size of 64 bits, and goes over the header of
+/// the first `moov` too. So no step depends on the length of what was recorded.
 class M4aWriter {
  public:
   /// Gives a packet that decodes to silence, or an empty one when it can't.

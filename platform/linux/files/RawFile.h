@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <functional>
@@ -39,6 +40,11 @@ class RawFile {
   /// Takes the file's name away, in the folder where it was created, unless that name is another
   /// file's by now.
   virtual void remove() noexcept = 0;
+
+  using Clock = std::chrono::steady_clock;
+
+  /// What time the calls take.
+  virtual Clock::time_point now() const noexcept { return Clock::now(); }
 
   /// To be called once at most, and last.
   virtual int close() noexcept = 0;

@@ -18,6 +18,14 @@ constexpr const char* disk = "disk";
 
 }  // namespace
 
+Notice slowSavingNotice() {
+  return {.matter = disk,
+          .summary = "Saving the recording",
+          .body =
+              "The disk is slow: the recording is not yet safe on it. Do not switch the "
+              "computer off."};
+}
+
 SavingNotices::SavingNotices(std::filesystem::path path, double memory, NoticeTaker tell)
     : path_(std::move(path)), memory_(memory), tell_(std::move(tell)) {}
 
@@ -50,7 +58,7 @@ void SavingNotices::fileEnded(double length, double missing, const std::string& 
   }
   try {
     if (missing > 0) {
-      tellOfMissing(missing);
+      tellOfMissing(missing, problem);
     } else if (length > 0) {
       tellThatSaved(length, problem);
     }
@@ -75,10 +83,12 @@ void SavingNotices::tell(const BlockFile::Failure& failure) const {
         .isLoss = true});
 }
 
-void SavingNotices::tellOfMissing(double seconds) const {
+void SavingNotices::tellOfMissing(double seconds, const std::string& problem) const {
   std::string body = lengthText(seconds) + " of " + quotedName(path_) + " are missing.";
   if (lastCode_ != 0) {
     body += ' ' + reason(path_, lastCode_);
+  } else if (!problem.empty()) {
+    body += ' ' + problem;
   }
   tell({.matter = disk,
         .summary = "Recording is incomplete",

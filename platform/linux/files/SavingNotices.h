@@ -10,6 +10,9 @@
 
 namespace audrel::linuxos {
 
+/// What the user is told while saving takes long.
+Notice slowSavingNotice();
+
 /// Tells the user when a recording cannot be saved, once a cause, when it is saved again, and in
 /// the end that it is saved or what is missing. Of one file, one thread at a time.
 class SavingNotices {
@@ -27,7 +30,7 @@ class SavingNotices {
 
  private:
   void tell(const BlockFile::Failure& failure) const;
-  void tellOfMissing(double seconds) const;
+  void tellOfMissing(double seconds, const std::string& problem) const;
   void tellThatSaved(double length, const std::string& problem) const;
   void tell(const Notice& notice) const;
 

@@ -31,7 +31,7 @@ std::optional<NS::Error> WavFrameWriter::append(const SampleConverter& converter
     done += count;
     framesInBlock_ += count;
     if (framesInBlock_ == framesPerBlock_) {
-      if (auto blockFailure = writeBlock()) {
+      if (auto blockFailure = writer_.append(takeBlock())) {
         failure = blockFailure;
       }
     }
@@ -44,10 +44,7 @@ std::optional<NS::Error> WavFrameWriter::append(const SampleConverter& converter
 }
 
 FrameWriter::Ending WavFrameWriter::finish() {
-  if (framesInBlock_ > 0) {
-    static_cast<void>(writeBlock());  // what waits after this is tried again, and reported, below
-  }
-  const int code = writer_.finish();
+  const int code = writer_.finish(takeBlock());
   const std::uint64_t lost = frames_ - writer_.countedFrames();
   Ending ending{.problem = {},
                 .missing = lost + writer_.silencedFrames(),
@@ -59,10 +56,10 @@ FrameWriter::Ending WavFrameWriter::finish() {
   return ending;
 }
 
-std::optional<BlockFile::Failure> WavFrameWriter::writeBlock() {
+std::span<const std::byte> WavFrameWriter::takeBlock() {
   const std::span block(block_.data(), framesInBlock_ * channels_);
   framesInBlock_ = 0;
-  return writer_.append(std::as_bytes(block));
+  return std::as_bytes(block);
 }
 
 }  // namespace audrel::linuxos

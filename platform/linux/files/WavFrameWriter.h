@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 #include "platform/linux/files/FrameWriter.h"
@@ -21,7 +23,8 @@ class WavFrameWriter final : public FrameWriter {
   Ending finish() override;
 
  private:
-  std::optional<BlockFile::Failure> writeBlock();
+  /// The block so far, which begins again.
+  std::span<const std::byte> takeBlock();
 
   WavWriter writer_;
   std::size_t channels_;

@@ -1,5 +1,6 @@
 #include "platform/linux/files/WavWriter.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace audrel::linuxos {
@@ -8,10 +9,8 @@ WavWriter::WavWriter(BlockFile file, const WavFormat& format)
     : file_(std::move(file)), format_(format) {}
 
 int WavWriter::start() {
-  makeHeader(0);
-  const int code = file_.appendOrRemove(header_.bytes());
-  headerCounts_ = file_.writtenEnd();
-  return code;
+  headerCounts_ = safeCounts_ = makeHeader();
+  return file_.begin(header_.bytes());
 }
 
 std::optional<BlockFile::Failure> WavWriter::append(std::span<const std::byte> samples) {
@@ -25,36 +24,55 @@ std::optional<BlockFile::Failure> WavWriter::append(std::span<const std::byte> s
   return failure;
 }
 
-int WavWriter::finish() {
-  const int flushed = file_.flush();
-  file_.forgetWaiting();
-  const int counted = updateHeader();
-  const int closed = file_.close();
-  if (flushed != 0) {
-    return flushed;
+int WavWriter::finish(std::span<const std::byte> samples) {
+  if (!samples.empty()) {
+    static_cast<void>(file_.append(samples));  // should it wait now, then settling tells why
   }
-  return counted != 0 ? counted : closed;
+  const auto settling = file_.settle();
+  const bool isCountable = !settling || settling->dropped;
+  const int counting = isCountable ? finishHeader() : settling->code;
+  if (file_.hasFlushFailed() && headerCounts_ == file_.safeEnd()) {
+    headerCounts_ = safeCounts_;  // no flush has covered the newer one
+  }
+  const int closing = file_.close();
+  if (settling) {
+    return settling->code;
+  }
+  return counting != 0 ? counting : closing;
 }
 
 std::uint64_t WavWriter::countedFrames() const {
   return (headerCounts_ - wavHeaderSize(format_)) / format_.bytesPerFrame();
 }
 
-int WavWriter::updateHeader() {
-  if (headerCounts_ == file_.writtenEnd()) {
-    return 0;
-  }
-  makeHeader(file_.writtenEnd() - wavHeaderSize(format_));
-  const int code = file_.overwrite(0, header_.bytes());
+/// Written even if it is the same: a flush that failed since may have cost it.
+int WavWriter::finishHeader() {
+  const std::uint64_t end = makeHeader();
+  const int code = file_.overwriteSafely(0, header_.bytes());
   if (code == 0) {
-    headerCounts_ = file_.writtenEnd();
+    headerCounts_ = end;
   }
   return code;
 }
 
-void WavWriter::makeHeader(std::uint64_t dataSize) {
+int WavWriter::updateHeader() {
+  const std::uint64_t end = makeHeader();
+  if (headerCounts_ == end) {
+    return 0;
+  }
+  const int code = file_.overwrite(0, header_.bytes());
+  if (code == 0) {
+    safeCounts_ = std::exchange(headerCounts_, end);
+  }
+  return code;
+}
+
+std::uint64_t WavWriter::makeHeader() {
+  const std::uint64_t size = wavHeaderSize(format_);
+  const std::uint64_t end = std::max(file_.safeEnd(), size);
   header_.clear();
-  writeWavHeader(header_, format_, dataSize);
+  writeWavHeader(header_, format_, end - size);
+  return end;
 }
 
 }  // namespace audrel::linuxos

@@ -10,8 +10,8 @@
 
 namespace audrel::linuxos {
 
-/// A WAV file that is right after each of its writes: a block of samples first, then the header
-/// that counts it, in one write each.
+/// A WAV file that is right after each of its writes, and after a power failure: a block of samples
+/// first, then, once that is safe, the header that counts it, in one write each.
 class WavWriter {
  public:
   WavWriter(BlockFile file, const WavFormat& format);
@@ -22,9 +22,9 @@ class WavWriter {
   /// Adds whole frames. What is dropped is silence as soon as something follows it.
   std::optional<BlockFile::Failure> append(std::span<const std::byte> samples);
 
-  /// Writes what waits, and closes the file. 0 or an `errno` value: then the file is right, but
-  /// ends after `countedFrames()`. Nothing may follow.
-  int finish();
+  /// Adds the last whole frames, writes what waits, makes all safe, and closes the file. 0 or an
+  /// `errno` value: then the file is right, but ends after `countedFrames()`. Nothing may follow.
+  int finish(std::span<const std::byte> samples);
 
   /// Frames that the header counts: those that play.
   std::uint64_t countedFrames() const;
@@ -33,13 +33,17 @@ class WavWriter {
   std::uint64_t silencedFrames() const { return file_.skippedBytes() / format_.bytesPerFrame(); }
 
  private:
+  int finishHeader();
   int updateHeader();
-  void makeHeader(std::uint64_t dataSize);
+
+  /// For all that is safe; where the file ends by it.
+  std::uint64_t makeHeader();
 
   BlockFile file_;
   WavFormat format_;
   ByteWriter header_;
   std::uint64_t headerCounts_ = 0;  // where the file ends by its header
+  std::uint64_t safeCounts_ = 0;    // and by the one before, which is safe
 };
 
 }  // namespace audrel::linuxos

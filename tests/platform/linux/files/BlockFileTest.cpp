@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/platform/linux/files/FakeDisk.h"
 
@@ -21,12 +24,49 @@ class BlockFiles : public testing::Test {
  protected:
   std::optional<Failure> append(std::string_view text) { return file_.append(bytesOf(text)); }
 
-  std::string contents() const {
+  std::string contents() const { return textOf(disk_->contents); }
+  std::string safe() const { return textOf(disk_->safe); }
+
+  static std::string textOf(const std::vector<std::byte>& bytes) {
     std::string text;
-    for (const std::byte byte : disk_->contents) {
+    for (const std::byte byte : bytes) {
       text += byte == std::byte{0} ? '0' : static_cast<char>(byte);
     }
     return text;
+  }
+
+  /// The calls so far: "w5+3" writes three bytes at 5, "t5" cuts off there, "s" flushes, "f" the
+  /// folder, "s!" without success.
+  std::string calls() const {
+    std::string text;
+    for (const FakeDisk::Call& call : disk_->allCalls) {
+      using Kind = FakeDisk::Call::Kind;
+      text += text.empty() ? "" : " ";
+      switch (call.kind) {
+        case Kind::write:
+          text += "w" + std::to_string(call.offset) + "+" + std::to_string(call.bytes.size());
+          break;
+        case Kind::truncate:
+          text += "t" + std::to_string(call.offset);
+          break;
+        case Kind::sync:
+          text += "s";
+          break;
+        case Kind::syncFolder:
+          text += "f";
+          break;
+        case Kind::close:
+          text += "c";
+          break;
+      }
+      text += call.code == 0 ? "" : "!";
+    }
+    return text;
+  }
+
+  /// Flushes with these numbers fail.
+  void failFlushes(std::set<std::size_t> numbers, int code = EIO) {
+    disk_->flushPlan = [=](std::size_t n) { return numbers.contains(n) ? code : 0; };
   }
 
   std::shared_ptr<FakeDisk> disk_ = std::make_shared<FakeDisk>();
@@ -41,7 +81,7 @@ TEST_F(BlockFiles, countsWhatWasSkippedOnceItIsInTheFile) {
   EXPECT_EQ(file_.skippedBytes(), 4U);
   EXPECT_EQ(contents(), "one0000two");
   file_.skip(4);
-  EXPECT_EQ(file_.flush(), 0);
+  EXPECT_EQ(file_.settle(), std::nullopt);
   EXPECT_EQ(file_.skippedBytes(), 4U);
 }
 
@@ -50,7 +90,8 @@ TEST_F(BlockFiles, blocksFollowOneAnother) {
   EXPECT_EQ(append("three"), std::nullopt);
   EXPECT_EQ(contents(), "onethree");
   EXPECT_EQ(file_.end(), 8U);
-  EXPECT_EQ(file_.writtenEnd(), 8U);
+  EXPECT_EQ(file_.safeEnd(), 8U);
+  EXPECT_EQ(calls(), "w0+3 s f w3+5 s");
 }
 
 TEST_F(BlockFiles, interruptedAndShortWritesAreContinued) {
@@ -70,10 +111,10 @@ TEST_F(BlockFiles, whatFailedWaitsAndGoesInBeforeTheNext) {
   EXPECT_EQ(append("22"), (Failure{ENOSPC, false}));
   EXPECT_EQ(contents(), "1");
   EXPECT_EQ(file_.end(), 3U);
-  EXPECT_EQ(file_.writtenEnd(), 1U);
+  EXPECT_EQ(file_.safeEnd(), 1U);
   EXPECT_EQ(append("333"), std::nullopt);
   EXPECT_EQ(contents(), "122333");
-  EXPECT_EQ(file_.writtenEnd(), 6U);
+  EXPECT_EQ(file_.safeEnd(), 6U);
 }
 
 TEST_F(BlockFiles, aTornBlockIsCutOff) {
@@ -110,9 +151,9 @@ TEST_F(BlockFiles, memoryIsFreeAgainOnceItsBlocksAreInTheFile) {
     disk_->plan = plans::failFrom(1, ENOSPC);
     EXPECT_EQ(append("0123456789"), (Failure{ENOSPC, false}));
     disk_->plan = {};
-    EXPECT_EQ(file_.flush(), 0);
+    EXPECT_EQ(file_.settle(), std::nullopt);
   }
-  EXPECT_EQ(file_.writtenEnd(), 50U);
+  EXPECT_EQ(file_.safeEnd(), 50U);
 }
 
 TEST_F(BlockFiles, blocksThatWaitGoInOneByOneAsFarAsItGoes) {
@@ -123,47 +164,245 @@ TEST_F(BlockFiles, blocksThatWaitGoInOneByOneAsFarAsItGoes) {
   disk_->plan = plans::failOnce(disk_->writes + 3, ENOSPC);
   EXPECT_EQ(append("4"), (Failure{ENOSPC, false}));
   EXPECT_EQ(contents(), "12");
-  EXPECT_EQ(file_.flush(), 0);
+  EXPECT_EQ(file_.settle(), std::nullopt);
   EXPECT_EQ(contents(), "1234");
 }
 
 TEST_F(BlockFiles, skippedBytesAreZerosOnceSomethingFollows) {
   append("1");
   file_.skip(3);
-  EXPECT_EQ(file_.writtenEnd(), 1U);
+  EXPECT_EQ(file_.safeEnd(), 1U);
   append("2");
   EXPECT_EQ(contents(), "10002");
-  EXPECT_EQ(file_.writtenEnd(), 5U);
+  EXPECT_EQ(file_.safeEnd(), 5U);
 }
 
 TEST_F(BlockFiles, overwritingChangesNothingElse) {
   append("12345");
   EXPECT_EQ(file_.overwrite(1, bytesOf("ab")), 0);
   EXPECT_EQ(contents(), "1ab45");
-  EXPECT_EQ(file_.writtenEnd(), 5U);
+  EXPECT_EQ(file_.end(), 5U);
   disk_->plan = plans::failFrom(1, EIO);
   EXPECT_EQ(file_.overwrite(0, bytesOf("x")), EIO);
 }
 
-TEST_F(BlockFiles, appendOrRemoveKeepsNothingOfWhatFailed) {
-  append("1");
-  disk_->plan = plans::failPartWay(2, ENOSPC);
-  EXPECT_EQ(file_.appendOrRemove(bytesOf("2222")), ENOSPC);
-  EXPECT_EQ(contents(), "1");
-  EXPECT_EQ(file_.end(), 1U);
-  EXPECT_EQ(file_.flush(), 0);
-  EXPECT_EQ(contents(), "1");
+TEST_F(BlockFiles, beginWithoutAFlush) {
+  EXPECT_EQ(file_.begin(bytesOf("12")), 0);
+  EXPECT_EQ(calls(), "w0+2");
+  disk_->plan = plans::failFrom(1, ENOSPC);
+  BlockFile other(disk_->open());
+  EXPECT_EQ(other.begin(bytesOf("12")), ENOSPC);
 }
 
-TEST_F(BlockFiles, whatWaitsCanBeGivenUp) {
+TEST_F(BlockFiles, areFlushedEverySoManyBlocks) {
+  file_.flushEvery(3);
+  for (int i = 0; i < 7; ++i) {
+    append("1");
+  }
+  EXPECT_EQ(calls(), "w0+1 w1+1 w2+1 s f w3+1 w4+1 w5+1 s w6+1");
+  EXPECT_EQ(file_.safeEnd(), 6U);
+}
+
+TEST_F(BlockFiles, areFlushedAtTheirBeginningToo) {
+  file_.flushEvery(2);
+  file_.begin(bytesOf("12"));
+  append("3");
+  EXPECT_EQ(calls(), "w0+2 w2+1 s f");
+}
+
+TEST_F(BlockFiles, whatAFailedFlushDroppedIsWrittenAgainWithTheNextBlock) {
+  append("1");
+  failFlushes({3});
+  EXPECT_EQ(append("22"), (Failure{EIO, false}));
+  EXPECT_EQ(contents(), "100");
+  EXPECT_EQ(append("333"), std::nullopt);
+  EXPECT_EQ(calls(), "w0+1 s f w1+2 s! w1+2 w3+3 s");
+  EXPECT_EQ(safe(), "122333");
+}
+
+TEST_F(BlockFiles, whatAFailedFlushDroppedComesBeforeWhatWaits) {
+  file_.flushEvery(2);
+  append("1");
+  failFlushes({1});
+  append("2");
+  disk_->plan = plans::failFrom(1, ENOSPC);
+  append("3");
+  disk_->plan = {};
+  append("4");
+  EXPECT_EQ(safe(), "1234");
+}
+
+TEST_F(BlockFiles, skippedBytesAreCountedOnceAlthoughTheirBlockIsWrittenAgain) {
+  append("1");
+  file_.skip(3);
+  failFlushes({3, 4});
+  append("2");
+  EXPECT_EQ(file_.skippedBytes(), 0U);
+  append("3");
+  append("4");
+  EXPECT_EQ(file_.skippedBytes(), 3U);
+  EXPECT_EQ(safe(), "1000234");
+}
+
+TEST_F(BlockFiles, blocksThatNoFlushTookCountAsFullMemory) {
+  disk_->flushPlan = [](std::size_t) { return EIO; };
+  EXPECT_EQ(append("55555"), (Failure{EIO, false}));
+  EXPECT_EQ(append("55555"), (Failure{EIO, false}));
+  EXPECT_EQ(append("x"), (Failure{EIO, true}));
+  EXPECT_EQ(contents(), "0000000000") << "no traces of it";
+  disk_->flushPlan = {};
+  EXPECT_EQ(append("y"), std::nullopt);
+  EXPECT_EQ(safe(), "5555555555y");
+}
+
+TEST_F(BlockFiles, aBlockThatMemoryHasNoRoomForIsFlushedAtOnce) {
+  file_.flushEvery(3);
+  EXPECT_EQ(append("a longer text"), std::nullopt);
+  EXPECT_EQ(calls(), "w0+13 s f");
+}
+
+TEST_F(BlockFiles, anInterruptedFlushIsRepeated) {
+  failFlushes({1, 3}, EINTR);
+  EXPECT_EQ(append("1"), std::nullopt);
+  EXPECT_EQ(calls(), "w0+1 s! s f! f");
+}
+
+TEST_F(BlockFiles, aFolderThatCannotBeFlushedIsTriedAgain) {
+  failFlushes({2});
+  EXPECT_EQ(append("1"), (Failure{EIO, false}));
+  EXPECT_EQ(file_.safeEnd(), 1U);
+  EXPECT_EQ(append("2"), std::nullopt);
+  EXPECT_EQ(append("3"), std::nullopt);
+  EXPECT_EQ(calls(), "w0+1 s f! w1+1 s f w2+1 s");
+}
+
+TEST(BlockFile, isContentWithoutFlushesWhereTheFileSystemHasNoneAndTellsThatOnce) {
+  for (const int code : {EINVAL, ENOSYS, EOPNOTSUPP}) {
+    const auto disk = std::make_shared<FakeDisk>();
+    disk->flushPlan = [=](std::size_t) { return code; };
+    std::vector<int> told;
+    BlockFile file(disk->open(), 10,
+                   {.blockEnded = {}, .cannotFlush = [&](int why) { told.push_back(why); }});
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_EQ(file.append(bytesOf("12")), std::nullopt);
+    }
+    EXPECT_EQ(file.appendSafely(bytesOf("end")), 0);
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(told, std::vector{code});
+  }
+}
+
+TEST_F(BlockFiles, spendNoMoreTimeOnFlushesThanOnAllElse) {
+  using namespace std::chrono_literals;
+  disk_->flushPlan = [this](std::size_t) {
+    disk_->time += 400ms;
+    return 0;
+  };
+  for (int i = 0; i < 6; ++i) {
+    append("1");
+    disk_->time += 200ms;
+  }
+  EXPECT_EQ(calls(), "w0+1 s f w1+1 s w2+1 w3+1 s w4+1 w5+1 s");
+  EXPECT_EQ(file_.safeEnd(), 6U);
+}
+
+TEST_F(BlockFiles, settlingWaitsForASlowDisk) {
+  using namespace std::chrono_literals;
+  disk_->flushPlan = [this](std::size_t) {
+    disk_->time += 1s;
+    return 0;
+  };
+  append("1");
+  file_.overwriteSafely(0, bytesOf("x"));
+  append("2");
+  EXPECT_EQ(file_.safeEnd(), 1U);
+  EXPECT_EQ(file_.settle(), std::nullopt);
+  EXPECT_EQ(file_.safeEnd(), 2U);
+}
+
+TEST_F(BlockFiles, settlingWritesAndFlushesAll) {
+  file_.flushEvery(5);
+  append("1");
+  append("2");
+  EXPECT_EQ(file_.settle(), std::nullopt);
+  EXPECT_EQ(file_.settle(), std::nullopt);
+  EXPECT_EQ(calls(), "w0+1 w1+1 s");
+}
+
+TEST_F(BlockFiles, settlingGivesUpWhatCannotBeWritten) {
   append("1");
   disk_->plan = plans::failFrom(2, ENOSPC);
   append("2");
-  file_.forgetWaiting();
+  EXPECT_EQ(file_.settle(), (Failure{ENOSPC, true}));
   EXPECT_EQ(file_.end(), 1U);
   disk_->plan = {};
-  EXPECT_EQ(file_.flush(), 0);
+  EXPECT_EQ(file_.settle(), std::nullopt);
   EXPECT_EQ(contents(), "1");
+}
+
+TEST_F(BlockFiles, settlingTriesAFailedFlushOnceMore) {
+  file_.flushEvery(5);
+  append("1");
+  append("2");
+  failFlushes({1});
+  EXPECT_EQ(file_.settle(), std::nullopt);
+  EXPECT_EQ(calls(), "w0+1 w1+1 s! w0+1 w1+1 s");
+}
+
+TEST_F(BlockFiles, settlingLeavesInTheFileWhatCannotBeFlushed) {
+  append("1");
+  file_.flushEvery(5);
+  append("2");
+  failFlushes({3, 4});
+  EXPECT_EQ(file_.settle(), (Failure{EIO, false}));
+  EXPECT_EQ(file_.end(), 1U);
+  EXPECT_EQ(calls(), "w0+1 s f w1+1 s! w1+1 s!");
+}
+
+TEST_F(BlockFiles, appendingSafelyTriesOnceMoreAndKeepsNothingOfWhatFailed) {
+  append("1");
+  disk_->plan = plans::failPartWay(2, ENOSPC);
+  EXPECT_EQ(file_.appendSafely(bytesOf("2222")), 0);
+  EXPECT_EQ(safe(), "12222");
+  failFlushes({4});
+  EXPECT_EQ(file_.appendSafely(bytesOf("3")), 0);
+  EXPECT_EQ(safe(), "122223");
+  failFlushes({6, 7});
+  EXPECT_EQ(file_.appendSafely(bytesOf("4")), EIO);
+  EXPECT_EQ(contents(), "122223");
+  disk_->plan = plans::failFrom(1, ENOSPC);
+  EXPECT_EQ(file_.appendSafely(bytesOf("4")), ENOSPC);
+  EXPECT_EQ(contents(), "122223");
+  EXPECT_EQ(file_.end(), 6U);
+}
+
+TEST_F(BlockFiles, overwritingSafelyWritesAgainWhatAFailedFlushDropped) {
+  append("123");
+  failFlushes({3});
+  EXPECT_EQ(file_.overwriteSafely(1, bytesOf("x")), 0);
+  EXPECT_EQ(safe(), "1x3");
+  failFlushes({5, 6});
+  EXPECT_EQ(file_.overwriteSafely(1, bytesOf("y")), EIO);
+}
+
+TEST_F(BlockFiles, closingMakesTheirNameSafe) {
+  append("1");
+  EXPECT_EQ(file_.close(), 0);
+  EXPECT_EQ(calls(), "w0+1 s f c");
+}
+
+TEST_F(BlockFiles, closingTriesTheirFolderOnceMore) {
+  failFlushes({2, 3});
+  append("1");
+  EXPECT_EQ(file_.close(), 0);
+  EXPECT_EQ(calls(), "w0+1 s f! f! f c");
+}
+
+TEST_F(BlockFiles, closingTellsThatTheirNameIsNotSafe) {
+  failFlushes({2, 3, 4});
+  append("1");
+  EXPECT_EQ(file_.close(), EIO);
+  EXPECT_EQ(disk_->closes, 1);
 }
 
 TEST_F(BlockFiles, closingTellsItsError) {

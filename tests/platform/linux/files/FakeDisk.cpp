@@ -39,8 +39,7 @@ class FakeFile final : public RawFile {
     }
     const std::span bytes(data, outcome ? outcome->accepted : size);
     put(disk_->contents, at, bytes);
-    disk_->journal.push_back(
-        {FakeDisk::Call::Kind::write, at, {bytes.begin(), bytes.end()}, disk_->delivered});
+    note({FakeDisk::Call::Kind::write, at, {bytes.begin(), bytes.end()}, disk_->delivered});
     return static_cast<ssize_t>(bytes.size());
   }
 
@@ -50,22 +49,51 @@ class FakeFile final : public RawFile {
       return -1;
     }
     disk_->contents.resize(static_cast<std::size_t>(size));
-    disk_->journal.push_back(
-        {FakeDisk::Call::Kind::truncate, static_cast<std::uint64_t>(size), {}, disk_->delivered});
+    note({FakeDisk::Call::Kind::truncate, static_cast<std::uint64_t>(size), {}, disk_->delivered});
     return 0;
   }
 
-  int sync() noexcept override { return 0; }
-  int syncFolder() noexcept override { return 0; }
+  int sync() noexcept override {
+    const int code = flushCode(FakeDisk::Call::Kind::sync);
+    if (code == 0) {
+      disk_->safe = disk_->contents;
+    } else if (code == EIO || code == ENOSPC) {
+      const std::size_t size = disk_->contents.size();
+      disk_->contents = disk_->safe;
+      disk_->contents.resize(size);
+    }
+    errno = code;
+    return code == 0 ? 0 : -1;
+  }
+
+  int syncFolder() noexcept override {
+    errno = flushCode(FakeDisk::Call::Kind::syncFolder);
+    return errno == 0 ? 0 : -1;
+  }
+
   bool isLocked() const noexcept override { return true; }
+  Clock::time_point now() const noexcept override { return disk_->time; }
   void remove() noexcept override { disk_->isRemoved = true; }
   int close() noexcept override { return closeOnce(); }
 
  private:
+  void note(const FakeDisk::Call& call) {
+    disk_->journal.push_back(call);
+    disk_->allCalls.push_back(call);
+  }
+
+  int flushCode(FakeDisk::Call::Kind kind) noexcept {
+    const std::size_t number = ++disk_->flushes;
+    const int code = disk_->flushPlan ? disk_->flushPlan(number) : 0;
+    disk_->allCalls.push_back({kind, 0, {}, disk_->delivered, code});
+    return code;
+  }
+
   int closeOnce() noexcept {
     if (std::exchange(closed_, true)) {
       return 0;
     }
+    disk_->allCalls.push_back({FakeDisk::Call::Kind::close, 0, {}, disk_->delivered});
     ++disk_->closes;
     errno = disk_->closeCode;
     return disk_->closeCode == 0 ? 0 : -1;

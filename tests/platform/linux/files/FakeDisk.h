@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -14,15 +15,17 @@
 
 namespace audrel::linuxos::test {
 
-/// A file in memory that remembers each call that changed it, and fails on demand.
+/// A file in memory that remembers each call, and fails on demand. A flush that fails with
+/// EIO or ENOSPC drops what it was to cover, as Linux does, and the next one knows nothing of that.
 class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
  public:
   struct Call {
-    enum class Kind { write, truncate };
+    enum class Kind { write, truncate, sync, syncFolder, close };
     Kind kind = Kind::write;
     std::uint64_t offset = 0;  ///< of a truncation: the new size
     std::vector<std::byte> bytes;
     std::uint64_t delivered = 0;  ///< `delivered` below, at that time
+    int code = 0;                 ///< why a flush failed
   };
 
   /// What one call of pwrite does instead of writing all: `accepted` bytes are written and
@@ -35,6 +38,9 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
   /// Asked for each pwrite (numbered from 1) of `size` bytes; nothing lets it pass.
   using Plan = std::function<std::optional<Outcome>(std::size_t number, std::size_t size)>;
 
+  /// Asked for each flush, of file or folder (numbered from 1), for its error; 0 lets it pass.
+  using FlushPlan = std::function<int(std::size_t number)>;
+
   std::unique_ptr<RawFile> open();
 
   /// Makes the framework write here.
@@ -44,13 +50,18 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
   void replay(std::size_t calls, std::size_t part, const std::filesystem::path& path) const;
   void save(const std::filesystem::path& path) const;
 
+  RawFile::Clock::time_point time;  ///< stands still unless the test moves it
   Plan plan;
+  FlushPlan flushPlan;
   int closeCode = 0;
   int truncateCode = 0;
   std::uint64_t delivered = 0;  ///< what the test has handed over so far, for the journal
   std::vector<std::byte> contents;
-  std::vector<Call> journal;
-  std::size_t writes = 0;  ///< calls of pwrite, failed ones too
+  std::vector<std::byte> safe;  ///< the contents at the last flush that succeeded
+  std::vector<Call> journal;    ///< writes and truncations
+  std::vector<Call> allCalls;   ///< those, flushes and closing
+  std::size_t writes = 0;       ///< calls of pwrite, failed ones too
+  std::size_t flushes = 0;      ///< of file and folder, failed ones too
   int closes = 0;
   bool isRemoved = false;
 

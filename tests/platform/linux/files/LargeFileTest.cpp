@@ -118,7 +118,7 @@ TEST(LargeWav, isRightBeforeAtAndBeyondFourGiBWhileItGrows) {
     }
   }
   ASSERT_GT(size, fourGiB);
-  EXPECT_EQ(writer.finish(), 0);
+  EXPECT_EQ(writer.finish({}), 0);
 
   EXPECT_EQ(endOfWav(path, 24'000), std::pair(size / 4, ending));
   EXPECT_EQ(probe(path).duration, size / 4);

@@ -133,13 +133,8 @@ TEST_P(WriteFailures, anyOneFailedWriteIsReportedAndMadeUpFor) {
         EXPECT_EQ(error.code, ENOSPC);
       }
       EXPECT_LE(recording.writeErrors.size(), 1U);
-      if (recording.disk->contents == undisturbed.disk->contents) {
-        EXPECT_TRUE(recording.log.lines().empty());
-      } else {
-        EXPECT_GE(number, writes - 1) << "only the steps of finishing are not repeated";
-        EXPECT_EQ(recording.log.lines().size(), 1U);
-        EXPECT_EQ(playableFrames(*recording.disk), audio_.frames());
-      }
+      EXPECT_EQ(recording.disk->contents, undisturbed.disk->contents);
+      EXPECT_TRUE(recording.log.lines().empty());
     }
   }
 }
@@ -202,6 +197,80 @@ TEST_P(WriteFailures, fromAnyWriteOnLeaveWhatWasWrittenBefore) {
   }
 }
 
+TEST_P(WriteFailures, anyOneFailedFlushIsReportedAndMadeUpFor) {
+  const Recording undisturbed = record({});
+  ASSERT_GE(undisturbed.disk->flushes, 6U);
+  for (std::size_t number = 1; number <= undisturbed.disk->flushes; ++number) {
+    for (const int code : {EIO, ENOSPC, EINTR}) {
+      SCOPED_TRACE(testing::Message() << "flush " << number << ", " << code);
+      const Recording recording = record({}, [&](FakeDisk& disk, std::size_t) {
+        disk.flushPlan = [=](std::size_t n) { return n == number ? code : 0; };
+      });
+      EXPECT_LE(recording.writeErrors.size(), code == EINTR ? 0U : 1U);
+      for (const NS::Error& error : recording.writeErrors) {
+        EXPECT_EQ(error.code, code);
+      }
+      EXPECT_TRUE(recording.log.lines().empty());
+      EXPECT_EQ(recording.disk->contents, undisturbed.disk->contents);
+      EXPECT_EQ(recording.disk->safe, undisturbed.disk->contents);
+      EXPECT_EQ(recording.told.back(), "Recording saved: recording, 00:02");
+    }
+  }
+}
+
+TEST_P(WriteFailures, flushesThatFailForAWhileLoseNothing) {
+  const Recording undisturbed = record({});
+  const Recording recording = record({}, [](FakeDisk& disk, std::size_t frames) {
+    const int code = frames > 30'000 && frames < 110'000 ? EIO : 0;
+    disk.flushPlan = [=](std::size_t) { return code; };
+  });
+  EXPECT_EQ(recording.disk->safe, undisturbed.disk->contents);
+  EXPECT_TRUE(recording.log.lines().empty());
+  EXPECT_THAT(recording.told,
+              ElementsAre(AllOf(HasSubstr("cannot be saved"), HasSubstr("reports a fault"),
+                                HasSubstr("Nothing is lost yet")),
+                          HasSubstr("is saved again"), HasSubstr("Recording saved")));
+}
+
+TEST_P(WriteFailures, flushesThatFailForGoodAreToldLikeWrites) {
+  const std::size_t flushes = record({}).disk->flushes;
+  for (std::size_t number = 1; number <= flushes; ++number) {
+    SCOPED_TRACE(number);
+    const Recording recording = record({}, [=](FakeDisk& disk, std::size_t) {
+      disk.flushPlan = [=](std::size_t n) { return n >= number ? EIO : 0; };
+    });
+    ASSERT_EQ(recording.log.lines().size(), 1U);
+    EXPECT_THAT(recording.log.lines().front(), HasSubstr("reports a fault"));
+    EXPECT_THAT(recording.loss.why, HasSubstr("reports a fault"));
+    EXPECT_THAT(recording.told.back(), HasSubstr("reports a fault"));
+    EXPECT_EQ(recording.loss.silenced, 0U);
+    if (recording.disk->safe.empty()) {
+      EXPECT_EQ(recording.loss.missing, audio_.frames());
+      continue;
+    }
+    recording.disk->contents = recording.disk->safe;
+    EXPECT_GE(playableFrames(*recording.disk) + recording.loss.missing, audio_.frames());
+  }
+}
+
+TEST_P(WriteFailures, aFileSystemWithoutFlushesIsLoggedAndFailsNothing) {
+  const Recording undisturbed = record({});
+  for (const int code : {EINVAL, ENOSYS, EOPNOTSUPP}) {
+    const Recording recording = record({}, [=](FakeDisk& disk, std::size_t) {
+      disk.flushPlan = [=](std::size_t) { return code; };
+    });
+    EXPECT_TRUE(recording.writeErrors.empty());
+    EXPECT_EQ(recording.disk->contents, undisturbed.disk->contents);
+    EXPECT_EQ(recording.told, undisturbed.told);
+    EXPECT_TRUE(recording.loss.isNothing());
+    EXPECT_THAT(
+        recording.log.lines(),
+        ElementsAre(AllOf(HasSubstr("The file system of \"/music\" does not flush files ("),
+                          HasSubstr("a power failure may cost more of \"recording\" than its last "
+                                    "seconds."))));
+  }
+}
+
 TEST_P(WriteFailures, aFailedCloseIsLogged) {
   const Recording recording = record({}, [](FakeDisk& disk, std::size_t) { disk.closeCode = EIO; });
   ASSERT_EQ(recording.log.lines().size(), 1U);
@@ -221,8 +290,9 @@ TEST_P(WriteFailures, whatMemoryCannotHoldIsSilenceOfTheSameLength) {
   std::vector<std::string> told;
   SavingNotices notices("/music/recording", 60,
                         [&](const Notice& notice) { told.push_back(textOf(notice)); });
-  BlockFile file(disk->open(), 40'000,  // M4A: two blocks, WAV: none
-                 [&](const auto& failure) { notices.blockEnded(failure); });
+  BlockFile file(
+      disk->open(), 40'000,  // M4A: two blocks, WAV: none
+      {.blockEnded = [&](const auto& failure) { notices.blockEnded(failure); }, .cannotFlush = {}});
   std::unique_ptr<FrameWriter> writer;
   if (GetParam() == Kind::wav) {
     const WavFormat format = {48000, 2};
@@ -336,7 +406,7 @@ TEST_P(WriteFailures, writesInPlaceStayWithinOnePage) {
     }
     end = std::max<std::uint64_t>(end, call.offset + call.bytes.size());
   }
-  EXPECT_EQ(inPlace, GetParam() == Kind::m4a ? 1U : 5U);
+  EXPECT_EQ(inPlace, GetParam() == Kind::m4a ? 1U : 6U);
 }
 
 /// What the user is told of a file.
