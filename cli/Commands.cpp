@@ -104,7 +104,11 @@ class Recording {
   }
 
   Report stop() {
+    // From another thread, while this one does nothing else.
+    platform_.diagnostics.setSlowSavingObserver(
+        [this](const std::string& text) { console_.complain(printable(text)); });
     engine_->stop();
+    platform_.diagnostics.setSlowSavingObserver({});
     const auto audio = meter_.total();
     return {.file = file_,
             .audio = audio,

@@ -14,7 +14,7 @@ namespace audrel::cli {
 /// result that is lost is told on standard error.
 ///
 /// On a terminal that can do so (the environment's TERM is not "dumb"), standard error can carry a
-/// status line, which is overwritten in place; other texts first clear it. Main thread only.
+/// status line, which is overwritten in place; other texts first clear it. One thread at a time.
 class Console {
  public:
   /// `progress`: whether the start and end of a recording are told, and the status line drawn.

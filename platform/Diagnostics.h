@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -49,6 +50,10 @@ class Diagnostics {
   /// A sentence on what has become of the running recording's audio, for a user who did not ask;
   /// each once, in their order. Nothing when there is none. Any thread.
   virtual std::optional<std::string> nextNotice() { return std::nullopt; }
+
+  /// `tell` is called with a sentence while saving a recording takes long, from another thread than
+  /// the one that waits for it; never after that has returned. Set from the thread that waits.
+  virtual void setSlowSavingObserver(const std::function<void(const std::string&)>& /*tell*/) {}
 
   /// Of the file that was opened last, once it is closed; nothing where the system does not tell.
   virtual std::optional<FileLoss> fileLoss() { return std::nullopt; }

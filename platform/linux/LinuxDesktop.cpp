@@ -3,6 +3,7 @@
 #include "platform/Identity.h"
 #include "platform/Selectors.h"
 #include "platform/linux/session/AlertHelper.h"
+#include "platform/linux/session/PassingNotification.h"
 #include "platform/linux/system/ProgramFolder.h"
 #include "platform/linux/tray/IconTheme.h"
 
@@ -69,6 +70,12 @@ bool LinuxDesktop::claimSession() {
   }
   service_.setCommands(commands_);
   return true;
+}
+
+void LinuxDesktop::tellOfSlowSaving(const std::stop_token& stop) const {
+  const Notice notice = slowSavingNotice();
+  logger_->info(notice.summary + ": " + notice.body);
+  showUntilStopped(bus_.connection(), notice, stop);
 }
 
 Desktop LinuxDesktop::interfaces() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <stop_token>
 
 #include "platform/AppKit.h"
 #include "platform/Desktop.h"
@@ -43,6 +44,10 @@ class LinuxDesktop {
 
   /// To be called when a recording has started or stopped.
   void recordingChanged() const { recordingState_.changed(); }
+
+  /// Tells that saving the recording takes long. For a thread of its own, while the main thread
+  /// waits for that.
+  void tellOfSlowSaving(const std::stop_token& stop) const;
 
   Desktop interfaces();
 

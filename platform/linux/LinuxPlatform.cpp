@@ -1,5 +1,7 @@
 #include <deque>
+#include <functional>
 #include <mutex>
+#include <stop_token>
 #include <utility>
 
 #include "platform/Diagnostics.h"
@@ -69,11 +71,22 @@ class WholeDiagnostics final : public capture::Diagnostics {
   bool hasQuit(CA::AudioObjectID process) override { return hardware_.hasQuit(process); }
   std::optional<std::string> nextNotice() override { return notices_.next(); }
   std::optional<capture::FileLoss> fileLoss() override { return audioFramework_.loss(); }
+  void setSlowSavingObserver(const std::function<void(const std::string&)>& tell) override {
+    tellOfSlowSaving_ = tell;
+  }
+
+  /// On the thread that may tell.
+  void tellOfSlowSaving() const {
+    if (tellOfSlowSaving_) {
+      tellOfSlowSaving_(slowSavingNotice().body);
+    }
+  }
 
  private:
   CaptureHardware& hardware_;
   const AudioFramework& audioFramework_;
   WaitingNotices& notices_;
+  std::function<void(const std::string&)> tellOfSlowSaving_;
 };
 
 class RecordingRepair final : public capture::FileRepair {
@@ -149,6 +162,15 @@ class LinuxPlatform final : public NativePlatform {
   }
 
  private:
+  /// Recordings are all that a queue is waited for.
+  void tellOfSlowSaving(const std::stop_token& stop) {
+    if (desktop_) {
+      desktop_->tellOfSlowSaving(stop);
+    } else {
+      diagnostics_.tellOfSlowSaving();
+    }
+  }
+
   bool isAnswered() {
     const LoopLock lock(connection_.loop());
     return connection_.ensureConnected() && connection_.roundTrip();
@@ -160,7 +182,7 @@ class LinuxPlatform final : public NativePlatform {
   UUIDFactory uuids_;
   Collation collation_{userCollationLocale()};
   FileManager fileManager_;
-  Dispatch dispatch_;
+  Dispatch dispatch_{[this](const std::stop_token& stop) { tellOfSlowSaving(stop); }};
   const EntryFolder entries_{stateFolder(fileManager_.homeDirectoryForCurrentUser())};
   RecordingRepair fileRepair_;
   AudioFramework audioFramework_{log_};

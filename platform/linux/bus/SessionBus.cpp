@@ -172,6 +172,11 @@ void SessionBus::withConnection(Use use) {
   connect();
 }
 
+ConnectionHandle SessionBus::connection() const {
+  return ConnectionHandle(
+      connection_ == nullptr ? nullptr : G_DBUS_CONNECTION(g_object_ref(connection_.get())));
+}
+
 void SessionBus::call(const Method& method, GVariant* arguments, Answered answered) {
   // Shared, since a function must be copyable.
   const std::shared_ptr<GVariant> owned(

@@ -51,6 +51,9 @@ class SessionBus {
   /// Hands the connection over when it is there: at once, or after three seconds at most.
   void withConnection(Use use);
 
+  /// The connection, for a thread that is to use it while this one waits; null when there is none.
+  ConnectionHandle connection() const;
+
   /// `arguments` is a tuple, consumed if floating; null for none. The called program is started
   /// if it does not run and the bus knows how.
   void call(const Method& method, GVariant* arguments, Answered answered);

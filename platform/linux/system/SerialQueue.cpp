@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/system/AllSignalsBlocked.h"
@@ -35,6 +36,20 @@ std::string threadName(std::string_view label) {
 /// recording's file then costs a tenth of the wake-ups of one for each cycle, and its encoder works
 /// on warm caches.
 constexpr auto gathering = std::chrono::milliseconds(100);
+
+/// After it a wait in `sync` is long.
+constexpr auto patience = std::chrono::seconds(1);
+
+/// Waits beside `longWait`; without it where the system has no thread to give.
+void waitLong(Semaphore& done, const SerialQueue::LongWait& longWait) {
+  std::jthread beside;
+  try {
+    const AllSignalsBlocked blocked;
+    beside = std::jthread(longWait);
+  } catch (const std::system_error&) {
+  }
+  done.wait();
+}
 
 }  // namespace
 
@@ -103,7 +118,8 @@ class SerialQueue::Inbox {
   Semaphore hurry_;
 };
 
-SerialQueue::SerialQueue(const std::string& label) : inbox_(std::make_shared<Inbox>()) {
+SerialQueue::SerialQueue(const std::string& label, LongWait longWait)
+    : inbox_(std::make_shared<Inbox>()), longWait_(std::move(longWait)) {
   const AllSignalsBlocked blocked;
   worker_ = std::thread([inbox = inbox_, name = threadName(label)]() noexcept {
     pthread_setname_np(pthread_self(), name.c_str());
@@ -125,6 +141,7 @@ void SerialQueue::async(dispatch::WorkItem& item) noexcept {
 }
 
 void SerialQueue::sync(std::function<void()> work) {
+  const LongWait longWait = longWait_;  // the work may drop the queue
   Semaphore done;
   dispatch::WorkItem item;
   item.assign([&work, &done]() noexcept {
@@ -133,7 +150,11 @@ void SerialQueue::sync(std::function<void()> work) {
     done.post();
   });
   inbox_->submitUrgent(item);
-  done.wait();
+  if (!longWait) {
+    done.wait();
+  } else if (!done.waitFor(patience)) {
+    waitLong(done, longWait);
+  }
 }
 
 }  // namespace audrel::linuxos

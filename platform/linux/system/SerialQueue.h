@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -22,9 +23,13 @@ namespace audrel::linuxos {
 /// work given to `sync` may drop it.
 class SerialQueue final : public dispatch::Queue {
  public:
+  /// Runs, on a thread of its own, while `sync` keeps its caller waiting for more than a second; is
+  /// asked to stop when the wait is over, which lasts until it has returned.
+  using LongWait = std::function<void(std::stop_token)>;
+
   /// Starts the worker, with all signals blocked: they belong to the main thread. Throws
   /// `std::system_error` when the system has no thread to give.
-  explicit SerialQueue(const std::string& label);
+  explicit SerialQueue(const std::string& label, LongWait longWait = {});
 
   SerialQueue(const SerialQueue&) = delete;
   SerialQueue& operator=(const SerialQueue&) = delete;
@@ -41,6 +46,7 @@ class SerialQueue final : public dispatch::Queue {
   /// The worker's too, since it outlives a queue that is destroyed inside an item.
   std::shared_ptr<Inbox> inbox_;
   std::thread worker_;
+  LongWait longWait_;
 };
 
 }  // namespace audrel::linuxos

@@ -8,8 +8,10 @@
 #include <sys/resource.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <utility>
@@ -40,6 +42,58 @@ TEST(SerialQueue, syncComesFromAnyThread) {
     caller.join();
   }
   EXPECT_EQ(count, 800);
+}
+
+/// What was done while a synchronous item kept its caller waiting.
+class LongWaits : public testing::Test {
+ protected:
+  void waitFor(std::chrono::milliseconds duration) {
+    queue_->sync([=] { std::this_thread::sleep_for(duration); });
+  }
+
+  std::thread::id teller_;
+  bool wasBlocked_ = false;
+  int told_ = 0;
+  int ended_ = 0;
+  const std::shared_ptr<SerialQueue> queue_ =
+      std::make_shared<SerialQueue>("test.writer", [this](std::stop_token stop) {
+        teller_ = std::this_thread::get_id();
+        sigset_t blocked;
+        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        wasBlocked_ = sigismember(&blocked, SIGTERM) == 1;
+        ++told_;
+        while (!stop.stop_requested()) {
+          std::this_thread::yield();
+        }
+        ++ended_;
+      });
+};
+
+TEST_F(LongWaits, areToldByAThreadThatEndsWithThem) {
+  waitFor(std::chrono::milliseconds(1500));
+  EXPECT_EQ(told_, 1);
+  EXPECT_EQ(ended_, 1);
+  EXPECT_NE(teller_, std::this_thread::get_id());
+  EXPECT_TRUE(wasBlocked_) << "signals are for the main thread";
+  waitFor(std::chrono::milliseconds(1500));
+  EXPECT_EQ(ended_, 2);
+}
+
+TEST_F(LongWaits, areThoseOfMoreThanASecond) {
+  waitFor(std::chrono::milliseconds(0));
+  EXPECT_EQ(told_, 0);
+}
+
+TEST(SerialQueue, theLastReferenceMayGoInSynchronousWorkThatTakesLong) {
+  bool wasTold = false;
+  auto queue = std::make_shared<SerialQueue>(
+      "test.writer", [&wasTold](const std::stop_token&) { wasTold = true; });
+  auto* const raw = queue.get();
+  raw->sync([owned = std::move(queue)]() mutable {
+    owned.reset();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  });
+  EXPECT_TRUE(wasTold);
 }
 
 TEST(SerialQueue, theLastReferenceMayGoInsideSynchronousWork) {
