@@ -18,7 +18,7 @@ class Notices(unittest.TestCase):
                              stderr=subprocess.STDOUT, check=False)
         print(run.stdout)
         if run.returncode == 77:
-            sys.exit(77)
+            self.skipTest("it cannot be tried here")
         self.assertEqual(run.returncode, 1)
         broken = run.stdout.split("Not as promised:")[1]
         for file_format in ("WAV", "M4A"):
@@ -28,4 +28,5 @@ class Notices(unittest.TestCase):
 
 if __name__ == "__main__":
     WITHOUT_FLUSHES, BUILD = sys.argv[1:]
-    unittest.main(argv=sys.argv[:1])
+    result = unittest.main(argv=sys.argv[:1], exit=False).result
+    sys.exit(77 if result.skipped else not result.wasSuccessful())
