@@ -52,6 +52,7 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
 
   RawFile::Clock::time_point time;  ///< stands still unless the test moves it
   Plan plan;
+  std::optional<FileIdentity> identity;  ///< that the file tells
   FlushPlan flushPlan;
   int closeCode = 0;
   int truncateCode = 0;

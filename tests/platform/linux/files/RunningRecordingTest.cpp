@@ -3,13 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "tests/platform/linux/files/FakeDisk.h"
+#include "tests/platform/linux/files/Recordings.h"
 #include "tests/support/KeptLog.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -131,6 +135,45 @@ TEST_F(RunningRecordingTest, goesOnWithoutAnEntryWhereItsDiskHasNoLocks) {
               ElementsAre("error: \"talk.m4a\" is not noted in \"" + entries.path().string() +
                           "\": its disk offers no locks. Should it be cut off, it is "
                           "not finished by itself."));
+}
+
+/// The files that the framework makes.
+class NotedFiles : public test::FileTest {
+ protected:
+  NotedFiles() {
+    disk->identity = FileIdentity{.device = 1, .inode = 2, .born = 3};
+    framework.setEntryFolder(&entries);
+  }
+
+  /// One with ten seconds in it.
+  std::shared_ptr<AV::AudioFile> recorded(const std::string& name, const AV::Settings& settings) {
+    auto file = test::openFile(framework, folder_ / name, settings);
+    EXPECT_THAT(entries.entries(), IsEmpty()) << "a start waits for nothing";
+    EXPECT_THAT(test::deliver(framework, *file, audio), IsEmpty());
+    return file;
+  }
+
+  const test::Audio audio = test::noise(480'000);
+  std::shared_ptr<test::FakeDisk> disk = std::make_shared<test::FakeDisk>();
+  EntryFolder entries{folder_ / "state", [] { return here; }};
+  AudioFramework framework{log_, disk->creator()};
+};
+
+TEST_F(NotedFiles, haveAnEntryUntilTheyAreFinished) {
+  for (const auto& [name, settings] :
+       {std::pair("talk.m4a", test::m4aSettings(audio)), {"talk.wav", test::wavSettings(audio)}}) {
+    auto file = recorded(name, settings);
+    EXPECT_EQ(entries.entries().size(), 1U) << name;
+    file.reset();
+    EXPECT_THAT(entries.entries(), IsEmpty()) << name;
+  }
+}
+
+TEST_F(NotedFiles, keepTheirEntryWhenTheyCannotBeFinished) {
+  auto file = recorded("talk.m4a", test::m4aSettings(audio));
+  disk->plan = test::plans::failFrom(disk->writes + 2, ENOSPC);  // the index has no room
+  file.reset();
+  EXPECT_EQ(entries.entries().size(), 1U);
 }
 
 }  // namespace
