@@ -73,6 +73,16 @@ Fragments wholeFragments(const CheckedFile& file, const mp4::Track& track, std::
   }
 }
 
+/// Whether readers come to further fragments behind what is none at `offset`. Then it was not torn
+/// but changed since, and what they play of those would be lost.
+bool hasFragmentsBehind(const CheckedFile& file, std::uint64_t offset) {
+  auto box = wholeBoxAt(file, offset);
+  while (box && (box->type != "moof" || box->begin == offset)) {
+    box = wholeBoxAt(file, box->end);
+  }
+  return box.has_value();
+}
+
 /// Whether bytes at `offset` of the file, the packets of a fragment, are missing: a power failure
 /// can leave zeros in the place of blocks. The last byte of an AAC packet is never zero, and there
 /// is no such run of zeros in one.
@@ -197,11 +207,16 @@ std::optional<capture::Repair> repairM4a(CheckedFile& file) {
     if (const auto told = ofPlainFile(file, *beginning->movie)) {
       return told;
     }
+  }
+  Fragments fragments = wholeFragments(file, track, beginning->bytes.size());
+  if (hasFragmentsBehind(file, fragments.end)) {
+    return std::nullopt;
+  }
+  if (beginning->movie) {
     // A power failure has kept the eight bytes and not the index that they count on.
     file.writeDurably(mp4::commitOffset,
                       std::span(beginning->bytes).subspan(mp4::commitOffset, mp4::commitSize));
   }
-  Fragments fragments = wholeFragments(file, track, beginning->bytes.size());
   leaveOutHoles(file, fragments);
   auto index = hiddenIndex(file, track, fragments);
   if (index) {

@@ -392,6 +392,31 @@ TEST_F(M4aRepairs, leaveWhatDiffersInTheBeginningAlone) {
   EXPECT_EQ(taken, 2 + 4 + 5U) << "channels, frames of a packet, configuration: told once each";
 }
 
+TEST_F(M4aRepairs, leaveFragmentsAloneThatWereChangedWhereOthersFollow) {
+  const auto changed = [&](Contents contents, std::size_t fragment, std::size_t byte) {
+    contents[disk_->journal[1 + fragment].offset + byte] ^= std::byte{0x55};
+    return contents;
+  };
+  const Contents start = cutOff(1 + 4);
+  std::size_t taken = 0;
+  for (std::size_t i = 0; i < mp4::fragmentHeadSize(packetsPerFragment); ++i) {
+    MemoryFile file(changed(start, 1, i));
+    const auto outcome = repair(file).outcome;
+    taken += outcome == Outcome::repaired ? 1 : 0;
+    EXPECT_TRUE(outcome == Outcome::repaired || file.story().empty()) << i;
+  }
+  EXPECT_EQ(taken, 4 + 4U) << "the sizes of its two boxes: without them no reader finds the others";
+
+  MemoryFile last(changed(start, 3, 20));
+  EXPECT_EQ(repair(last).seconds * 48000, framesOf(3));
+
+  Contents withoutIndex = changed(disk_->contents, 1, 20);
+  withoutIndex.resize(withoutIndex.size() - 300);
+  MemoryFile both(withoutIndex);
+  EXPECT_EQ(repair(both).outcome, Outcome::notOurs);
+  EXPECT_THAT(both.story(), IsEmpty());
+}
+
 TEST_F(M4aRepairs, takeNoNumberOnTrust) {
   std::vector<Contents> files;
   for (std::size_t calls = 1; calls <= writes(); ++calls) {
