@@ -168,7 +168,7 @@ std::optional<Healer::Fate> Healer::whyNotYet(const RecordingEntry& entry) {
     return Fate::done;
   }
   // A clock that was set back makes it look as if it were written later than now.
-  return tools_.now() - status->written < rest ? std::optional(Fate::tryLater) : std::nullopt;
+  return tools_.now() - status->written < rest ? std::optional(Fate::stays) : std::nullopt;
 }
 
 Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {
@@ -190,10 +190,11 @@ Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {
     case Repair::Outcome::unreadable:
       break;
   }
-  if (!isToEnd) {
-    logOnce(os::LogLevel::error,
-            inQuotes(file.path()) + " was cut off, and could not be finished. " + repair.problem);
+  if (isToEnd) {
+    return Fate::stays;
   }
+  logOnce(os::LogLevel::error,
+          inQuotes(file.path()) + " was cut off, and could not be finished. " + repair.problem);
   return Fate::tryLater;
 }
 

@@ -76,11 +76,15 @@ Fragments wholeFragments(const CheckedFile& file, const mp4::Track& track, std::
 /// Whether readers come to further fragments behind what is none at `offset`. Then it was not torn
 /// but changed since, and what they play of those would be lost.
 bool hasFragmentsBehind(const CheckedFile& file, std::uint64_t offset) {
+  constexpr int most = 1000;  // a fragment is two; somebody could have written no end of them
   auto box = wholeBoxAt(file, offset);
-  while (box && (box->type != "moof" || box->begin == offset)) {
+  for (int count = 1; box && count < most; ++count) {
     box = wholeBoxAt(file, box->end);
+    if (box && box->type == "moof") {
+      return true;
+    }
   }
-  return box.has_value();
+  return false;
 }
 
 /// Whether bytes at `offset` of the file, the packets of a fragment, are missing: a power failure

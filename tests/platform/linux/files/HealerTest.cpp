@@ -369,6 +369,19 @@ TEST_F(HealerTest, leavesAFileThatWasWrittenInTheLastTenSecondsOrLaterThanNow) {
   EXPECT_EQ(repairs, 1);
 }
 
+TEST_F(HealerTest, keepsTheEntryOfARecordingThatTookAMonthAndEndedJustNow) {
+  note();
+  fs::last_write_time(entries.path() / entries.entries()[0].name,
+                      fs::file_time_type::clock::now() - std::chrono::days(31));
+  now = statusOf(file)->written + 1s;
+  heal();
+  expectUntouched();
+  ASSERT_THAT(entries.entries(), SizeIs(1));
+  now += 10s;
+  heal();
+  EXPECT_EQ(repairs, 1);
+}
+
 TEST_F(HealerTest, leavesAFileThatGrowsBetweenOpeningAndLocking) {
   note();
   Healer racing(entries, log.makeLogger("", ""),
@@ -507,6 +520,21 @@ TEST_F(HealerTest, looksAtNothingOnceItIsToEnd) {
   isToEnd = true;
   heal();
   expectUntouched();
+  EXPECT_THAT(entries.entries(), SizeIs(1));
+}
+
+TEST_F(HealerTest, keepsTheEntryOfARepairThatWasToEndHoweverOldItIs) {
+  note();
+  now += std::chrono::days(31);
+  Healer ending(entries, log.makeLogger("", ""),
+                {.now = [this] { return now; },
+                 .open = openExisting,
+                 .repair =
+                     [&](OpenFile&) {
+                       isToEnd = true;
+                       return Repair{.outcome = Outcome::unreadable};
+                     }});
+  ending.heal(isToEnd);
   EXPECT_THAT(entries.entries(), SizeIs(1));
 }
 
