@@ -136,7 +136,7 @@ Healer::Fate Healer::finish(const RecordingEntry& entry, const std::atomic<bool>
   }
   // What is open now is what has that name, and stays so: it is looked at again.
   struct stat opened{};
-  const auto named = statusOf(entry.file);
+  const auto named = tools_.status(entry.file);
   if (file->stat(&opened) != 0 || !named || named->identity.inode != opened.st_ino ||
       named->identity.device != opened.st_dev) {
     return Fate::tryLater;
@@ -152,7 +152,7 @@ std::optional<Healer::Fate> Healer::whyNotYet(const RecordingEntry& entry) {
   if (entry.machine.id != machine_.id) {
     return Fate::tryLater;
   }
-  const auto status = statusOf(entry.file);
+  const auto status = tools_.status(entry.file);
   if (!status) {
     return absent(entry, errno);
   }
@@ -201,7 +201,7 @@ Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {
 /// What it means that the file cannot be opened.
 Healer::Fate Healer::absent(const RecordingEntry& entry, int code) {
   if (code == ENOENT) {
-    const auto folder = statusOf(entry.file.parent_path());
+    const auto folder = tools_.status(entry.file.parent_path());
     // On another device: its disk is absent, and this is where it would be.
     return folder && folder->identity.device == entry.identity.device ? Fate::done : Fate::tryLater;
   }

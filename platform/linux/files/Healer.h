@@ -13,6 +13,7 @@
 
 #include "platform/Log.h"
 #include "platform/linux/files/EntryFolder.h"
+#include "platform/linux/files/FileIdentity.h"
 #include "platform/linux/files/OpenFile.h"
 #include "platform/linux/files/Repair.h"
 #include "platform/linux/system/Notice.h"
@@ -22,6 +23,8 @@ namespace audrel::linuxos {
 /// What a healer asks of the system, so that tests can answer.
 struct HealerTools {
   std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
+  std::function<std::optional<FileStatus>(const std::filesystem::path& path)> status =
+      [](const std::filesystem::path& path) { return statusOf(path); };
   std::function<std::unique_ptr<OpenFile>(const std::filesystem::path& path, int* code)> open =
       openExisting;
   std::function<Repair(OpenFile& file)> repair = [](OpenFile& file) {

@@ -288,6 +288,37 @@ TEST_F(HealerTest, leavesAFileOnAnotherDiskThatIsAnotherFile) {
   }
 }
 
+TEST_F(HealerTest, leavesAFileWithoutABirthOnceItsDiskHasAnotherNumber) {
+  for (const unsigned change : {1U, 0U}) {
+    note([&](RecordingEntry& entry) {
+      entry.identity.device += change;
+      entry.identity.born = 0;
+      entry.machine.boot = anotherBoot;
+    });
+    Healer birthless(entries, log.makeLogger("", ""),
+                     {.now = [this] { return now; },
+                      .status =
+                          [](const fs::path& path) {
+                            auto status = statusOf(path);
+                            if (status) {
+                              status->identity.born = 0;
+                            }
+                            return status;
+                          },
+                      .repair =
+                          [this](OpenFile&) {
+                            ++repairs;
+                            return repair;
+                          }});
+    birthless.heal(isToEnd);
+    EXPECT_EQ(repairs, change == 0 ? 1 : 0);
+    ASSERT_THAT(entries.entries(), SizeIs(change));
+    if (change != 0) {
+      entries.remove(entries.entries()[0].name);
+    }
+  }
+}
+
 TEST_F(HealerTest, followsNoLinkInTheFilesPlace) {
   note();
   fs::rename(file, home / "moved.m4a");

@@ -153,6 +153,15 @@ TEST_F(Repairs, leaveAFileAloneThatIsBeingRecorded) {
   expectUntouched(path, Outcome::whole);
 }
 
+TEST_F(Repairs, passTheFileOnToNoOtherProgram) {
+  int code = 0;
+  const auto file = openExisting(cutOff("song.wav"), &code);
+  ASSERT_TRUE(file);
+  const std::string open = runTool({"ls", "-l", "/proc/self/fd"}).output;
+  ASSERT_NE(open.find("/dev/null"), std::string::npos) << open;
+  EXPECT_EQ(open.find("song.wav"), std::string::npos) << open;
+}
+
 TEST_F(Repairs, keepOthersOffTheFileWhileTheyLast) {
   const auto path = cutOff("song.wav");
   int code = 0;
