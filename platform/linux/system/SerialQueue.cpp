@@ -5,8 +5,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <exception>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "platform/linux/system/AllSignalsBlocked.h"
@@ -40,13 +40,14 @@ constexpr auto gathering = std::chrono::milliseconds(100);
 /// After it a wait in `sync` is long.
 constexpr auto patience = std::chrono::seconds(1);
 
-/// Waits beside `longWait`; without it where the system has no thread to give.
+/// Waits beside `longWait`; without it where the system has no thread or no memory to give: what is
+/// waited for uses the caller's stack.
 void waitLong(Semaphore& done, const SerialQueue::LongWait& longWait) {
   std::jthread beside;
   try {
     const AllSignalsBlocked blocked;
     beside = std::jthread(longWait);
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
   }
   done.wait();
 }
