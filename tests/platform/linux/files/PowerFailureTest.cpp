@@ -149,26 +149,32 @@ class Unsafe {
   template <typename Look>
   void forEachState(std::size_t most, std::mt19937& random, Look look) const {
     constexpr std::size_t ofTwelvePages = 1U << 12U;
+    Bytes state;  // one for all: they are many, and large
     std::size_t states = lengths_.size();
     for (const auto& [page, versions] : pages_) {
       states = std::min(states * versions.size(), std::size_t{1} << 40U);
     }
     if (states <= ofTwelvePages * lengths_.size()) {
-      for (std::size_t state = 0; state < states; ++state) {
-        std::size_t rest = state;
+      for (std::size_t which = 0; which < states; ++which) {
+        std::size_t rest = which;
         const auto next = [&rest](std::size_t choices) {
           const std::size_t choice = rest % choices;
           rest /= choices;
           return choice;
         };
-        if (look(compose(next))) {
+        compose(next, state);
+        if (look(state)) {
           return;
         }
       }
       return;
     }
     const auto any = [&random](std::size_t choices) { return random() % choices; };
-    for (std::size_t i = 0; i < most && !look(compose(any)); ++i) {
+    for (std::size_t i = 0; i < most; ++i) {
+      compose(any, state);
+      if (look(state)) {
+        return;
+      }
     }
   }
 
@@ -183,8 +189,8 @@ class Unsafe {
 
   /// `choose` picks one of so many.
   template <typename Choose>
-  Bytes compose(Choose choose) const {
-    Bytes state = safe_;
+  void compose(Choose choose, Bytes& state) const {
+    state = safe_;
     const auto length = std::next(lengths_.begin(), static_cast<int>(choose(lengths_.size())));
     state.resize(*length);
     for (const auto& [page, versions] : pages_) {
@@ -193,7 +199,6 @@ class Unsafe {
       const std::size_t count = std::min(pageSize, state.size() - begin);
       std::copy_n(version.begin(), count, state.begin() + static_cast<std::ptrdiff_t>(begin));
     }
-    return state;
   }
 
   Bytes now_;
