@@ -66,10 +66,8 @@ std::optional<BlockFile::Failure> BlockFile::settle() {
   waiting_.clear();
   keptBytes_ = 0;
   end_ = safe_.end;
-  if (flushing != 0) {
-    return Failure{flushing, false};
-  }
-  return writing != 0 ? std::optional(Failure{writing, true}) : std::nullopt;
+  const int code = flushing != 0 ? flushing : writing;
+  return code != 0 ? std::optional(Failure{code, fileEnd_ <= safe_.end}) : std::nullopt;
 }
 
 int BlockFile::appendSafely(std::span<const std::byte> block) {
@@ -81,7 +79,7 @@ int BlockFile::appendSafely(std::span<const std::byte> block) {
     if (attempt == 0) {
       attempt = flush();
       if (attempt != 0) {
-        static_cast<void>(file_->ftruncate(static_cast<off_t>(end_)));
+        cutOff(end_);
       }
     }
     return attempt;
@@ -123,11 +121,22 @@ int BlockFile::writeBlock(std::uint64_t offset, std::span<const std::byte> block
   if (code == 0) {
     written_.skippedBytes += offset - written_.end;
     written_.end = offset + block.size();
-  } else if (written > 0) {
-    // Should this fail too, the next attempt overwrites the same bytes.
-    static_cast<void>(file_->ftruncate(static_cast<off_t>(offset)));
+  }
+  // Within what is there already it was written again, and changed nothing.
+  if (written > 0 && offset + written > fileEnd_) {
+    fileEnd_ = offset + written;
+    if (code != 0) {
+      cutOff(offset);
+    }
   }
   return code;
+}
+
+/// Should it fail, the next attempt overwrites the same bytes.
+void BlockFile::cutOff(std::uint64_t offset) {
+  if (file_->ftruncate(static_cast<off_t>(offset)) == 0) {
+    fileEnd_ = offset;
+  }
 }
 
 int BlockFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes,

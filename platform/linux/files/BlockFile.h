@@ -67,8 +67,8 @@ class BlockFile {
   int overwrite(std::uint64_t offset, std::span<const std::byte> bytes);
 
   /// For the end: writes and flushes all, twice at most, and gives up what is not safe then;
-  /// `end()` is `safeEnd()`. In the failure, `dropped` tells that what was given up could not be
-  /// written. Else it is in the file, may be of use, and nothing should go over it.
+  /// `end()` is `safeEnd()`. In the failure, `dropped` tells that nothing of what was given up is
+  /// in the file. Else some of it is, may be of use, and nothing should go over it.
   std::optional<Failure> settle();
 
   /// Adds `block` at `end()` and makes it safe, with all before it; else, after a second attempt,
@@ -107,6 +107,7 @@ class BlockFile {
   int writeWaiting();
   int writeBlock(std::uint64_t offset, std::span<const std::byte> block);
   int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
+  void cutOff(std::uint64_t offset);
   int flush();
   int flushFolder();
   int call(int (RawFile::*operation)() noexcept);
@@ -125,6 +126,7 @@ class BlockFile {
   std::uint64_t end_ = 0;
   Extent written_;
   Extent safe_;
+  std::uint64_t fileEnd_ = 0;  // what a failed flush was to cover included
   bool hasFlushFailed_ = false;
   bool isFolderSafe_ = false;
   bool isUnofferedTold_ = false;

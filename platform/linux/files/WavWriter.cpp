@@ -29,8 +29,7 @@ int WavWriter::finish(std::span<const std::byte> samples) {
     static_cast<void>(file_.append(samples));  // should it wait now, then settling tells why
   }
   const auto settling = file_.settle();
-  const bool isCountable = !settling || settling->dropped;
-  const int counting = isCountable ? finishHeader() : settling->code;
+  const int counting = finishHeader();
   if (file_.hasFlushFailed() && headerCounts_ == file_.safeEnd()) {
     headerCounts_ = safeCounts_;  // no flush has covered the newer one
   }

@@ -177,6 +177,14 @@ TEST_F(BlockFiles, skippedBytesAreZerosOnceSomethingFollows) {
   EXPECT_EQ(file_.safeEnd(), 5U);
 }
 
+TEST_F(BlockFiles, aFailedWriteBehindSkippedBytesLeavesTheFileAsItWas) {
+  append("1");
+  file_.skip(3);
+  disk_->plan = plans::failOnce(2, ENOSPC);
+  append("2");
+  EXPECT_EQ(contents(), "1");
+}
+
 TEST_F(BlockFiles, overwritingChangesNothingElse) {
   append("12345");
   EXPECT_EQ(file_.overwrite(1, bytesOf("ab")), 0);
@@ -357,6 +365,28 @@ TEST_F(BlockFiles, settlingLeavesInTheFileWhatCannotBeFlushed) {
   EXPECT_EQ(file_.settle(), (Failure{EIO, false}));
   EXPECT_EQ(file_.end(), 1U);
   EXPECT_EQ(calls(), "w0+1 s f w1+1 s! w1+1 s!");
+}
+
+TEST_F(BlockFiles, settlingLeavesInTheFileWhatCannotBeWrittenAgainAfterAFailedFlush) {
+  for (const auto& plan : {plans::failFrom(1, ENOSPC), plans::failPartWay(1, ENOSPC)}) {
+    const auto disk = std::make_shared<FakeDisk>();
+    BlockFile file(disk->open());
+    file.append(bytesOf("1"));
+    file.flushEvery(5);
+    file.append(bytesOf("2222"));
+    file.append(bytesOf("3333"));
+    disk->flushPlan = [&](std::size_t) {
+      disk->plan = [&, first = disk->writes](std::size_t n, std::size_t size) {
+        return n - first > 2 ? FakeDisk::Outcome{0, ENOSPC} : plan(n - first, size);
+      };
+      return EDQUOT;
+    };
+    const auto failure = file.settle();
+    ASSERT_TRUE(failure);
+    EXPECT_FALSE(failure->dropped);
+    EXPECT_EQ(file.end(), 1U);
+    EXPECT_EQ(textOf(disk->contents), "122223333");
+  }
 }
 
 TEST_F(BlockFiles, appendingSafelyTriesOnceMoreAndKeepsNothingOfWhatFailed) {

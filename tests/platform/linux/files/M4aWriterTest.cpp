@@ -96,6 +96,21 @@ TEST_F(M4aWriters, paddingAloneIsNoFrame) {
   EXPECT_EQ(finished().duration, 0);
 }
 
+TEST_F(M4aWriters, noIndexGoesOverFragmentsThatNoFlushCoveredAndThatCannotBeWrittenAgain) {
+  add(23 * 4);
+  const auto contents = disk_->contents;
+  disk_->flushPlan = [this, first = disk_->flushes + 1](std::size_t flush) {
+    if (flush == first) {
+      disk_->plan = plans::failOnce(disk_->writes + 1, EDQUOT);
+    }
+    return flush == first ? EDQUOT : 0;
+  };
+  const auto ending = writer_->finish(90'000);
+  EXPECT_EQ(ending.code, EDQUOT);
+  EXPECT_FALSE(ending.indexed);
+  EXPECT_TRUE(disk_->contents == contents);
+}
+
 TEST_F(M4aWriters, packetsWhoseSizeTheIndexCannotHoldAreRefused) {
   add(1);
   EXPECT_EQ(writer_->add(std::vector<std::byte>(0x10000)), (BlockFile::Failure{EMSGSIZE, true}));
