@@ -79,6 +79,11 @@ TEST(StatusLine, barIsEmptyForSilenceAndFullAtFullScale) {
   EXPECT_EQ(filled(2.0F), 40);
 }
 
+TEST(StatusLine, hasNoLevelWhileNothingComes) {
+  EXPECT_EQ(statusLine({.elapsed = seconds(1), .peak = std::nullopt, .fileSize = 44}, 40),
+            "0:01                     44 B");
+}
+
 TEST(StatusLine, saysSilenceInsteadOfALevelThatThereIsNot) {
   EXPECT_THAT(statusLine({.elapsed = seconds(1), .peak = 0.0F, .fileSize = 44}, 40),
               StartsWith("0:01      silence"));

@@ -11,11 +11,6 @@
 namespace audrel::linuxos {
 namespace {
 
-using namespace std::chrono_literals;
-
-/// How long a file must have been left alone.
-constexpr auto rest = 10s;
-
 /// How long an entry waits for what may be possible later.
 constexpr auto patience = std::chrono::days(30);
 
@@ -72,18 +67,20 @@ Match match(const RecordingEntry& entry, const FileIdentity& found, const Machin
 Healer::Healer(const EntryFolder& entries, std::shared_ptr<os::Logger> logger, HealerTools tools)
     : entries_(entries), logger_(std::move(logger)), tools_(std::move(tools)) {}
 
-void Healer::heal(const std::atomic<bool>& isToEnd) {
+bool Healer::heal(const std::atomic<bool>& isToEnd) {
   const auto machine = entries_.machine();
   if (!machine) {
-    return;
+    return false;
   }
   machine_ = *machine;
+  sawRestless_ = false;
   for (const EntryFolder::Found& found : entries_.entries()) {
     if (isToEnd) {
-      return;
+      return false;
     }
     dealWith(found, isToEnd);
   }
+  return sawRestless_;
 }
 
 void Healer::dealWith(const EntryFolder::Found& found, const std::atomic<bool>& isToEnd) {
@@ -168,7 +165,11 @@ std::optional<Healer::Fate> Healer::whyNotYet(const RecordingEntry& entry) {
     return Fate::done;
   }
   // A clock that was set back makes it look as if it were written later than now.
-  return tools_.now() - status->written < rest ? std::optional(Fate::stays) : std::nullopt;
+  if (tools_.now() - status->written < rest) {
+    sawRestless_ = true;
+    return Fate::stays;
+  }
+  return std::nullopt;
 }
 
 Healer::Fate Healer::finish(OpenFile& file, const std::atomic<bool>& isToEnd) {

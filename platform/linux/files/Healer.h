@@ -46,9 +46,13 @@ class Healer {
   /// Is told of what was finished.
   void setNoticeTaker(NoticeTaker taker) { tell_ = std::move(taker); }
 
+  /// How long a file must have been left alone.
+  static constexpr std::chrono::seconds rest{10};
+
   /// Goes through all entries once. Once `isToEnd` it comes back after the next system call, which
-  /// leaves a file that it is about to finish as playable as before.
-  void heal(const std::atomic<bool>& isToEnd);
+  /// leaves a file that it is about to finish as playable as before. Whether one was written too
+  /// short a while ago: then it is worth coming back after that time.
+  bool heal(const std::atomic<bool>& isToEnd);
 
  private:
   /// What is to become of an entry.
@@ -73,6 +77,7 @@ class Healer {
   NoticeTaker tell_;
   Machine machine_;
   std::set<std::string> logged_;
+  bool sawRestless_ = false;
 };
 
 }  // namespace audrel::linuxos

@@ -25,7 +25,11 @@ void Healing::begin() {
 }
 
 void Healing::end() {
-  isToEnd_ = true;
+  {
+    const std::lock_guard lock(mutex_);
+    isToEnd_ = true;
+  }
+  ending_.notify_one();
   if (thread_.joinable()) {
     thread_.join();
   }
@@ -33,11 +37,19 @@ void Healing::end() {
 
 void Healing::heal() noexcept {
   try {
-    healer_.heal(isToEnd_);
+    if (healer_.heal(isToEnd_)) {
+      waitForRest();
+      healer_.heal(isToEnd_);
+    }
   } catch (const std::bad_alloc&) {
     logger_->error("There is no memory left to look for recordings that were cut off.");
   }
   isUnderWay_ = false;
+}
+
+void Healing::waitForRest() {
+  std::unique_lock lock(mutex_);
+  ending_.wait_for(lock, rest_, [this] { return isToEnd_.load(); });
 }
 
 }  // namespace audrel::linuxos

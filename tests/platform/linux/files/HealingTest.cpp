@@ -73,6 +73,40 @@ TEST_F(HealingTest, isOneAtATimeAndThenAnother) {
   healing.end();
 }
 
+/// The file was written a moment ago when it is looked at first, and long ago from then on.
+class Restless : public HealingTest {
+ protected:
+  Healer healer() {
+    return {entries, log.makeLogger("", ""),
+            {.now = [this] { return std::chrono::system_clock::now() + (looks > 1 ? 1h : 0h); },
+             .status =
+                 [this](const std::filesystem::path& path) {
+                   ++looks;
+                   return statusOf(path);
+                 },
+             .repair = [this](OpenFile& file) { return readUntilFailure(file); }}};
+  }
+
+  std::atomic<int> looks = 0;
+};
+
+TEST_F(Restless, aFileIsLookedAtOnceMoreAfterItsRest) {
+  goesOn = false;
+  Healing patient(healer(), log.makeLogger("", ""), 1ms);
+  patient.begin();
+  EXPECT_TRUE(support::waitFor([this] { return repairs == 1; }));
+  patient.end();
+  EXPECT_EQ(repairs, 1);
+}
+
+TEST_F(Restless, aFileKeepsNobodyWaitingForItsRest) {
+  Healing patient(healer(), log.makeLogger("", ""), 1h);
+  patient.begin();
+  ASSERT_TRUE(support::waitFor([this] { return looks == 1; }));
+  patient.end();
+  EXPECT_EQ(repairs, 0);
+}
+
 TEST_F(HealingTest, isOverForGoodOnceItWasEnded) {
   healing.end();
   healing.begin();
