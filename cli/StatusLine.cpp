@@ -37,8 +37,8 @@ std::string statusLine(const RecordingStatus& status, int width) {
   const auto room = static_cast<std::size_t>(std::max(width, 0));
   const auto time = formatDuration(status.elapsed) +
                     (status.total.has_value() ? " / " + formatDuration(*status.total) : "");
-  const auto level = padded(status.peak.has_value() ? describePeak(*status.peak) : "",
-                            sizeof "-120.0 dBFS" - 1);
+  const auto level =
+      padded(status.peak.has_value() ? describePeak(*status.peak) : "", sizeof "-120.0 dBFS" - 1);
   const auto size = padded(formatByteCount(status.fileSize), sizeof "999.9 MB" - 1);
 
   const auto head = status.notice.empty() ? time : (time + gap).append(status.notice);

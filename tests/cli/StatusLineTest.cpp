@@ -81,7 +81,7 @@ TEST(StatusLine, barIsEmptyForSilenceAndFullAtFullScale) {
 
 TEST(StatusLine, hasNoLevelWhileNothingComes) {
   EXPECT_EQ(statusLine({.elapsed = seconds(1), .peak = std::nullopt, .fileSize = 44}, 40),
-            "0:01                     44 B");
+            "0:01                   44 B");
 }
 
 TEST(StatusLine, saysSilenceInsteadOfALevelThatThereIsNot) {

@@ -77,7 +77,8 @@ TEST_F(HealingTest, isOneAtATimeAndThenAnother) {
 class Restless : public HealingTest {
  protected:
   Healer healer() {
-    return {entries, log.makeLogger("", ""),
+    return {entries,
+            log.makeLogger("", ""),
             {.now = [this] { return std::chrono::system_clock::now() + (looks > 1 ? 1h : 0h); },
              .status =
                  [this](const std::filesystem::path& path) {
