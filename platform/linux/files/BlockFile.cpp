@@ -2,14 +2,26 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <new>
 #include <utility>
+
+#include "platform/linux/system/AllSignalsBlocked.h"
 
 namespace audrel::linuxos {
 namespace {
 
 bool isUnoffered(int code) {
   return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP;
+}
+
+/// 0 or an `errno` value.
+int resultOf(RawFile& file, int (RawFile::*call)() noexcept) {
+  int code = 0;
+  do {
+    code = (file.*call)() == 0 ? 0 : errno;
+  } while (code == EINTR);
+  return code;
 }
 
 /// A step of the end has no later one that would make up for it.
@@ -33,7 +45,7 @@ std::optional<BlockFile::Failure> BlockFile::append(std::span<const std::byte> b
   const bool isKept = block.size() + keptBytes_ <= memoryLimit_ && keep(block);
   if (const int code = isKept ? writeAndFlush() : appendSafely(block); code != 0) {
     failure = Failure{code, !isKept};
-  } else if (const int naming = flushFolder(); naming != 0) {
+  } else if (const int naming = nameSafely(); naming != 0) {
     failure = Failure{naming, false};
   }
   if (observer_.blockEnded) {
@@ -46,8 +58,15 @@ int BlockFile::writeAndFlush() {
   if (const int code = writeWaiting(); code != 0) {
     return code;
   }
-  const bool isDue = unflushed_.size() >= blocksPerFlush_ && file_->now() >= nextFlush_;
-  return isDue ? flush() : 0;
+  std::chrono::milliseconds patience{0};
+  if (!flushUnderWay_.valid()) {
+    if (unflushed_.size() < blocksPerFlush_) {
+      return 0;
+    }
+    beginFlush();
+    patience = file_->patience();
+  }
+  return flushUnderWay_.wait_for(patience) == std::future_status::timeout ? 0 : endFlush();
 }
 
 int BlockFile::overwrite(std::uint64_t offset, std::span<const std::byte> bytes) {
@@ -56,6 +75,7 @@ int BlockFile::overwrite(std::uint64_t offset, std::span<const std::byte> bytes)
 }
 
 std::optional<BlockFile::Failure> BlockFile::settle() {
+  waitForFlush();
   int writing = 0;
   int flushing = 0;
   twiceAtMost([&] {
@@ -71,6 +91,7 @@ std::optional<BlockFile::Failure> BlockFile::settle() {
 }
 
 int BlockFile::appendSafely(std::span<const std::byte> block) {
+  waitForFlush();
   const int code = twiceAtMost([&] {
     int attempt = writeWaiting();
     if (attempt == 0) {
@@ -157,40 +178,77 @@ int BlockFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes,
 }
 
 int BlockFile::flush() {
-  const auto began = file_->now();
-  const int code = call(&RawFile::sync);
-  const auto ended = file_->now();
-  nextFlush_ = ended + (ended - began);
+  covered_ = written_;
+  coveredBlocks_ = unflushed_.size();
+  return account({resultOf(*file_, &RawFile::sync), std::nullopt});
+}
+
+/// `endFlush` tells how it went.
+void BlockFile::beginFlush() {
+  covered_ = written_;
+  coveredBlocks_ = unflushed_.size();
+  const auto call = [&file = *file_, isFolderDue = !isFolderSafe_] {
+    Flushed flushed{.file = resultOf(file, &RawFile::sync), .folder = std::nullopt};
+    if (isFolderDue && (flushed.file == 0 || isUnoffered(flushed.file))) {
+      flushed.folder = resultOf(file, &RawFile::syncFolder);
+    }
+    return flushed;
+  };
+  try {
+    const AllSignalsBlocked signalsBelongToTheMainThread;
+    flushUnderWay_ = std::async(std::launch::async, call);
+  } catch (const std::exception&) {  // neither a thread nor memory for it: the writing waits
+    flushUnderWay_ = std::async(std::launch::deferred, call);
+  }
+}
+
+int BlockFile::endFlush() {
+  return account(flushUnderWay_.get());
+}
+
+void BlockFile::waitForFlush() {
+  if (flushUnderWay_.valid()) {
+    static_cast<void>(endFlush());  // what it failed to cover is written again
+  }
+}
+
+int BlockFile::account(const Flushed& flushed) {
+  const int code = offered(flushed.file);
+  if (flushed.folder) {
+    naming_ = offered(*flushed.folder);
+    isFolderSafe_ = *naming_ == 0;
+  }
   hasFlushFailed_ = code != 0;
   if (code != 0) {
     waiting_.splice(waiting_.begin(), unflushed_);
     written_ = safe_;
     return code;
   }
-  for (const Block& block : unflushed_) {
-    keptBytes_ -= block.bytes.size();
+  for (; coveredBlocks_ > 0; --coveredBlocks_) {
+    keptBytes_ -= unflushed_.front().bytes.size();
+    spare_.splice(spare_.end(), unflushed_, unflushed_.begin());
   }
-  spare_.splice(spare_.end(), unflushed_);
   spare_.resize(std::min(spare_.size(), blocksPerFlush_));
-  safe_ = written_;
+  safe_ = covered_;
   return 0;
 }
 
 /// Once there is something in the file that its name is needed for.
 int BlockFile::flushFolder() {
-  if (isFolderSafe_ || safe_.end == 0) {
+  if (isFolderSafe_ || safe_.end == 0 || flushUnderWay_.valid()) {
     return 0;
   }
-  const int code = call(&RawFile::syncFolder);
+  const int code = offered(resultOf(*file_, &RawFile::syncFolder));
   isFolderSafe_ = code == 0;
   return code;
 }
 
-int BlockFile::call(int (RawFile::*operation)() noexcept) {
-  int code = 0;
-  do {
-    code = ((*file_).*operation)() == 0 ? 0 : errno;
-  } while (code == EINTR);
+int BlockFile::nameSafely() {
+  const auto tried = std::exchange(naming_, std::nullopt);
+  return tried ? *tried : flushFolder();
+}
+
+int BlockFile::offered(int code) {
   if (!isUnoffered(code)) {
     return code;
   }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <list>
 #include <memory>
 #include <optional>
@@ -21,7 +22,8 @@ namespace audrel::linuxos {
 /// after a flush that failed, so are all that it was to cover, since the system may have dropped
 /// them. What a failed write left behind is cut off, so that the file always ends with a whole
 /// block. Failures are `errno` values; an interrupted call is repeated. A flush that the file
-/// system does not offer counts as done.
+/// system does not offer counts as done. One that takes long goes on beside the writing, on a
+/// thread of its own, so that a kill costs no more for it.
 class BlockFile {
  public:
   struct Failure {
@@ -44,9 +46,12 @@ class BlockFile {
   /// `memoryLimit` in bytes. Closes the file when it goes, unless `close` did.
   explicit BlockFile(std::unique_ptr<RawFile> file, std::size_t memoryLimit = defaultMemoryLimit,
                      Observer observer = {});
+  BlockFile(BlockFile&&) = default;
+  BlockFile& operator=(BlockFile&&) = delete;  // a flush may be under way
+  ~BlockFile() = default;
 
-  /// Every how many blocks `append` flushes; at first after each. It spends no more time on that
-  /// than on all else, so on a slow disk it is more.
+  /// Every how many blocks `append` flushes; at first after each. One flush at a time: on a slow
+  /// disk it is more.
   void flushEvery(std::size_t blocks) { blocksPerFlush_ = blocks; }
 
   /// Writes the first block, without a flush. 0 or an `errno` value, which means that the file is
@@ -103,14 +108,25 @@ class BlockFile {
     std::uint64_t skippedBytes = 0;
   };
 
+  /// The result of flushing the file, and its folder if that was due.
+  struct Flushed {
+    int file = 0;
+    std::optional<int> folder;
+  };
+
   int writeAndFlush();
   int writeWaiting();
   int writeBlock(std::uint64_t offset, std::span<const std::byte> block);
   int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
   void cutOff(std::uint64_t offset);
   int flush();
+  void beginFlush();
+  int endFlush();
+  int account(const Flushed& flushed);
+  void waitForFlush();
   int flushFolder();
-  int call(int (RawFile::*operation)() noexcept);
+  int nameSafely();
+  int offered(int code);
   bool keep(std::span<const std::byte> block);
 
   std::unique_ptr<RawFile> file_;
@@ -130,7 +146,12 @@ class BlockFile {
   bool hasFlushFailed_ = false;
   bool isFolderSafe_ = false;
   bool isUnofferedTold_ = false;
-  RawFile::Clock::time_point nextFlush_;
+
+  // The last flush, which covers what was written before it.
+  Extent covered_;
+  std::size_t coveredBlocks_ = 0;       // at the beginning of unflushed_
+  std::optional<int> naming_;           // how the folder's part went, if it had one
+  std::future<Flushed> flushUnderWay_;  // after the file that it flushes: it ends first
 };
 
 }  // namespace audrel::linuxos

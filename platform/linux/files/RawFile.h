@@ -14,7 +14,8 @@
 namespace audrel::linuxos {
 
 /// The system calls that a recording's file is written with, so that tests can make each of them
-/// fail. Results are those of the calls: -1 and `errno` on failure.
+/// fail. Results are those of the calls: -1 and `errno` on failure. One thread at a time, but for
+/// the two flushes, which one other may call meanwhile.
 class RawFile {
  public:
   /// Closes the file if `close` was not called.
@@ -41,10 +42,11 @@ class RawFile {
   /// file's by now.
   virtual void remove() noexcept = 0;
 
-  using Clock = std::chrono::steady_clock;
-
-  /// What time the calls take.
-  virtual Clock::time_point now() const noexcept { return Clock::now(); }
+  /// How long writing may wait for a flush before it goes on beside it: a disk that keeps up takes
+  /// less, and what is captured meanwhile is only in memory.
+  virtual std::chrono::milliseconds patience() const noexcept {
+    return std::chrono::milliseconds(200);
+  }
 
   /// To be called once at most, and last.
   virtual int close() noexcept = 0;

@@ -28,7 +28,7 @@ class RunningRecording::NotedFile final : public RawFile {
   bool isLocked() const noexcept override { return file_->isLocked(); }
   std::optional<FileIdentity> identity() const noexcept override { return file_->identity(); }
   void remove() noexcept override { file_->remove(); }
-  Clock::time_point now() const noexcept override { return file_->now(); }
+  std::chrono::milliseconds patience() const noexcept override { return file_->patience(); }
   int close() noexcept override { return file_->close(); }
 
  private:

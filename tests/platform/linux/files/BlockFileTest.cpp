@@ -4,12 +4,17 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <semaphore>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tests/platform/linux/files/FakeDisk.h"
+#include "tests/support/Waiting.h"
 
 namespace audrel::linuxos::test {
 namespace {
@@ -300,34 +305,6 @@ TEST(BlockFile, isContentWithoutFlushesWhereTheFileSystemHasNoneAndTellsThatOnce
   }
 }
 
-TEST_F(BlockFiles, spendNoMoreTimeOnFlushesThanOnAllElse) {
-  using namespace std::chrono_literals;
-  disk_->flushPlan = [this](std::size_t) {
-    disk_->time += 400ms;
-    return 0;
-  };
-  for (int i = 0; i < 6; ++i) {
-    append("1");
-    disk_->time += 200ms;
-  }
-  EXPECT_EQ(calls(), "w0+1 s f w1+1 s w2+1 w3+1 s w4+1 w5+1 s");
-  EXPECT_EQ(file_.safeEnd(), 6U);
-}
-
-TEST_F(BlockFiles, settlingWaitsForASlowDisk) {
-  using namespace std::chrono_literals;
-  disk_->flushPlan = [this](std::size_t) {
-    disk_->time += 1s;
-    return 0;
-  };
-  append("1");
-  file_.overwriteSafely(0, bytesOf("x"));
-  append("2");
-  EXPECT_EQ(file_.safeEnd(), 1U);
-  EXPECT_EQ(file_.settle(), std::nullopt);
-  EXPECT_EQ(file_.safeEnd(), 2U);
-}
-
 TEST_F(BlockFiles, settlingWritesAndFlushesAll) {
   file_.flushEvery(5);
   append("1");
@@ -446,6 +423,100 @@ TEST(BlockFile, closesItsFileWhenItGoes) {
     const BlockFile file(disk->open());
   }
   EXPECT_EQ(disk->closes, 1);
+}
+
+/// A disk whose flushes take until the test lets them end, and for which nobody waits.
+class SlowFlushes : public BlockFiles {
+ protected:
+  class File final : public RawFile {
+   public:
+    File(std::unique_ptr<RawFile> file, std::counting_semaphore<>& mayFlush)
+        : file_(std::move(file)), mayFlush_(mayFlush) {}
+
+    ssize_t pwrite(const std::byte* data, std::size_t size, off_t offset) noexcept override {
+      const std::scoped_lock lock(mutex_);
+      return file_->pwrite(data, size, offset);
+    }
+    int ftruncate(off_t size) noexcept override { return file_->ftruncate(size); }
+    int sync() noexcept override {
+      mayFlush_.acquire();
+      const std::scoped_lock lock(mutex_);
+      return file_->sync();
+    }
+    int syncFolder() noexcept override {
+      const std::scoped_lock lock(mutex_);
+      return file_->syncFolder();
+    }
+    bool isLocked() const noexcept override { return true; }
+    std::chrono::milliseconds patience() const noexcept override { return {}; }
+    void remove() noexcept override {}
+    int close() noexcept override { return file_->close(); }
+
+   private:
+    std::unique_ptr<RawFile> file_;
+    std::counting_semaphore<>& mayFlush_;
+    std::mutex mutex_;
+  };
+
+  BlockFile open(std::size_t memoryLimit) {
+    return BlockFile(std::make_unique<File>(disk_->open(), mayFlush), memoryLimit);
+  }
+
+  std::counting_semaphore<> mayFlush{0};
+};
+
+TEST_F(SlowFlushes, holdUpNoWriting) {
+  BlockFile file = open(100);
+  file.append(bytesOf("one"));
+  file.append(bytesOf("two"));
+  file.append(bytesOf("three"));
+  EXPECT_EQ(contents(), "onetwothree");
+  EXPECT_EQ(calls(), "w0+3 w3+3 w6+5");
+  EXPECT_EQ(file.safeEnd(), 0U);
+  mayFlush.release(2);
+  EXPECT_EQ(file.settle(), std::nullopt);
+  EXPECT_EQ(safe(), "onetwothree");
+  EXPECT_EQ(calls(), "w0+3 w3+3 w6+5 s f s");
+}
+
+TEST_F(SlowFlushes, coverWhatWasWrittenBeforeThemAlone) {
+  BlockFile file = open(1'000'000);
+  file.append(bytesOf("one"));
+  file.append(bytesOf("two"));
+  mayFlush.release();
+  ASSERT_TRUE(support::waitFor([&] {
+    file.append(bytesOf("+"));
+    return file.safeEnd() > 0;
+  }));
+  EXPECT_EQ(file.safeEnd(), 3U);
+}
+
+TEST_F(SlowFlushes, thatFailHaveAllWrittenAgainThatIsNotSafe) {
+  failFlushes({1});
+  BlockFile file = open(100);
+  file.append(bytesOf("one"));
+  file.append(bytesOf("two"));
+  mayFlush.release(2);
+  EXPECT_EQ(file.settle(), std::nullopt);
+  EXPECT_EQ(safe(), "onetwo");
+  EXPECT_EQ(calls(), "w0+3 w3+3 s! w0+3 w3+3 s");
+}
+
+TEST_F(SlowFlushes, areWaitedForWhereMemoryIsFull) {
+  BlockFile file = open(5);
+  file.append(bytesOf("one"));
+  mayFlush.release(2);
+  EXPECT_EQ(file.append(bytesOf("three")), std::nullopt);
+  EXPECT_EQ(safe(), "onethree");
+}
+
+TEST_F(SlowFlushes, endBeforeTheirFileIsClosed) {
+  {
+    BlockFile file = open(100);
+    file.append(bytesOf("one"));
+    mayFlush.release();
+  }
+  EXPECT_EQ(calls(), "w0+3 s f c");
 }
 
 }  // namespace

@@ -73,7 +73,6 @@ class FakeFile final : public RawFile {
 
   bool isLocked() const noexcept override { return true; }
   std::optional<FileIdentity> identity() const noexcept override { return disk_->identity; }
-  Clock::time_point now() const noexcept override { return disk_->time; }
   void remove() noexcept override { disk_->isRemoved = true; }
   int close() noexcept override { return closeOnce(); }
 

@@ -2,7 +2,6 @@
 
 #include <sys/types.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -50,7 +49,6 @@ class FakeDisk : public std::enable_shared_from_this<FakeDisk> {
   void replay(std::size_t calls, std::size_t part, const std::filesystem::path& path) const;
   void save(const std::filesystem::path& path) const;
 
-  RawFile::Clock::time_point time;  ///< stands still unless the test moves it
   Plan plan;
   std::optional<FileIdentity> identity;  ///< that the file tells
   FlushPlan flushPlan;

@@ -70,6 +70,31 @@ TEST_F(SlowDisk, isWaitedForWhateverSignalsCome) {
   expectRecordedUntil(frame - onTheWay);
 }
 
+/// So that a kill costs no more than on another disk.
+TEST_F(SlowDisk, holdsUpNoWritingWhileItRecords) {
+  played();
+  makeSlow();
+  const auto flushes = [this] {
+    std::ostringstream text;
+    text << std::ifstream(marker).rdbuf();
+    return text.str();
+  };
+  const auto growsDuringAFlush = [&] {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(recording(), error);
+    const std::string before = flushes();
+    support::waitFor([&] {
+      return std::filesystem::file_size(recording(), error) > size || flushes() != before;
+    });
+    const bool hasGrown = std::filesystem::file_size(recording(), error) > size;
+    return hasGrown && before.ends_with('b') && flushes() == before;
+  };
+  EXPECT_TRUE(support::waitFor(growsDuringAFlush));
+  std::error_code error;
+  std::filesystem::remove(marker, error);
+  stopRecording();
+}
+
 TEST_F(SlowDisk, isWaitedForInATerminalToo) {
   const auto file = home.path() / "take.wav";
   const auto command =
