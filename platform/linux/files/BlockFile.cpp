@@ -6,23 +6,8 @@
 #include <new>
 #include <utility>
 
-#include "platform/linux/system/AllSignalsBlocked.h"
-
 namespace audrel::linuxos {
 namespace {
-
-bool isUnoffered(int code) {
-  return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP;
-}
-
-/// 0 or an `errno` value.
-int resultOf(RawFile& file, int (RawFile::*call)() noexcept) {
-  int code = 0;
-  do {
-    code = (file.*call)() == 0 ? 0 : errno;
-  } while (code == EINTR);
-  return code;
-}
 
 /// A step of the end has no later one that would make up for it.
 template <typename Step>
@@ -59,14 +44,17 @@ int BlockFile::writeAndFlush() {
     return code;
   }
   std::chrono::milliseconds patience{0};
-  if (!flushUnderWay_.valid()) {
+  if (!isFlushUnderWay()) {
     if (unflushed_.size() < blocksPerFlush_) {
       return 0;
     }
-    beginFlush();
+    if (!beginFlush()) {
+      return account(flushNow(*file_, !isFolderSafe_));
+    }
     patience = file_->patience();
   }
-  return flushUnderWay_.wait_for(patience) == std::future_status::timeout ? 0 : endFlush();
+  const auto flushed = flusher_->take(patience);
+  return flushed ? account(*flushed) : 0;
 }
 
 int BlockFile::overwrite(std::uint64_t offset, std::span<const std::byte> bytes) {
@@ -178,41 +166,37 @@ int BlockFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes,
 }
 
 int BlockFile::flush() {
-  covered_ = written_;
-  coveredBlocks_ = unflushed_.size();
-  return account({resultOf(*file_, &RawFile::sync), std::nullopt});
+  cover();
+  return account(flushNow(*file_, false));
 }
 
-/// `endFlush` tells how it went.
-void BlockFile::beginFlush() {
-  covered_ = written_;
-  coveredBlocks_ = unflushed_.size();
-  const auto call = [&file = *file_, isFolderDue = !isFolderSafe_] {
-    Flushed flushed{.file = resultOf(file, &RawFile::sync), .folder = std::nullopt};
-    if (isFolderDue && (flushed.file == 0 || isUnoffered(flushed.file))) {
-      flushed.folder = resultOf(file, &RawFile::syncFolder);
-    }
-    return flushed;
-  };
+/// Whether there is a thread for it; else it is covered and to be flushed by the caller.
+bool BlockFile::beginFlush() {
+  cover();
   try {
-    const AllSignalsBlocked signalsBelongToTheMainThread;
-    flushUnderWay_ = std::async(std::launch::async, call);
-  } catch (const std::exception&) {  // neither a thread nor memory for it: the writing waits
-    flushUnderWay_ = std::async(std::launch::deferred, call);
+    if (!flusher_) {
+      flusher_ = std::make_unique<FileFlusher>(*file_);
+    }
+  } catch (const std::exception&) {  // neither a thread nor memory for one: the writing waits
+    return false;
   }
+  flusher_->begin(!isFolderSafe_);
+  return true;
 }
 
-int BlockFile::endFlush() {
-  return account(flushUnderWay_.get());
+/// What is written is what the flush that begins covers.
+void BlockFile::cover() {
+  covered_ = written_;
+  coveredBlocks_ = unflushed_.size();
 }
 
 void BlockFile::waitForFlush() {
-  if (flushUnderWay_.valid()) {
-    static_cast<void>(endFlush());  // what it failed to cover is written again
+  if (isFlushUnderWay()) {
+    static_cast<void>(account(flusher_->take()));  // what it failed to cover is written again
   }
 }
 
-int BlockFile::account(const Flushed& flushed) {
+int BlockFile::account(const FileFlusher::Result& flushed) {
   const int code = offered(flushed.file);
   if (flushed.folder) {
     naming_ = offered(*flushed.folder);
@@ -235,7 +219,7 @@ int BlockFile::account(const Flushed& flushed) {
 
 /// Once there is something in the file that its name is needed for.
 int BlockFile::flushFolder() {
-  if (isFolderSafe_ || safe_.end == 0 || flushUnderWay_.valid()) {
+  if (isFolderSafe_ || safe_.end == 0 || isFlushUnderWay()) {
     return 0;
   }
   const int code = offered(resultOf(*file_, &RawFile::syncFolder));
@@ -249,7 +233,7 @@ int BlockFile::nameSafely() {
 }
 
 int BlockFile::offered(int code) {
-  if (!isUnoffered(code)) {
+  if (!isUnofferedFlush(code)) {
     return code;
   }
   if (!std::exchange(isUnofferedTold_, true) && observer_.cannotFlush) {

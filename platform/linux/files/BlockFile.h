@@ -3,13 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <future>
 #include <list>
 #include <memory>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "platform/linux/files/FileFlusher.h"
 #include "platform/linux/files/RawFile.h"
 
 namespace audrel::linuxos {
@@ -108,21 +108,16 @@ class BlockFile {
     std::uint64_t skippedBytes = 0;
   };
 
-  /// The result of flushing the file, and its folder if that was due.
-  struct Flushed {
-    int file = 0;
-    std::optional<int> folder;
-  };
-
   int writeAndFlush();
   int writeWaiting();
   int writeBlock(std::uint64_t offset, std::span<const std::byte> block);
   int writeAt(std::uint64_t offset, std::span<const std::byte> bytes, std::size_t* written);
   void cutOff(std::uint64_t offset);
   int flush();
-  void beginFlush();
-  int endFlush();
-  int account(const Flushed& flushed);
+  bool beginFlush();
+  void cover();
+  int account(const FileFlusher::Result& flushed);
+  bool isFlushUnderWay() const { return flusher_ && flusher_->isUnderWay(); }
   void waitForFlush();
   int flushFolder();
   int nameSafely();
@@ -149,9 +144,9 @@ class BlockFile {
 
   // The last flush, which covers what was written before it.
   Extent covered_;
-  std::size_t coveredBlocks_ = 0;       // at the beginning of unflushed_
-  std::optional<int> naming_;           // how the folder's part went, if it had one
-  std::future<Flushed> flushUnderWay_;  // after the file that it flushes: it ends first
+  std::size_t coveredBlocks_ = 0;         // at the beginning of unflushed_
+  std::optional<int> naming_;             // how the folder's part went, if it had one
+  std::unique_ptr<FileFlusher> flusher_;  // made for the first flush; ends before its file
 };
 
 }  // namespace audrel::linuxos

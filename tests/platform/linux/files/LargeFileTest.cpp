@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <stdexcept>
@@ -55,6 +56,8 @@ class SparseFile final : public RawFile {
   int sync() noexcept override { return file_->sync(); }
   int syncFolder() noexcept override { return file_->syncFolder(); }
   bool isLocked() const noexcept override { return file_->isLocked(); }
+  // However busy the disk is: the header is to count what was just written.
+  std::chrono::milliseconds patience() const noexcept override { return std::chrono::hours(1); }
   void remove() noexcept override { file_->remove(); }
   int close() noexcept override { return file_->close(); }
 

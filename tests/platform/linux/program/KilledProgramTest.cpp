@@ -46,8 +46,7 @@ TEST_F(KilledWav, lacksASecondAtMost) {
   const std::uint64_t frame = played();
   kill(program->pid(), SIGKILL);
   EXPECT_EQ(waitForEnd(), -1);
-  expectRecordedUntil(frame - second);
-  expectToBecomeWhole(recording());
+  expectToBecomeWhole(recording());  // on a busy disk its header counts less
   expectRecordedUntil(frame - second);
 }
 
