@@ -18,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/files/Descriptor.h"
@@ -86,6 +87,9 @@ class HealerTest : public testing::Test {
 
   void heal() { healer.heal(isToEnd); }
 
+  /// While opening does something else.
+  void healOpening(decltype(HealerTools::open) open) { makeHealer(std::move(open)).heal(isToEnd); }
+
   void expectLeftAloneForAMonth() {
     heal();
     expectUntouched();
@@ -125,24 +129,22 @@ class HealerTest : public testing::Test {
   bool hasLocks = true;
   std::vector<Notice> notices;
   std::atomic<bool> isToEnd = false;
-  Healer healer = makeHealer();
+  Healer healer = makeHealer([this](const fs::path& path, int* code) {
+    ++opened;
+    if (openCode != 0) {
+      *code = openCode;
+      return std::unique_ptr<OpenFile>();
+    }
+    auto existing = openExisting(path, code);
+    return hasLocks || !existing ? std::move(existing)
+                                 : std::make_unique<Lockless>(std::move(existing));
+  });
 
  private:
-  Healer makeHealer() {
+  Healer makeHealer(decltype(HealerTools::open) open) {
     Healer made(entries, log.makeLogger("", ""),
                 {.now = [this] { return now; },
-                 .open =
-                     [this](const fs::path& path, int* code) {
-                       ++opened;
-                       if (openCode != 0) {
-                         *code = openCode;
-                         return std::unique_ptr<OpenFile>();
-                       }
-                       auto existing = openExisting(path, code);
-                       return hasLocks || !existing
-                                  ? std::move(existing)
-                                  : std::make_unique<Lockless>(std::move(existing));
-                     },
+                 .open = std::move(open),
                  .repair =
                      [this](OpenFile& /*file*/) {
                        ++repairs;
@@ -415,57 +417,32 @@ TEST_F(HealerTest, keepsTheEntryOfARecordingThatTookAMonthAndEndedJustNow) {
 
 TEST_F(HealerTest, leavesAFileThatGrowsBetweenOpeningAndLocking) {
   note();
-  Healer racing(entries, log.makeLogger("", ""),
-                {.now = [this] { return now; },
-                 .open =
-                     [this](const fs::path& path, int* code) {
-                       std::ofstream(file, std::ios::app) << "more";
-                       now = statusOf(file)->written + 1s;
-                       return openExisting(path, code);
-                     },
-                 .repair =
-                     [this](OpenFile&) {
-                       ++repairs;
-                       return repair;
-                     }});
-  racing.heal(isToEnd);
+  healOpening([this](const fs::path& path, int* code) {
+    std::ofstream(file, std::ios::app) << "more";
+    now = statusOf(file)->written + 1s;
+    return openExisting(path, code);
+  });
   expectUntouched();
   EXPECT_THAT(entries.entries(), SizeIs(1));
 }
 
 TEST_F(HealerTest, leavesAFileThatIsReplacedWhileItIsOpened) {
   note();
-  Healer racing(entries, log.makeLogger("", ""),
-                {.now = [this] { return now; },
-                 .open =
-                     [this](const fs::path& path, int* code) {
-                       auto existing = openExisting(path, code);
-                       fs::rename(file, home / "moved.m4a");
-                       std::ofstream(file) << "another";
-                       return existing;
-                     },
-                 .repair =
-                     [this](OpenFile&) {
-                       ++repairs;
-                       return repair;
-                     }});
-  racing.heal(isToEnd);
+  healOpening([this](const fs::path& path, int* code) {
+    auto existing = openExisting(path, code);
+    fs::rename(file, home / "moved.m4a");
+    std::ofstream(file) << "another";
+    return existing;
+  });
   expectUntouched();
 }
 
 TEST_F(HealerTest, leavesAFileThatHadTheNameOnlyWhileItWasOpened) {
   note();
   std::ofstream(home / "another.m4a") << "another";
-  Healer racing(entries, log.makeLogger("", ""),
-                {.now = [this] { return now; },
-                 .open = [this](const fs::path& /*path*/,
-                                int* code) { return openExisting(home / "another.m4a", code); },
-                 .repair =
-                     [this](OpenFile&) {
-                       ++repairs;
-                       return repair;
-                     }});
-  racing.heal(isToEnd);
+  healOpening([this](const fs::path& /*path*/, int* code) {
+    return openExisting(home / "another.m4a", code);
+  });
   expectUntouched();
   EXPECT_THAT(entries.entries(), SizeIs(1));
 }
